@@ -1,0 +1,9 @@
+# PANEL_SANITIZE is a list for -fsanitize=, set by the presets asan and tsan.
+set(PANEL_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=")
+if(PANEL_SANITIZE)
+    add_compile_options(-fsanitize=${PANEL_SANITIZE} -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${PANEL_SANITIZE})
+    if(PANEL_SANITIZE MATCHES "undefined")
+        add_compile_options(-fno-sanitize-recover=undefined)
+    endif()
+endif()

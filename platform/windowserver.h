@@ -1,0 +1,74 @@
+#pragma once
+
+#include "platform/pointercalibrationdata.h"
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+class PointerHandler;
+
+/// What the program needs of its window system beyond widgets: the keyboard handler, the pointer
+/// handler with its calibration, the pointer's visibility and the screen's transformation.
+///
+/// One object per process, created after the QGuiApplication and destroyed before it; GUI thread
+/// only. Where there is no touchscreen device, there is no pointer handler and every pointer call
+/// is a harmless no-op.
+class WindowServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit WindowServer(QObject *parent = nullptr);
+    ~WindowServer() override;
+
+    /// The process's window server, or nullptr when there is none.
+    static WindowServer *instance();
+
+    /// Opens the touchscreen: tslib for a single-touch screen, Qt's evdev handler for a
+    /// multi-touch one. Returns false (after one warning line) when there is a touchscreen but it
+    /// could not be opened, true otherwise. A second call replaces the handler.
+    bool openPointer();
+
+    /// Creates a keyboard handler. \a specification is a device path followed by options, as
+    /// "/dev/input/keyboard0:grab=1:keymap=/etc/kbd/de.qmap"; its paths are those of the device,
+    /// devicePath() is applied here. Returns nullptr when there is no driver for it.
+    static std::unique_ptr<QObject> createKeyboardHandler(const QString &specification);
+    /// Makes \a handler the keyboard handler, in place of the one before it.
+    void setKeyboardHandler(std::unique_ptr<QObject> handler);
+    /// Closes the keyboard handler, if there is one.
+    void closeKeyboard();
+    bool hasKeyboard() const;
+
+    /// Stops delivering and reading touches until resumePointer(). Nesting does not count.
+    void suspendPointer();
+    /// Delivers touches again. Samples that queued up while suspended are thrown away.
+    void resumePointer();
+
+    /// Drops the calibration in force: touches are then delivered as the touchscreen reports them.
+    /// The pointer calibration file stays.
+    void clearCalibration();
+    /// Computes the calibration from \a data, uses it at once and writes the pointer calibration
+    /// file (replaced whole). Data that getCalibration() handed out reinstates the calibration of
+    /// that moment exactly, the bytes of the file included. Returns false when the points are
+    /// degenerate or the file cannot be written; the file is then as before, and for degenerate
+    /// points so is the calibration that was in force before the last clearCalibration().
+    bool calibrate(const PointerCalibrationData &data);
+    /// Fills data->devPoints for the given data->screenPoints from the calibration in force.
+    void getCalibration(PointerCalibrationData *data) const;
+
+    /// Shows or hides the window system's pointer.
+    void setCursorVisible(bool visible);
+    bool isCursorVisible() const { return bCursorVisible; }
+
+    /// Screen transformation in quarter turns, 0 to 3, from the platform's rotation option.
+    int transformationOrientation() const { return nRotation; }
+    bool isTransformed() const { return nRotation != 0; }
+
+private:
+    std::unique_ptr<QObject> pKeyboardHandler;
+    std::unique_ptr<PointerHandler> pPointerHandler;
+    bool bCursorVisible = true;
+    int nRotation = 0;
+};

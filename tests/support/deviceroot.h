@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMap>
+#include <QString>
+#include <QTemporaryDir>
+
+/// A temporary device root with the folders of a device, in force (PANEL_ROOT) while it lives.
+class DeviceRoot
+{
+public:
+    DeviceRoot();
+    ~DeviceRoot();
+
+    /// Path on this machine of the device's \a devicePath.
+    QString path(const QString &devicePath) const;
+
+    /// Writes a whole file, creating its folder.
+    void write(const QString &devicePath, const QByteArray &content) const;
+    QByteArray read(const QString &devicePath) const;
+    bool exists(const QString &devicePath) const;
+    void remove(const QString &devicePath) const;
+
+    /// Writes an executable shell script that stands for a device command.
+    void writeCommand(const QString &devicePath, const QByteArray &script) const;
+
+    /// Sets one key of the simulated firmware library's state; an empty \a value removes the key.
+    void setFirmware(const QString &key, const QString &value);
+    /// Makes the firmware library's state unreadable: every call fails.
+    void breakFirmware();
+
+private:
+    void writeFirmware() const;
+
+    QTemporaryDir dir;
+    QMap<QString, QString> firmware;
+};

@@ -1,0 +1,45 @@
+#include "tests/support/screen.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QScreen>
+#include <private/qguiapplication_p.h>
+#include <qpa/qplatformnativeinterface.h>
+
+void setScreen(const QSize &size, int dpi)
+{
+    using Setter = void (*)(const QJsonObject &, QPlatformNativeInterface *);
+    auto *pNative = QGuiApplicationPrivate::platformIntegration()->nativeInterface();
+    const auto setter
+        = reinterpret_cast<Setter>(pNative->nativeResourceForIntegration("setConfiguration"));
+    if (!setter) {
+        qFatal("the tests need the offscreen platform");
+    }
+    const QJsonObject screen{{"name", "panel"},
+                             {"x", 0},
+                             {"y", 0},
+                             {"width", size.width()},
+                             {"height", size.height()},
+                             {"logicalDpi", dpi},
+                             {"logicalBaseDpi", 96},
+                             {"dpr", 1}};
+    setter({{"screens", QJsonArray{screen}}}, pNative);
+    for (int i = 0; i < 10 && QGuiApplication::primaryScreen()->size() != size; ++i) {
+        QCoreApplication::processEvents();
+    }
+    if (QGuiApplication::primaryScreen()->size() != size) {
+        qFatal("the screen did not take the size %d x %d", size.width(), size.height());
+    }
+}
+
+const QList<QSize> &panelScreenSizes()
+{
+    static const QList<QSize> sizes{
+        {240, 320},   {272, 480},   {320, 240},  {480, 272},   {480, 640},  {480, 800},
+        {600, 800},   {640, 480},   {720, 1280}, {768, 1024},  {768, 1366}, {800, 480},
+        {800, 600},   {800, 1280},  {1024, 768}, {1024, 1280}, {1050, 1680}, {1080, 1920},
+        {1280, 720},  {1280, 800},  {1280, 1024}, {1366, 768}, {1680, 1050}, {1920, 1080}};
+    return sizes;
+}
