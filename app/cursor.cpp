@@ -1,0 +1,3 @@
+#include "app/cursor.h"
+
+bool gCursorHidden = false;
