@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// The environment in which tslib finds its configuration and calibration, while it lives.
+///
+/// tslib reads TSLIB_CONFFILE and TSLIB_CALIBFILE in ts_config() and ts_reconfig() and nowhere
+/// else, so an object is needed around these calls only; at its end the variables are as before.
+/// A configuration file named by the environment is kept; else the device root's etc/ts.conf is
+/// used where there is one. GUI thread only, as every change of the environment.
+class TslibEnvironment
+{
+public:
+    /// tslib applies the calibration in \a calibrationFile. The file must have been checked
+    /// before: a divisor of 0 kills the process inside tslib.
+    explicit TslibEnvironment(const QString &calibrationFile);
+    /// tslib applies no calibration, whatever the files say: for readers of raw samples.
+    TslibEnvironment();
+    ~TslibEnvironment();
+    TslibEnvironment(const TslibEnvironment &) = delete;
+    TslibEnvironment &operator=(const TslibEnvironment &) = delete;
+
+private:
+    /// One variable of the environment, put back as it was.
+    class Variable
+    {
+    public:
+        explicit Variable(const char *name);
+        ~Variable();
+        Variable(const Variable &) = delete;
+        Variable &operator=(const Variable &) = delete;
+        bool isEmpty() const { return before.isEmpty(); }
+        void set(const QString &path) const;
+
+    private:
+        const char *pName;
+        QByteArray before;
+        bool bWasSet;
+    };
+
+    Variable calibration;
+    Variable configuration;
+};
