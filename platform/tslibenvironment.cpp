@@ -26,15 +26,13 @@ void TslibEnvironment::Variable::set(const QString &path) const
 TslibEnvironment::TslibEnvironment(const QString &calibrationFile)
     : calibration("TSLIB_CALIBFILE"), configuration("TSLIB_CONFFILE")
 {
-    calibration.set(calibrationFile);
+    // No file can ever have this name, and tslib takes a missing file for "no calibration".
+    calibration.set(calibrationFile.isEmpty() ? QStringLiteral("/dev/null/uncalibrated")
+                                              : calibrationFile);
     const QString file = devicePath(QStringLiteral("/etc/ts.conf"));
     if (configuration.isEmpty() && QFileInfo::exists(file)) {
         configuration.set(file);
     }
 }
-
-// No file can ever have this name, and tslib takes a missing file for "no calibration".
-TslibEnvironment::TslibEnvironment() : TslibEnvironment(QStringLiteral("/dev/null/uncalibrated"))
-{ }
 
 TslibEnvironment::~TslibEnvironment() = default;

@@ -12,11 +12,10 @@
 class TslibEnvironment
 {
 public:
-    /// tslib applies the calibration in \a calibrationFile. The file must have been checked
-    /// before: a divisor of 0 kills the process inside tslib.
-    explicit TslibEnvironment(const QString &calibrationFile);
-    /// tslib applies no calibration, whatever the files say: for readers of raw samples.
-    TslibEnvironment();
+    /// tslib applies the calibration in \a calibrationFile, which must have been checked before (a
+    /// divisor of 0 kills the process inside tslib). Without a file it applies none, whatever the
+    /// device's files say: that is for readers of raw samples too.
+    explicit TslibEnvironment(const QString &calibrationFile = QString());
     ~TslibEnvironment();
     TslibEnvironment(const TslibEnvironment &) = delete;
     TslibEnvironment &operator=(const TslibEnvironment &) = delete;

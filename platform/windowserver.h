@@ -28,7 +28,8 @@ public:
 
     /// Opens the touchscreen: tslib for a single-touch screen, Qt's evdev handler for a
     /// multi-touch one. Returns false (after one warning line) when there is a touchscreen but it
-    /// could not be opened, true otherwise. A second call replaces the handler.
+    /// could not be opened, true otherwise. A second call replaces the handler. A touchscreen that
+    /// could not be opened or has vanished is tried again by resumePointer().
     bool openPointer();
 
     /// Creates a keyboard handler. \a specification is a device path followed by options, as
@@ -52,8 +53,8 @@ public:
     /// Computes the calibration from \a data, uses it at once and writes the pointer calibration
     /// file (replaced whole). Data that getCalibration() handed out reinstates the calibration of
     /// that moment exactly, the bytes of the file included. Returns false when the points are
-    /// degenerate or the file cannot be written; the file is then as before, and for degenerate
-    /// points so is the calibration that was in force before the last clearCalibration().
+    /// degenerate or the file cannot be written (one warning line); the file is then as before, and
+    /// its calibration is in force again, also after clearCalibration().
     bool calibrate(const PointerCalibrationData &data);
     /// Fills data->devPoints for the given data->screenPoints from the calibration in force.
     void getCalibration(PointerCalibrationData *data) const;
@@ -69,6 +70,7 @@ public:
 private:
     std::unique_ptr<QObject> pKeyboardHandler;
     std::unique_ptr<PointerHandler> pPointerHandler;
+    std::unique_ptr<QObject> pMultiTouchHandler;
     bool bCursorVisible = true;
     int nRotation = 0;
 };

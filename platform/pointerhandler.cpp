@@ -1,0 +1,214 @@
+#include "platform/pointerhandler.h"
+
+#include "platform/screenrotation.h"
+#include "platform/touchscreenpaths.h"
+#include "platform/tslibenvironment.h"
+
+#include <QFile>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QSocketNotifier>
+#include <qpa/qwindowsysteminterface.h>
+
+#include <cerrno>
+#include <poll.h>
+#include <tslib.h>
+
+namespace {
+
+/// Samples handled before other events get their turn: seconds of touching.
+constexpr int BatchLimit = 512;
+/// More than any device queues up while nobody reads; a babbling one is left after so many.
+constexpr int DiscardLimit = 65536;
+/// Reads without a sample after which a device that always claims to have data counts as gone.
+/// tslib's filters swallow some samples of every touch, but never this many in a row.
+constexpr int FruitlessLimit = 4096;
+
+short readiness(int fd)
+{
+    pollfd descriptor{fd, POLLIN, 0};
+    return poll(&descriptor, 1, 0) < 0 ? POLLNVAL : descriptor.revents;
+}
+
+void sendMouse(QPoint position, Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type)
+{
+    // Without a window Qt finds the topmost one and keeps to it until the release.
+    QWindowSystemInterface::handleMouseEvent(nullptr, position, position, buttons, button, type);
+}
+
+} // namespace
+
+void PointerHandler::DeviceCloser::operator()(tsdev *device) const
+{
+    ts_close(device);
+}
+
+PointerHandler::PointerHandler(int quarterTurns, QObject *parent)
+    : QObject(parent), nRotation(quarterTurns)
+{ }
+
+PointerHandler::~PointerHandler()
+{
+    sendRelease();
+}
+
+bool PointerHandler::open()
+{
+    calibration.load();
+    return openDevice();
+}
+
+bool PointerHandler::openDevice()
+{
+    const QString path = touchscreenDevice();
+    errno = 0;
+    // tslib opens for reading and writing, so not even a FIFO without a writer blocks.
+    pDevice.reset(ts_open(QFile::encodeName(path).constData(), 1));
+    if (!pDevice) {
+        qWarning("Cannot open the touchscreen %s: %s", qPrintable(path),
+                 qPrintable(qt_error_string(errno)));
+        return false;
+    }
+    const TslibEnvironment environment(calibration.fileInForce());
+    if (ts_config(pDevice.get()) != 0) {
+        qWarning("tslib cannot configure the touchscreen %s", qPrintable(path));
+        pDevice.reset();
+        return false;
+    }
+    pNotifier = std::make_unique<QSocketNotifier>(ts_fd(pDevice.get()), QSocketNotifier::Read);
+    connect(pNotifier.get(), &QSocketNotifier::activated, this, &PointerHandler::readSamples);
+    pNotifier->setEnabled(!bSuspended);
+    nFruitlessReads = 0;
+    return true;
+}
+
+void PointerHandler::closeDevice()
+{
+    sendRelease();
+    // May be called by the notifier's own signal.
+    pNotifier->setEnabled(false);
+    pNotifier.release()->deleteLater();
+    pDevice.reset();
+}
+
+void PointerHandler::reconfigure()
+{
+    if (!pDevice) {
+        return;
+    }
+    bool bDone = false;
+    {
+        const TslibEnvironment environment(calibration.fileInForce());
+        bDone = ts_reconfig(pDevice.get()) == 0;
+    }
+    if (!bDone) {
+        // tslib is left without modules and would crash at the next read.
+        qWarning("tslib cannot reload its configuration: the touchscreen is closed");
+        closeDevice();
+    }
+}
+
+void PointerHandler::suspend()
+{
+    bSuspended = true;
+    if (pNotifier) {
+        pNotifier->setEnabled(false);
+    }
+    sendRelease();
+}
+
+void PointerHandler::resume()
+{
+    if (!std::exchange(bSuspended, false) && pDevice) {
+        return;
+    }
+    if (!pDevice && !openDevice()) {
+        return;
+    }
+    drain(DiscardLimit, false);
+    if (pNotifier) {
+        pNotifier->setEnabled(true);
+    }
+}
+
+void PointerHandler::clearCalibration()
+{
+    calibration.clear();
+    reconfigure();
+}
+
+bool PointerHandler::calibrate(const PointerCalibrationData &data)
+{
+    const bool bDone = calibration.calibrate(data);
+    reconfigure();
+    return bDone;
+}
+
+void PointerHandler::readSamples()
+{
+    drain(BatchLimit, true);
+    sendMove();
+}
+
+void PointerHandler::drain(int limit, bool deliver)
+{
+    for (int i = 0; i < limit; ++i) {
+        ts_sample sample{};
+        const int count = ts_read(pDevice.get(), &sample, 1);
+        if (count > 0) {
+            nFruitlessReads = 0;
+            if (deliver) {
+                handleSample(sample);
+            }
+            continue;
+        }
+        const short state = readiness(ts_fd(pDevice.get()));
+        const bool bFailed = count < 0 && (state & (POLLERR | POLLHUP | POLLNVAL));
+        if (bFailed || ((state & POLLIN) && ++nFruitlessReads >= FruitlessLimit)) {
+            qWarning("The touchscreen is gone: no touches from now on");
+            closeDevice();
+            return;
+        }
+        if (!(state & POLLIN)) {
+            nFruitlessReads = 0;
+            return;
+        }
+    }
+}
+
+void PointerHandler::handleSample(const ts_sample &sample)
+{
+    if (sample.pressure == 0) {
+        sendRelease();
+        return;
+    }
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    const QPoint position = panelToScreen({sample.x, sample.y}, nRotation, screen.size());
+    lastPosition = screen.topLeft()
+        + QPoint(std::clamp(position.x(), 0, screen.width() - 1),
+                 std::clamp(position.y(), 0, screen.height() - 1));
+    if (bPressed) {
+        // Only the last of several moves in one go is sent.
+        bMoved = true;
+        return;
+    }
+    bPressed = true;
+    sendMouse(lastPosition, Qt::LeftButton, Qt::LeftButton, QEvent::MouseButtonPress);
+}
+
+void PointerHandler::sendMove()
+{
+    if (bMoved) {
+        bMoved = false;
+        sendMouse(lastPosition, Qt::LeftButton, Qt::NoButton, QEvent::MouseMove);
+    }
+}
+
+void PointerHandler::sendRelease()
+{
+    if (bPressed) {
+        sendMove();
+        bPressed = false;
+        sendMouse(lastPosition, Qt::NoButton, Qt::LeftButton, QEvent::MouseButtonRelease);
+    }
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/pointercalibration.h"
+
+#include <QObject>
+#include <QPoint>
+
+#include <memory>
+
+class QSocketNotifier;
+struct ts_sample;
+struct tsdev;
+
+/// Delivers the touches of a single-touch screen as mouse events.
+///
+/// tslib reads, filters and calibrates the samples; press, move and release go to the topmost
+/// window at their position and stay with it until the release, which has the position of the last
+/// touch. Nothing here blocks: the device is read when it has data. A device that vanishes is
+/// closed after one warning and tried again by resume(). GUI thread only.
+class PointerHandler : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// \a quarterTurns is the screen's transformation, 0 to 3.
+    explicit PointerHandler(int quarterTurns, QObject *parent = nullptr);
+    ~PointerHandler() override;
+
+    /// Loads the calibration and opens the touchscreen. Returns false after one warning line.
+    bool open();
+
+    /// Stops reading, so that someone else can read the device; a touch that is down is released.
+    void suspend();
+    /// Reads again. Samples from before are thrown away.
+    void resume();
+
+    /// See the functions of WindowServer with these names.
+    void clearCalibration();
+    bool calibrate(const PointerCalibrationData &data);
+    void getCalibration(PointerCalibrationData *data) { calibration.getCalibration(data); }
+
+private Q_SLOTS:
+    void readSamples();
+
+private:
+    struct DeviceCloser
+    {
+        void operator()(tsdev *device) const;
+    };
+
+    bool openDevice();
+    void closeDevice();
+    /// Has tslib take over the calibration in force.
+    void reconfigure();
+    /// Reads what the device has, at most \a limit samples; without \a deliver into the void.
+    void drain(int limit, bool deliver);
+    void handleSample(const ts_sample &sample);
+    void sendMove();
+    void sendRelease();
+
+    int nRotation;
+    PointerCalibration calibration;
+    std::unique_ptr<tsdev, DeviceCloser> pDevice;
+    std::unique_ptr<QSocketNotifier> pNotifier;
+    bool bSuspended = false;
+    bool bPressed = false;
+    bool bMoved = false; ///< lastPosition has not been sent yet
+    int nFruitlessReads = 0; ///< in a row, although the device said it had data
+    QPoint lastPosition;
+};

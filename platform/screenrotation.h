@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QPoint>
+#include <QSize>
+#include <QString>
+
+/// \file
+/// The screen's transformation: how the picture is turned against the panel behind it, in quarter
+/// turns counter-clockwise.
+
+/// Quarter turns, 0 to 3, that the platform argument (-platform, else QT_QPA_PLATFORM) asks for
+/// with its rotation option, in degrees or in quarter turns. Valid once there is a QGuiApplication.
+int screenRotation();
+
+/// Position on the picture, which is \a screenSize large, of a position on the unrotated panel.
+QPoint panelToScreen(QPoint position, int quarterTurns, QSize screenSize);
