@@ -6,6 +6,7 @@
 #include <QJsonObject>
 #include <QScreen>
 #include <private/qguiapplication_p.h>
+#include <qpa/qplatformintegration.h>
 #include <qpa/qplatformnativeinterface.h>
 
 void setScreen(const QSize &size, int dpi)
