@@ -99,7 +99,8 @@ ExitCode firmwareCommand(const DeviceFolder &device, Arguments &arguments)
 
 QString takeAddress(Arguments &arguments, const QString &what)
 {
-    static const QRegularExpression dotted(QStringLiteral("^\\d{1,3}(\\.\\d{1,3}){3}$"));
+    static const QRegularExpression dotted(
+        QStringLiteral("^((25[0-5]|2[0-4]\\d|1?\\d?\\d)(\\.|$)){4}(?<!\\.)$"));
     const QString text = arguments.take(what);
     if (!dotted.match(text).hasMatch()) {
         arguments.setError(QStringLiteral("%1 '%2' is no IPv4 address").arg(what, text));

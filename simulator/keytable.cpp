@@ -260,7 +260,7 @@ QByteArray germanKeyMap()
             add(key.code, key.altGr, key.altGr, AltGr, NoFlag);
         }
         if (isLetter) {
-            add(key.code, key.plain, Qt::ControlModifier | quint32(key.shifted), Control, flags);
+            add(key.code, key.plain, quint32(Qt::ControlModifier) | key.shifted, Control, flags);
         }
     }
     for (const NamedKey &key : NamedKeys) {
