@@ -1,0 +1,28 @@
+#include "tests/support/boxwatcher.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMessageBox>
+#include <QTextDocumentFragment>
+
+BoxWatcher::BoxWatcher()
+{
+    connect(&timer, &QTimer::timeout, this, &BoxWatcher::look);
+    timer.start(5);
+}
+
+void BoxWatcher::look()
+{
+    QWidget *pModal = QApplication::activeModalWidget();
+    if (!pModal) {
+        return;
+    }
+    auto *pBox = qobject_cast<QMessageBox *>(pModal);
+    if (!pBox) {
+        pBox = pModal->findChild<QMessageBox *>();
+    }
+    if (pBox && !pBox->buttons().isEmpty()) {
+        seen += QTextDocumentFragment::fromHtml(pBox->text()).toPlainText().simplified();
+        pBox->buttons().constFirst()->click();
+    }
+}

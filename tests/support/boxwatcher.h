@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
+
+class QMessageBox;
+
+/// Stands for an operator who reads every message box and presses its first button. Lives around
+/// code that runs modal boxes.
+class BoxWatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    BoxWatcher();
+
+    /// Texts of the boxes seen, in order, on one line and without markup.
+    const QStringList &texts() const { return seen; }
+
+private:
+    void look();
+
+    QTimer timer;
+    QStringList seen;
+};
