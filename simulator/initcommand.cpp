@@ -12,6 +12,8 @@
 
 namespace {
 
+// Screen size and kind of touchscreen, for run.sh.
+const QString DescriptionFile = QStringLiteral("/simulator/device");
 const QString FontFolder = QStringLiteral("/usr/share/fonts/truetype/ttf-bitstream-vera/");
 
 /// Everything that init makes, and all that it removes when it makes a device anew.
@@ -194,7 +196,12 @@ bool makeDevice(const DeviceFolder &device, const InitOptions &options)
     state.set(QStringLiteral("link"), QStringLiteral("yes"));
     state.set(QStringLiteral("state"), QStringLiteral("2"));
     state.set(QStringLiteral("app.0"), QStringLiteral("Demo application"));
-    return state.save() && device.write(QStringLiteral("/etc/settings.ini"), settingsFile(options))
+    const QString description = QStringLiteral("%1x%2 %3\n")
+                                    .arg(options.screen.width())
+                                    .arg(options.screen.height())
+                                    .arg(options.touch);
+    return state.save() && device.write(DescriptionFile, description.toLatin1())
+        && device.write(QStringLiteral("/etc/settings.ini"), settingsFile(options))
         && device.write(QStringLiteral("/etc/fwinfo.ini"),
                         "[firmware]\nversion=3.0.4\n\n[codesys]\nversion=3.5.5.40\n")
         && device.write(QStringLiteral("/etc/kbd/de.qmap"), germanKeyMap())

@@ -1,0 +1,58 @@
+# Sourced by run.sh, test.sh and .ci/run: what this project needs of the system, and how to get it.
+# shellcheck shell=bash
+
+# What it takes to build the panel and run it on a simulated device.
+BuildPackages=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-base-private-dev
+    libgl-dev libts-dev ttf-bitstream-vera)
+# What the tests need besides.
+TestPackages=(libts-bin)
+
+say() {
+    printf '==> %s\n' "$*"
+}
+
+die() {
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+# installPackages NAME...: installs those that are not there yet; asks nothing.
+installPackages() {
+    local missing=() name
+    for name; do
+        if [[ "$(dpkg-query -W -f '${db:Status-Status}' "$name" 2>/dev/null)" != installed ]]; then
+            missing+=("$name")
+        fi
+    done
+    if ((${#missing[@]} == 0)); then
+        return
+    fi
+    command -v apt-get >/dev/null \
+        || die "this is no Debian; install the equivalents of: ${missing[*]}"
+    local asRoot=()
+    if ((EUID != 0)); then
+        command -v sudo >/dev/null \
+            || die "not root and no sudo here; have these installed: ${missing[*]}"
+        asRoot=(sudo)
+    fi
+    say "Installing ${missing[*]}"
+    "${asRoot[@]}" apt-get update -q </dev/null \
+        || say "apt-get update failed; trying with the package lists that are here"
+    "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -q -y --no-install-recommends "${missing[@]}" </dev/null \
+        || die "apt could not install: ${missing[*]}"
+}
+
+# configureAndBuild PRESET TARGET...: TARGET is what cmake --build calls it; none means everything.
+configureAndBuild() {
+    local preset=$1 target targets=()
+    shift
+    for target; do targets+=(--target "$target"); done
+    say "Building ($preset)"
+    if command -v ccache >/dev/null; then
+        export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
+    fi
+    local output
+    output=$(cmake --preset "$preset" 2>&1) || { printf '%s\n' "$output" >&2; die "configuring failed"; }
+    cmake --build --preset "$preset" "${targets[@]}" || die "building failed"
+}
