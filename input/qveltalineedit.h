@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QLineEdit>
+#include <QTimer>
+
+/// A line edit that draws its own blinking text cursor, with or without keyboard focus: the display
+/// of the on-screen keyboard never has the focus, and the operator must see where the next
+/// character goes. GUI thread only.
+class QVeltaLineEdit : public QLineEdit
+{
+    Q_OBJECT
+
+public:
+    explicit QVeltaLineEdit(QWidget *parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private Q_SLOTS:
+    void timerToggle();
+    /// Shows the cursor solid for a full blink interval after each move.
+    void cursorMoved(int oldPosition, int newPosition);
+
+private:
+    QTimer blinkTimer{this};
+    bool bCursorVisible = true;
+    bool bPainting = false;
+};
