@@ -1,0 +1,430 @@
+#include "infobox/veltainfobox.h"
+
+#include "infobox/infotext.h"
+#include "settings/errorcatalogue.h"
+#include "settings/screenclass.h"
+#include "settings/veltautils.h"
+
+#include <QApplication>
+#include <QDebug>
+#include <QDialog>
+#include <QFrame>
+#include <QLabel>
+#include <QLayout>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+
+namespace {
+
+constexpr quint8 MaxCountdown = 120;
+constexpr std::chrono::seconds CountdownInterval(1);
+constexpr qint16 LastWarningCode = -199;
+constexpr int FontPointSize = 8;
+constexpr int FrameWidth = 1;
+constexpr int FrameSpacing = 2;
+constexpr int TitlePadding = 4;
+
+/// Characters per line below the first class of SmallScreenClasses and from it on.
+constexpr int SmallScreenClasses = 8;
+struct LineLengths
+{
+    int nSmall;
+    int nLarge;
+    int forClass(int index) const { return index < SmallScreenClasses ? nSmall : nLarge; }
+};
+constexpr LineLengths MessageLine{26, 38};
+constexpr LineLengths InformationLine{40, 50};
+
+// Where a text does not fit: lines get shorter, then the font smaller, then the text is cut.
+constexpr int MinLineLength = 12;
+constexpr int MinFontPointSize = 6;
+/// More than any screen holds; keeps a damaged argument from being laid out whole.
+constexpr int MaxTextLength = 4000;
+
+/// Title colours in the order of VeltaInfoBox::Kind.
+constexpr QLatin1String TitleColours[] = {QLatin1String("grey"), QLatin1String("red"),
+                                          QLatin1String("orange"), QLatin1String("blue")};
+
+QString whiteBackground()
+{
+    return QStringLiteral("* { background-color: white; }");
+}
+
+} // namespace
+
+/// The message box as a part of another window. On its own it would take a size by rules for a
+/// window when it is shown and whenever a button's text changes, and grow out of the frame.
+class VeltaInfoBox::MessageBody : public QMessageBox
+{
+    // No Q_OBJECT: fonts are scaled by the exact class name.
+public:
+    explicit MessageBody(QWidget *parent) : QMessageBox(parent)
+    {
+        setWindowFlags(Qt::Widget);
+        setAttribute(Qt::WA_Moved); // the layout positions it
+    }
+
+    /// The least size that shows everything.
+    QSize contentSize()
+    {
+        layoutWithoutWrap();
+        return layout()->totalMinimumSize();
+    }
+
+    void setBodySize(const QSize &size)
+    {
+        bodySize = size;
+        setFixedSize(size);
+    }
+
+protected:
+    bool event(QEvent *event) override
+    {
+        return event->type() == QEvent::LayoutRequest ? QDialog::event(event)
+                                                      : QMessageBox::event(event);
+    }
+
+    void showEvent(QShowEvent *event) override
+    {
+        QMessageBox::showEvent(event);
+        layoutWithoutWrap();
+        setFixedSize(bodySize);
+    }
+
+private:
+    void layoutWithoutWrap()
+    {
+        // The text carries its own line breaks; by itself QMessageBox makes it wrap when shown.
+        const auto labels = findChildren<QLabel *>();
+        for (QLabel *pLabel : labels) {
+            pLabel->setWordWrap(false);
+        }
+        layout()->activate();
+    }
+
+    QSize bodySize;
+};
+
+VeltaInfoBox::VeltaInfoBox(qint16 code, quint8 countdown, QWidget *owner, bool showNow, bool modal)
+    : VeltaInfoBox(code, QString(), QString(), countdown, owner, showNow, modal)
+{ }
+
+VeltaInfoBox::VeltaInfoBox(qint16 code, const QString &text, quint8 countdown, QWidget *owner,
+                           bool showNow, bool modal)
+    : VeltaInfoBox(code, text, QString(), countdown, owner, showNow, modal)
+{ }
+
+VeltaInfoBox::VeltaInfoBox(const QString &text, quint8 countdown, QWidget *owner, bool showNow,
+                           bool modal)
+    : VeltaInfoBox(0, text, QString(), countdown, owner, showNow, modal)
+{ }
+
+VeltaInfoBox::VeltaInfoBox(qint16 code, const QString &text, const QString &buttonText,
+                           quint8 countdown, QWidget *owner, bool showNow, bool modal)
+    : nCountdown(std::min(countdown, MaxCountdown)), nCode(code),
+      nKind(code == 0 ? Kind::Information : Kind::Error), sText(text), sButtonText(buttonText),
+      pDialog(std::make_unique<QDialog>()), pOwner(owner), pUtils(std::make_unique<VeltaUtils>())
+{
+    pFrame = new QFrame(pDialog.get());
+    pTitleLabel = new QLabel(pFrame);
+    pMessageBox = new MessageBody(pFrame);
+    pFrameLayout = new QVBoxLayout(pFrame);
+    pDialogLayout = new QVBoxLayout(pDialog.get());
+    if (showNow) {
+        showBox(modal);
+    }
+}
+
+VeltaInfoBox::~VeltaInfoBox()
+{
+    closeBox();
+}
+
+void VeltaInfoBox::showBox(bool modal)
+{
+    bModal = modal;
+    if (nCode == 0) {
+        prepareInformation();
+    } else {
+        bModal = modal || nCode < LastWarningCode || nCountdown > 0;
+        prepareMessage();
+    }
+    if (!pDialog->isVisible()) {
+        pActiveBefore = QApplication::activeWindow();
+        if (!pActiveBefore && pOwner) {
+            pActiveBefore = pOwner->window();
+        }
+    }
+    buildBox();
+    connect(pMessageBox, &QMessageBox::buttonClicked, this, &VeltaInfoBox::ButtonPressed,
+            Qt::UniqueConnection);
+    if (bModal) {
+        pDialog->exec();
+        closeBox();
+    }
+}
+
+void VeltaInfoBox::closeBox()
+{
+    stopCountdown();
+    pMessageBox->disconnect();
+    if (pDialog->isVisible()) {
+        pDialog->hide();
+    }
+    returnActivation();
+}
+
+void VeltaInfoBox::ButtonPressed(QAbstractButton * /*pButton*/)
+{
+    closeBox();
+}
+
+void VeltaInfoBox::CountDown()
+{
+    if (nCountdown == 0) {
+        return;
+    }
+    if (nRemaining == 0) {
+        closeBox();
+        pMessageBox->accept();
+        return;
+    }
+    --nRemaining;
+    if (QAbstractButton *pButton = pMessageBox->button(QMessageBox::Ok)) {
+        const QString base = sButtonText.isEmpty() ? pButton->text() : sButtonText;
+        pButton->setText(base + tr(" (%1)").arg(nRemaining));
+    } else {
+        qDebug("could not get pointer to countdown button !!!");
+    }
+}
+
+void VeltaInfoBox::prepareMessage()
+{
+    if (bPrepared) {
+        return;
+    }
+    readScreen();
+    const ErrorEntry *pEntry = findError(nCode);
+    if (!pEntry) {
+        return;
+    }
+    QString prefix;
+    if (nCode < LastWarningCode) {
+        prefix = tr("Error %1: ");
+        pMessageBox->setWindowTitle(tr("<center>Error</center>"));
+    } else {
+        prefix = tr("Warning %1: ");
+        pMessageBox->setWindowTitle(tr("<center>Warning</center>"));
+        nKind = Kind::Warning;
+    }
+    setMessage(prefix.arg(nCode) + InfoText::compose(errorText(*pEntry), sText),
+               MessageLine.forClass(nResIndex));
+    pMessageBox->setIcon(static_cast<QMessageBox::Icon>(pEntry->nIcon));
+    pMessageBox->setStandardButtons(QMessageBox::StandardButtons(pEntry->nButtons));
+    pMessageBox->setDefaultButton(QMessageBox::Ok);
+    scaleToScreen();
+    const QAbstractButton *pOk = pMessageBox->button(QMessageBox::Ok);
+    startCountdown(sButtonText.isEmpty() && pOk ? pOk->text() : sButtonText);
+    bPrepared = true;
+}
+
+void VeltaInfoBox::prepareInformation()
+{
+    if (bPrepared) {
+        return;
+    }
+    readScreen();
+    pMessageBox->setWindowTitle(tr("<center>Information</center>"));
+    setMessage(sText, InformationLine.forClass(nResIndex));
+    pMessageBox->setIcon(QMessageBox::Information);
+    pMessageBox->setStandardButtons(QMessageBox::Ok);
+    pMessageBox->setDefaultButton(QMessageBox::Ok);
+    scaleToScreen();
+    startCountdown(tr("OK"));
+    bPrepared = true;
+}
+
+void VeltaInfoBox::readScreen()
+{
+    const QSize size = QApplication::primaryScreen()->geometry().size();
+    nScreenW = static_cast<qint16>(size.width());
+    nScreenH = static_cast<qint16>(size.height());
+    nResIndex = screenClass(nScreenW, nScreenH, UnlistedHeightAt800::As800x480).nIndex;
+}
+
+void VeltaInfoBox::setMessage(const QString &text, int lineLength)
+{
+    sMessage = text.left(MaxTextLength);
+    nLineLength = lineLength;
+    pMessageBox->setTextFormat(Qt::RichText);
+    pMessageBox->setText(InfoText::wrap(sMessage, nLineLength));
+}
+
+void VeltaInfoBox::scaleToScreen()
+{
+    QFont font;
+    font.setPointSize(FontPointSize);
+    pMessageBox->setFont(font);
+    pUtils->scaleFont(pMessageBox, nResIndex);
+    // All buttons alike: Abort beside Ok is no smaller.
+    const auto buttons = pMessageBox->buttons();
+    for (QAbstractButton *pButton : buttons) {
+        pButton->setAttribute(Qt::WA_AcceptTouchEvents);
+        pButton->setFont(font);
+        pUtils->scaleFont(pButton, nResIndex);
+        pUtils->scaleWidth(pButton, false);
+    }
+}
+
+void VeltaInfoBox::startCountdown(const QString &buttonText)
+{
+    if (nCountdown == 0) {
+        return;
+    }
+    if (!pCountdownTimer) {
+        pCountdownTimer = new QTimer(this);
+    }
+    nRemaining = nCountdown;
+    sButtonText = buttonText;
+    if (QAbstractButton *pButton = pMessageBox->button(QMessageBox::Ok)) {
+        pButton->setText(sButtonText + tr(" (%1)").arg(nRemaining));
+        // Fewer digits must not make the button jump.
+        pButton->ensurePolished();
+        pButton->setMinimumWidth(pButton->sizeHint().width());
+    }
+    connect(pCountdownTimer, &QTimer::timeout, this, &VeltaInfoBox::CountDown);
+    pCountdownTimer->start(CountdownInterval);
+}
+
+void VeltaInfoBox::stopCountdown()
+{
+    if (pCountdownTimer) {
+        // It may be the timer that calls.
+        pCountdownTimer->disconnect();
+        pCountdownTimer->stop();
+        pCountdownTimer->deleteLater();
+        pCountdownTimer = nullptr;
+    }
+}
+
+void VeltaInfoBox::buildBox()
+{
+    if (bBuilt) {
+        pMessageBox->show();
+        pDialog->show();
+        return;
+    }
+    pMessageBox->setStyleSheet(whiteBackground());
+    if (pMessageBox->buttons().isEmpty()) {
+        // QMessageBox would add it only when shown, too late for the size.
+        pMessageBox->addButton(QMessageBox::Ok);
+        pMessageBox->setDefaultButton(QMessageBox::Ok);
+        scaleToScreen();
+    }
+
+    const QString title = pMessageBox->windowTitle();
+    pTitleLabel->setAutoFillBackground(true);
+    pTitleLabel->setStyleSheet(QStringLiteral("* { background-color: %1; color: white }")
+                                   .arg(TitleColours[static_cast<int>(nKind)]));
+    pTitleLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    pTitleLabel->setText(title.startsWith(QLatin1Char(' ')) ? title : QLatin1Char(' ') + title);
+
+    pFrameLayout->setContentsMargins(0, 0, 0, 0);
+    pFrameLayout->setSpacing(FrameSpacing);
+    pFrameLayout->addWidget(pTitleLabel);
+    pFrameLayout->addWidget(pMessageBox);
+    pFrame->setStyleSheet(whiteBackground());
+    pFrame->setLineWidth(FrameWidth);
+    pFrame->setFrameShape(QFrame::Box);
+    pFrame->setAttribute(Qt::WA_AcceptTouchEvents);
+
+    pDialogLayout->setContentsMargins(0, 0, 0, 0);
+    pDialogLayout->addWidget(pFrame, 0, Qt::AlignCenter);
+    pDialogLayout->setSizeConstraint(QLayout::SetFixedSize);
+    pDialog->setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint);
+    pDialog->setAttribute(Qt::WA_AcceptTouchEvents);
+    pDialog->setWindowModality(bModal ? Qt::ApplicationModal : Qt::NonModal);
+
+    fitToScreen();
+    // The size is final before the window appears, so it appears where it stays.
+    pDialogLayout->activate();
+    pDialog->adjustSize();
+    pDialog->move((nScreenW - pDialog->width()) / 2, (nScreenH - pDialog->height()) / 2);
+    pDialog->show();
+    pDialog->raise();
+    pDialog->activateWindow();
+    if (QPushButton *pDefault = pMessageBox->defaultButton()) {
+        pDefault->setFocus();
+    }
+    bBuilt = true;
+}
+
+QSize VeltaInfoBox::setLayout(int fontSize, int lineLength)
+{
+    const auto shrink = [fontSize](QWidget *pWidget) {
+        QFont font = pWidget->font();
+        if (font.pointSize() > fontSize) {
+            font.setPointSize(fontSize);
+            pWidget->setFont(font);
+        }
+    };
+    shrink(pMessageBox);
+    const auto buttons = pMessageBox->buttons();
+    std::for_each(buttons.begin(), buttons.end(), shrink);
+    pMessageBox->setText(InfoText::wrap(sMessage, lineLength));
+
+    QFont titleFont = pMessageBox->font();
+    titleFont.setBold(true);
+    pTitleLabel->setFont(titleFont);
+    pTitleLabel->setFixedHeight(pTitleLabel->fontMetrics().height() + TitlePadding);
+
+    const QSize body = pMessageBox->contentSize();
+    const int width = std::max(body.width(), pTitleLabel->sizeHint().width());
+    pMessageBox->setBodySize({width, body.height()});
+    return {width + 2 * FrameWidth,
+            pTitleLabel->height() + FrameSpacing + body.height() + 2 * FrameWidth};
+}
+
+void VeltaInfoBox::fitToScreen()
+{
+    const auto fitsWidth = [this](QSize size) { return size.width() <= nScreenW; };
+    const auto fitsHeight = [this](QSize size) { return size.height() <= nScreenH; };
+
+    int fontSize = pMessageBox->font().pointSize();
+    int lineLength = nLineLength;
+    QSize size = setLayout(fontSize, lineLength);
+    while (!fitsWidth(size) || !fitsHeight(size)) {
+        if (!fitsWidth(size) && lineLength > MinLineLength) {
+            --lineLength;
+        } else if (fontSize > MinFontPointSize) {
+            --fontSize;
+            lineLength = nLineLength;
+        } else if (!fitsHeight(size) && !sMessage.isEmpty()) {
+            // The rest of the text is lost, but not the way on: the buttons stay on the screen.
+            const int lineHeight = pMessageBox->fontMetrics().lineSpacing();
+            const int excess = (size.height() - nScreenH + lineHeight - 1) / lineHeight;
+            sMessage.truncate(std::max<qsizetype>(0, sMessage.size() - excess * lineLength));
+            if (!sMessage.isEmpty()) {
+                sMessage.back() = QChar(0x2026); // ...
+            }
+        } else {
+            return;
+        }
+        size = setLayout(fontSize, lineLength);
+    }
+}
+
+void VeltaInfoBox::returnActivation()
+{
+    // Without a window manager no window is active after one hides, and keys would go nowhere.
+    const QWidget *pActive = QApplication::activeWindow();
+    if (pActiveBefore && pActiveBefore->isVisible() && (!pActive || pActive == pDialog.get())) {
+        pActiveBefore->activateWindow();
+    }
+    pActiveBefore = nullptr;
+}
