@@ -6,6 +6,11 @@
 
 namespace {
 
+QString builtInCalibrationFile()
+{
+    return QStringLiteral("/etc/pointercal");
+}
+
 QString fromEnvironment(const char *variable, const QString &builtIn)
 {
     const QString path = QFile::decodeName(qgetenv(variable));
@@ -21,5 +26,11 @@ QString touchscreenDevice()
 
 QString pointerCalibrationFile()
 {
-    return fromEnvironment("POINTERCAL_FILE", QStringLiteral("/etc/pointercal"));
+    return fromEnvironment("POINTERCAL_FILE", builtInCalibrationFile());
+}
+
+QString pointerCalibrationName()
+{
+    const QString path = QFile::decodeName(qgetenv("POINTERCAL_FILE"));
+    return path.isEmpty() ? builtInCalibrationFile() : path;
 }

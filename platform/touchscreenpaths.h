@@ -11,3 +11,5 @@ QString touchscreenDevice();
 
 /// The pointer calibration file: POINTERCAL_FILE, else the device's "/etc/pointercal".
 QString pointerCalibrationFile();
+/// The same file as the operator knows it: without a device root in front.
+QString pointerCalibrationName();
