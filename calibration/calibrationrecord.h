@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/pointercalibrationdata.h"
+
+#include <QPoint>
+#include <QSize>
+
+#include <array>
+
+/// The five points of a calibration in tslib's own layout: where the touchscreen reported each
+/// touch (its raw units) and where the crosshair was (pixels). The coefficients are never used:
+/// the pointer handler computes its own.
+struct CalibrationRecord
+{
+    static constexpr int PointCount = 5;
+
+    std::array<int, PointCount> rawX{};
+    std::array<int, PointCount> screenX{};
+    std::array<int, PointCount> rawY{};
+    std::array<int, PointCount> screenY{};
+    std::array<int, 7> coefficients{};
+};
+
+/// Where a run shows its crosshairs on a screen of \a size pixels: "Top left", "Top right",
+/// "Bot right", "Bot left", "Center".
+std::array<QPoint, CalibrationRecord::PointCount> crosshairTargets(const QSize &size);
+
+/// \a size of the operator's screen as the untransformed screen has it. \a rotation in quarter
+/// turns, 0 to 3.
+QSize untransformed(const QSize &size, int rotation);
+
+/// The pairs of \a record, measured on a screen turned by \a rotation quarter turns (0 to 3), in
+/// the order and coordinates of the untransformed screen, which the pointer handler works in.
+PointerCalibrationData calibrationPairs(const CalibrationRecord &record, int rotation);
+
+/// The pairs of \a record as they stand.
+PointerCalibrationData storedPairs(const CalibrationRecord &record);
+/// The record that holds \a pairs as they stand.
+CalibrationRecord storedRecord(const PointerCalibrationData &pairs);

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+
+struct tsdev;
+struct ts_sample;
+
+/// Takes raw samples from an open touchscreen one at a time, waiting without using the CPU, and
+/// can be told from another thread to stop waiting.
+class TouchSampler
+{
+public:
+    enum class Result {
+        Sample, ///< a sample was read
+        Stopped, ///< stop() was called
+        Failed ///< the touchscreen cannot be read (any more)
+    };
+
+    TouchSampler();
+    ~TouchSampler();
+    TouchSampler(const TouchSampler &) = delete;
+    TouchSampler &operator=(const TouchSampler &) = delete;
+
+    /// Waits for the next sample of \a pTouchscreen, as long as it takes.
+    Result read(tsdev *pTouchscreen, ts_sample *pSample) const;
+    /// Waits for \a time. Returns false at once when stop() is or was called.
+    bool pause(std::chrono::milliseconds time) const;
+
+    /// Ends read() and pause(), the present ones and all later ones, until rearm(). Any thread.
+    void stop() const;
+    /// Forgets an earlier stop(). Only while no thread is in read() or pause().
+    void rearm() const;
+
+private:
+    int nStopEvent;
+};

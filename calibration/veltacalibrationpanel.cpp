@@ -1,0 +1,214 @@
+#include "calibration/veltacalibrationpanel.h"
+
+#include "infobox/veltainfobox.h"
+#include "platform/touchscreenpaths.h"
+#include "platform/windowserver.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QFontMetrics>
+#include <QPainter>
+#include <QScreen>
+
+namespace {
+
+constexpr std::array<const char *, CalibrationRecord::PointCount> PointNames{
+    "Top left", "Top right", "Bot right", "Bot left", CenterPointName};
+
+constexpr int CrossPenWidth = 2;
+/// The twelve lines of the crosshair, relative to its centre.
+constexpr std::array<QLine, 12> CrossLines{{
+    {-10, 0, -2, 0},
+    {2, 0, 10, 0},
+    {0, -10, 0, -2},
+    {0, 2, 0, 10},
+    {-6, -9, -9, -9},
+    {-9, -8, -9, -6},
+    {-9, 6, -9, 9},
+    {-8, 9, -6, 9},
+    {6, 9, 9, 9},
+    {9, 8, 9, 6},
+    {9, -6, 9, -9},
+    {8, -9, 6, -9},
+}};
+
+/// Free space in pixels that text keeps from the edges of the screen, and above the upper
+/// crosshairs or, where it reaches further down, beside them.
+constexpr int TextMargin = 4;
+constexpr int TextBottomAboveCrosses = 38;
+constexpr int TextMarginBesideCrosses = 64;
+constexpr int SmallestTextPixels = 8;
+
+void setPointerSuspended(bool bSuspended)
+{
+    if (WindowServer *pServer = WindowServer::instance()) {
+        if (bSuspended) {
+            pServer->suspendPointer();
+        } else {
+            pServer->resumePointer();
+        }
+    }
+}
+
+} // namespace
+
+VeltaCalibrationPanel::VeltaCalibrationPanel(QWidget *parent)
+    : QWidget(parent), lines{tr("Touch crosshair a few seconds to calibrate"),
+                             tr("screen colors: touch pressed (yellow)"),
+                             tr("touch released (green = good, red = bad)")}
+{
+    connect(&thread, &VeltaCalibrationThread::updateScreenpos, this,
+            &VeltaCalibrationPanel::updateScreen, Qt::QueuedConnection);
+    connect(&thread, &VeltaCalibrationThread::updateCaldata, this,
+            &VeltaCalibrationPanel::updateCData, Qt::QueuedConnection);
+    connect(&thread, &VeltaCalibrationThread::errorCalThread, this,
+            &VeltaCalibrationPanel::CalThreadError, Qt::QueuedConnection);
+    connect(&thread, &QThread::finished, this, &VeltaCalibrationPanel::CalThreadControl,
+            Qt::QueuedConnection);
+}
+
+VeltaCalibrationPanel::~VeltaCalibrationPanel()
+{
+    cancel();
+}
+
+short VeltaCalibrationPanel::startCalibration()
+{
+    cancel();
+    bRunning = true;
+    nPoints = nCrossX = nCrossY = 0;
+    data.bBackupLoaded = false;
+    screenColor = Qt::black;
+
+    const QSize size = QGuiApplication::primaryScreen()->geometry().size();
+    data.nScreenWidth = size.width();
+    data.nScreenHeight = size.height();
+    data.backupCalibration();
+    resize(size);
+
+    setPointerSuspended(true);
+    const short code = data.openTouchscreen();
+    if (code != 0) {
+        bRunning = false;
+        setPointerSuspended(false);
+        return code;
+    }
+    startPoint();
+    return 0;
+}
+
+void VeltaCalibrationPanel::cancel()
+{
+    stopSampling();
+    if (bRunning) {
+        bRunning = false;
+        data.closeTouchscreen();
+        setPointerSuspended(false);
+    }
+}
+
+void VeltaCalibrationPanel::startPoint()
+{
+    const QPoint target = crosshairTargets({data.nScreenWidth, data.nScreenHeight})[nPoints];
+    thread.setup(data.pTouchscreen, &sampled, nPoints, target.x(), target.y(),
+                 QLatin1String(PointNames[nPoints]));
+    thread.start();
+}
+
+/// Joins the thread. What it has signalled before belongs to a run that is over: dropped.
+void VeltaCalibrationPanel::stopSampling()
+{
+    thread.stop();
+    QCoreApplication::removePostedEvents(this, QEvent::MetaCall);
+}
+
+void VeltaCalibrationPanel::CalThreadControl()
+{
+    if (!bRunning) {
+        return;
+    }
+    thread.wait();
+    if (++nPoints < CalibrationRecord::PointCount) {
+        startPoint();
+        return;
+    }
+    bRunning = false;
+    // No one samples any more, and a box that appears now needs the pointer.
+    setPointerSuspended(false);
+    reportFailure(data.applyCalibration(data.points, false));
+    reportFailure(data.closeTouchscreen());
+    Q_EMIT CalibFinished();
+}
+
+void VeltaCalibrationPanel::reportFailure(short code)
+{
+    if (code != 0 && code != TouchCalibrationData::RemountFailed) {
+        const VeltaInfoBox box(code, pointerCalibrationName(), CalibrationBoxSeconds, this, true,
+                               true);
+    }
+}
+
+void VeltaCalibrationPanel::CalThreadError(short nCode)
+{
+    qDebug("CalibrationPanel CalThreadError\n");
+    cancel();
+    Q_EMIT CalibError(nCode);
+}
+
+void VeltaCalibrationPanel::updateScreen(int x, int y, QColor eBrush)
+{
+    nCrossX = x;
+    nCrossY = y;
+    screenColor = eBrush;
+    update();
+}
+
+void VeltaCalibrationPanel::updateCData(void *pCalData)
+{
+    data.points = *static_cast<const CalibrationRecord *>(pCalData);
+}
+
+/// The widget's font, smaller where the lines would be cut off or run through a crosshair.
+QFont VeltaCalibrationPanel::fittingFont() const
+{
+    QFont font = this->font();
+    for (int pixels = QFontInfo(font).pixelSize(); pixels > SmallestTextPixels; --pixels) {
+        const QFontMetrics metrics(font);
+        const auto width = [&metrics](const QString &line) {
+            return metrics.horizontalAdvance(line);
+        };
+        int widest = 0;
+        for (const QString &line : lines) {
+            widest = qMax(widest, width(line));
+        }
+        const bool bAbove =
+            static_cast<int>(lines.size()) * metrics.height() <= TextBottomAboveCrosses;
+        const int margin = bAbove ? TextMargin : TextMarginBesideCrosses;
+        if (widest <= this->width() - 2 * margin) {
+            break;
+        }
+        font.setPixelSize(pixels - 1);
+    }
+    return font;
+}
+
+void VeltaCalibrationPanel::paintEvent(QPaintEvent * /*event*/)
+{
+    if (!bRunning) {
+        return;
+    }
+    QPainter painter(this);
+    painter.fillRect(rect(), screenColor == QColor(Qt::black) ? QColor(Qt::white) : screenColor);
+
+    painter.setPen(QPen(Qt::black, CrossPenWidth, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    painter.translate(nCrossX, nCrossY);
+    painter.drawLines(CrossLines.data(), static_cast<int>(CrossLines.size()));
+    painter.translate(-nCrossX, -nCrossY);
+
+    painter.setFont(fittingFont());
+    const int height = painter.fontMetrics().height();
+    for (int k = 0; k < static_cast<int>(lines.size()); ++k) {
+        painter.drawText(QRect(0, k * height, width(), height),
+                         Qt::AlignHCenter | Qt::TextSingleLine, lines[static_cast<std::size_t>(k)]);
+    }
+}

@@ -1,0 +1,178 @@
+#include "calibration/veltacalibrationthread.h"
+
+#include "calibration/touchaxes.h"
+#include "calibration/touchreduction.h"
+#include "platform/devicepath.h"
+
+#include <QDebug>
+
+#include <algorithm>
+#include <tslib.h>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int GlideSteps = 10;
+constexpr auto GlideInterval = 50ms;
+/// How long a verdict stays on the screen before something else is shown.
+constexpr auto VerdictPause = 500ms;
+
+/// Slots for the samples of a touch; the last one takes all samples that come after them.
+constexpr std::size_t SampleSlots = 128;
+
+constexpr int FixedPointShift = 16;
+constexpr int FixedPointOne = 1 << FixedPointShift;
+
+} // namespace
+
+VeltaCalibrationThread::VeltaCalibrationThread(QObject *parent) : QThread(parent)
+{ }
+
+VeltaCalibrationThread::~VeltaCalibrationThread()
+{
+    stop();
+}
+
+void VeltaCalibrationThread::setup(tsdev *touchscreen, CalibrationRecord *record, int index, int x,
+                                   int y, const QString &name)
+{
+    pTouchscreen = touchscreen;
+    pRecord = record;
+    nIndex = index;
+    nTargetX = x;
+    nTargetY = y;
+    sName = name;
+    if (nIndex == 0) {
+        reference = {};
+        nOriginX = nOriginY = NoOrigin;
+    }
+    sampler.rearm();
+}
+
+void VeltaCalibrationThread::stop()
+{
+    sampler.stop();
+    wait();
+}
+
+void VeltaCalibrationThread::run()
+{
+    learnTolerance();
+    if (nOriginX != NoOrigin && !glideToTarget()) {
+        return;
+    }
+    nDrawnX = nTargetX;
+    nDrawnY = nTargetY;
+    showTarget(Qt::black);
+
+    const auto index = static_cast<std::size_t>(nIndex);
+    RawPoint measured;
+    do {
+        const short code = getxy(pTouchscreen, &measured.x, &measured.y);
+        if (code == PointStopped) {
+            return;
+        }
+        if (code != 0) {
+            Q_EMIT errorCalThread(code);
+            return;
+        }
+        pRecord->rawX[index] = measured.x;
+        pRecord->rawY[index] = measured.y;
+    } while (
+        index > 0
+        && isSamePlace({pRecord->rawX[index - 1], pRecord->rawY[index - 1]}, measured, nTolerance));
+
+    reference = measured;
+    nOriginX = nTargetX * FixedPointOne;
+    nOriginY = nTargetY * FixedPointOne;
+    pRecord->screenX[index] = nTargetX;
+    pRecord->screenY[index] = nTargetY;
+    Q_EMIT updateCaldata(pRecord);
+}
+
+void VeltaCalibrationThread::learnTolerance()
+{
+    if (bToleranceKnown && nTolerance != 0) {
+        return;
+    }
+    const auto axes = readTouchAxes(devicePath(QStringLiteral("/dev/input/touchscreen")));
+    const TouchAxes known = axes.value_or(TouchAxes());
+    nTolerance = touchTolerance(known.nMaximumX, known.nMaximumY);
+    bToleranceKnown = axes.has_value();
+}
+
+bool VeltaCalibrationThread::glideToTarget()
+{
+    const int stepX = (nTargetX - (nOriginX >> FixedPointShift)) * FixedPointOne / GlideSteps;
+    const int stepY = (nTargetY - (nOriginY >> FixedPointShift)) * FixedPointOne / GlideSteps;
+    for (int i = 0; i < GlideSteps; ++i) {
+        nDrawnX = nOriginX >> FixedPointShift;
+        nDrawnY = nOriginY >> FixedPointShift;
+        Q_EMIT updateScreenpos(nDrawnX, nDrawnY, Qt::green);
+        nOriginX += stepX;
+        nOriginY += stepY;
+        if (!sampler.pause(GlideInterval)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void VeltaCalibrationThread::showTarget(Qt::GlobalColor colour)
+{
+    Q_EMIT updateScreenpos(nTargetX, nTargetY, colour);
+}
+
+short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *pRawX, int *pRawY)
+{
+    using Result = TouchSampler::Result;
+    std::array<ts_sample, SampleSlots> samples{};
+
+    showTarget(Qt::black);
+    do {
+        const Result result = sampler.read(touchscreen, samples.data());
+        if (result == Result::Stopped) {
+            return PointStopped;
+        }
+        if (result == Result::Failed) {
+            qDebug("getxy: ts_read_raw error 1");
+            return ErrTouchReadPress;
+        }
+    } while (samples[0].pressure == 0);
+
+    std::size_t n = 0;
+    do {
+        if (n <= SampleSlots - 2 && samples[n].pressure != 0) {
+            ++n;
+        }
+        const Result result = sampler.read(touchscreen, &samples[n]);
+        if (result == Result::Stopped) {
+            return PointStopped;
+        }
+        if (result == Result::Failed) {
+            qDebug("getxy: ts_read_raw error 2");
+            return ErrTouchReadRelease;
+        }
+        showTarget(samples[n].pressure != 0 ? Qt::yellow : Qt::white);
+    } while (samples[n].pressure != 0);
+
+    std::array<RawPoint, SampleSlots> points{};
+    std::transform(samples.begin(), samples.begin() + n, points.begin(),
+                   [](const ts_sample &sample) {
+                       return RawPoint{sample.x, sample.y};
+                   });
+    const RawPoint position = medianPosition(std::span(points).first(n));
+    *pRawX = position.x;
+    *pRawY = position.y;
+
+    if (reference != RawPoint() && isSamePlace(reference, position, nTolerance)) {
+        showTarget(Qt::red);
+        return sampler.pause(VerdictPause) ? 0 : PointStopped;
+    }
+    showTarget(Qt::green);
+    if (sName == QLatin1String(CenterPointName) && !sampler.pause(VerdictPause)) {
+        return PointStopped;
+    }
+    return 0;
+}
