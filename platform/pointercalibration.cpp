@@ -28,7 +28,10 @@ std::optional<QByteArray> readCalibrationFile()
 bool writeCalibrationFile(const QByteArray &content)
 {
     QSaveFile file(pointerCalibrationFile());
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit()) {
+    // Without flush() a full disk shows only inside commit(), which (Qt 6.4) then puts an empty
+    // file in place of the old one and reports success.
+    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush()
+        && file.commit()) {
         return true;
     }
     qWarning("Cannot write the pointer calibration file %s: %s", qPrintable(file.fileName()),

@@ -45,6 +45,6 @@ private:
 
     std::array<int, Count> coefficients{};
     /// Rotation in quarter turns that tslib adds, within a screen of this size.
-    QSize resolution;
+    QSize resolution{0, 0};
     int nRotation = 0;
 };

@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QGuiApplication>
 
+#include <cstdlib>
+
 namespace {
 
 /// Value of the platform argument. Qt takes the option off the arguments it shows, so the
@@ -22,11 +24,11 @@ QByteArray platformArgument()
     return value;
 }
 
-int quarterTurns(const QString &platform, int rotation)
+/// Degrees (90, 180, 270, -90) or quarter turns (0 to 3) as quarter turns.
+int quarterTurns(int rotation)
 {
-    const int turns = (rotation > 3 ? rotation / 90 : rotation) % 4;
-    // linuxfb counts clockwise.
-    return platform == QLatin1String("linuxfb") ? (4 - turns) % 4 : turns;
+    const int turns = std::abs(rotation) > 3 ? rotation / 90 : rotation;
+    return (turns % 4 + 4) % 4;
 }
 
 } // namespace
@@ -43,7 +45,7 @@ int screenRotation()
         }
         for (const QString &option : options.sliced(1)) {
             if (option.startsWith(QLatin1String("rotation="))) {
-                return quarterTurns(platform, option.section(u'=', 1).toInt());
+                return quarterTurns(option.section(u'=', 1).toInt());
             }
         }
     }

@@ -7,6 +7,7 @@
 #include "platform/touchtype.h"
 
 #include <QCursor>
+#include <QFile>
 #include <QGenericPluginFactory>
 #include <QGuiApplication>
 #include <QScreen>
@@ -15,6 +16,11 @@
 
 #include <qpa/qplatformcursor.h>
 #include <qpa/qplatformscreen.h>
+
+#include <fcntl.h>
+#include <linux/input.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -29,6 +35,20 @@ QString evdevPath(const QString &path)
 std::unique_ptr<QObject> createPlugin(const QString &key, const QString &specification)
 {
     return std::unique_ptr<QObject>(QGenericPluginFactory::create(key, specification));
+}
+
+/// Whether \a path speaks the kernel's input protocol. Qt's driver for multi-touch screens corrupts
+/// the heap with any other device (a FIFO, for one).
+bool isEventDevice(const QString &path)
+{
+    const int fd = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        return false;
+    }
+    int version = 0;
+    const bool bSpeaksIt = ioctl(fd, EVIOCGVERSION, &version) == 0;
+    close(fd);
+    return bSpeaksIt;
 }
 
 std::unique_ptr<QObject> createMultiTouchHandler(int quarterTurns)
@@ -62,15 +82,12 @@ bool WindowServer::openPointer()
     // The device has one reader: the old handler goes first.
     pPointerHandler.reset();
     pMultiTouchHandler.reset();
-    switch (readTouchType()) {
-    case TouchType::None:
-        if (!qEnvironmentVariableIsEmpty("TSLIB_TSDEVICE")) {
-            break;
-        }
+    const TouchType type = readTouchType();
+    if (type == TouchType::None && qEnvironmentVariableIsEmpty("TSLIB_TSDEVICE")) {
         return true;
-    case TouchType::Single:
-        break;
-    case TouchType::Multi:
+    }
+    // Whatever is no event device is tslib's, several fingers or not.
+    if (type == TouchType::Multi && isEventDevice(touchscreenDevice())) {
         pMultiTouchHandler = createMultiTouchHandler(nRotation);
         if (!pMultiTouchHandler) {
             qWarning("There is no driver for the multi-touch screen");

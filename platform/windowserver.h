@@ -26,10 +26,11 @@ public:
     /// The process's window server, or nullptr when there is none.
     static WindowServer *instance();
 
-    /// Opens the touchscreen: tslib for a single-touch screen, Qt's evdev handler for a
-    /// multi-touch one. Returns false (after one warning line) when there is a touchscreen but it
-    /// could not be opened, true otherwise. A second call replaces the handler. A touchscreen that
-    /// could not be opened or has vanished is tried again by resumePointer().
+    /// Opens the touchscreen: through tslib, or through Qt's evdev handler when it is a
+    /// multi-touch screen that is an event device. Returns false (after one warning line) when
+    /// there is a touchscreen but it could not be opened, true otherwise. A second call replaces
+    /// the handler. A touchscreen that could not be opened or has vanished is tried again by
+    /// resumePointer().
     bool openPointer();
 
     /// Creates a keyboard handler. \a specification is a device path followed by options, as
