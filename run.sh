@@ -176,15 +176,21 @@ esac
 
 rebootsBefore=$(grep -c ' reboot' "$root/simulator/log" 2>/dev/null || true)
 # Not the desktop's own settings: the panel looks as on a device.
-env PANEL_ROOT="$root" DISPLAY="$display" \
-    -u WAYLAND_DISPLAY -u QT_QPA_PLATFORMTHEME -u QT_STYLE_OVERRIDE -u QT_SCALE_FACTOR \
-    "$sourceFolder/build/debug/operator-panel" -platform "$platform" &
+env -u WAYLAND_DISPLAY -u QT_QPA_PLATFORMTHEME -u QT_STYLE_OVERRIDE -u QT_SCALE_FACTOR \
+    PANEL_ROOT="$root" DISPLAY="$display" \
+    "$sourceFolder/build/debug/operator-panel" -platform "$platform" </dev/null &
 panel=$!
 
 (
     exec 9<&-
-    sleep 8
-    if "$panelctl" --root "$root" screenshot "$root/first-page.png" --wait 60; then
+    job=''
+    trap 'kill ${job:+"$job"} 2>/dev/null; exit' TERM
+    sleep 8 &
+    job=$!
+    wait "$job"
+    "$panelctl" --root "$root" screenshot "$root/first-page.png" --wait 60 &
+    job=$!
+    if wait "$job"; then
         say "Screenshot of the first page: $root/first-page.png"
     fi
 ) &

@@ -29,7 +29,9 @@ constexpr std::array<PadShape, 3> Shapes{{
     {10, 5, KeyStyle::AlphaKey, KeyStyle::AlphaSpecial, KeyStyle::AlphaSpecial, 6, false, true},
 }};
 
-constexpr int MinimumGap = 1;
+constexpr int NarrowGap = 1;
+constexpr int MinimumGap = 0; // the buttons' frames are apart by themselves
+constexpr int BlockGapGrowth = 4;
 constexpr int MaximumGap = 14;
 /// Pixels of pad width for each pixel of the wanted gap, per column.
 constexpr int WidthPerGap = 12;
@@ -92,17 +94,22 @@ InputPadLayout inputPadLayout(KeyPad pad, const QSize &area, int headroom)
     const int wantedGap =
         std::clamp(area.width() / (columns * WidthPerGap), WantedGapMinimum, WantedGapMaximum);
 
-    // The special keys give way when the character keys would fall below their minimum.
+    // The special keys give way before the character keys touch each other or become too small.
     const int smallestSpecial =
         shape.bArrowPair ? 2 * arrow.minimum.width() + MinimumGap : special.minimum.width();
-    const int roomForSpecial = area.width() - columns * (key.minimum.width() + MinimumGap);
+    const int roomForSpecial = area.width() - columns * (key.minimum.width() + NarrowGap);
     int specialWidth = std::clamp(std::min(area.width() / shape.nSpecialShare, roomForSpecial),
                                   smallestSpecial, special.maximum.width());
     const Share across = share(area.width() - specialWidth, columns, columns, wantedGap,
                                key.minimum.width(), key.maximum.width());
-    // What is too little for another pixel on every key widens the special keys.
+    // What is too little for another pixel on every key sets the blocks apart, then widens the
+    // special keys.
     const int rest = area.width() - specialWidth - columns * (across.nSize + across.nGap);
-    specialWidth += std::clamp(special.maximum.width() - specialWidth, 0, rest);
+    const int apart = std::clamp(rest, 0, BlockGapGrowth);
+    const int widestSpecial = shape.bArrowPair
+        ? std::min(special.maximum.width(), 2 * arrow.maximum.width() + across.nGap)
+        : special.maximum.width();
+    specialWidth = std::min(specialWidth + rest - apart, widestSpecial);
     const int height = area.height() - headroom;
     const Share down = share(height, shape.nRows, shape.nRows - 1, wantedGap, key.minimum.height(),
                              key.maximum.height());
@@ -112,13 +119,14 @@ InputPadLayout inputPadLayout(KeyPad pad, const QSize &area, int headroom)
     layout.special = {specialWidth, down.nSize};
     layout.arrow = {shape.bArrowPair ? (specialWidth - across.nGap) / 2 : specialWidth, down.nSize};
     layout.nGap = across.nGap;
+    layout.nBlockGap = across.nGap + apart;
     layout.nRowGap = down.nGap;
     const int block = columns * across.nSize + (columns - 1) * across.nGap;
     if (shape.bSpaceRow) {
         const int room = block - 2 * (specialWidth + across.nGap);
         layout.nSpaceWidth = std::min(room, keyStyle(KeyStyle::AlphaSpace).maximum.width());
     }
-    const int leftOver = area.width() - block - across.nGap - specialWidth;
+    const int leftOver = area.width() - block - layout.nBlockGap - specialWidth;
     const int below = height - shape.nRows * down.nSize - (shape.nRows - 1) * down.nGap;
     layout.margins = {leftOver / 2, below / 2, leftOver - leftOver / 2, below - below / 2};
     return layout;

@@ -26,7 +26,8 @@ struct InputPadLayout
     QSize special; ///< a special key as wide as its block
     QSize arrow; ///< a cursor key
     int nSpaceWidth; ///< the space key's width; 0 on pads without one
-    int nGap; ///< between the keys of a row, and between the blocks
+    int nGap; ///< between the keys of a row
+    int nBlockGap; ///< between the blocks
     int nRowGap;
     QMargins margins; ///< what is left of the area, evenly at both sides
 };

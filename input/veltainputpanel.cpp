@@ -33,6 +33,8 @@ constexpr char16_t Bullet = 0x2022;
 constexpr int SmallestFont = 5;
 /// What a button's frame takes of its width and height, both sides together.
 constexpr int ButtonFrame = 4;
+/// A wide button keeps one part in so many of its width free of the label.
+constexpr int ButtonPadding = 10;
 /// What the display's frame takes of its height.
 constexpr int DisplayFrame = 4;
 constexpr int HeadSpacing = 6;
@@ -294,7 +296,7 @@ void VeltaInputPanel::layOutPad(KeyPad pad, const QSize &area, int headroom)
 
     auto *pGrid = qobject_cast<QGridLayout *>(pPage->layout());
     pGrid->setContentsMargins(layout.margins);
-    pGrid->setHorizontalSpacing(layout.nGap);
+    pGrid->setHorizontalSpacing(layout.nBlockGap);
     pGrid->setVerticalSpacing(layout.nRowGap);
     for (QLayout *pBlock : pGrid->findChildren<QLayout *>()) {
         if (auto *pKeyGrid = qobject_cast<QGridLayout *>(pBlock)) {
@@ -314,14 +316,16 @@ void VeltaInputPanel::fitKeyFonts()
 {
     std::map<std::pair<KeyPad, KeyLabel>, int> sizes;
     for (const Key &key : keys) {
-        const QSize room = key.pButton->minimumSize() - QSize(ButtonFrame, ButtonFrame);
+        const QSize size = key.pButton->minimumSize();
+        const QSize room =
+            size - QSize(std::max(ButtonFrame, size.width() / ButtonPadding), ButtonFrame);
         for (int level = 0; level < ShiftLevels; ++level) {
             const QString text =
                 key.pSpec->text(level).replace(QLatin1String("&&"), QLatin1String("&"));
-            const int size = fontSize(fittedFont(key.scaledFont, text, room));
+            const int fitted = fontSize(fittedFont(key.scaledFont, text, room));
             const auto [found, bNew] =
-                sizes.try_emplace({key.pSpec->pad(), keyLabel(key.pSpec->action)}, size);
-            found->second = std::min(found->second, size);
+                sizes.try_emplace({key.pSpec->pad(), keyLabel(key.pSpec->action)}, fitted);
+            found->second = std::min(found->second, fitted);
         }
     }
     for (const Key &key : keys) {

@@ -54,7 +54,7 @@ bool Arguments::takeFlag(const QString &name)
 
 QString Arguments::takeChoice(const QString &name, const QStringList &choices)
 {
-    const QString choice = takeOption(name, choices.first());
+    QString choice = takeOption(name, choices.first());
     if (!choices.contains(choice)) {
         setError(QStringLiteral("%1 '%2' is none of %3")
                      .arg(name, choice, choices.join(QStringLiteral(", "))));

@@ -101,7 +101,7 @@ QString takeAddress(Arguments &arguments, const QString &what)
 {
     static const QRegularExpression dotted(
         QStringLiteral("^((25[0-5]|2[0-4]\\d|1?\\d?\\d)(\\.|$)){4}(?<!\\.)$"));
-    const QString text = arguments.take(what);
+    QString text = arguments.take(what);
     if (!dotted.match(text).hasMatch()) {
         arguments.setError(QStringLiteral("%1 '%2' is no IPv4 address").arg(what, text));
     }

@@ -58,8 +58,8 @@ QStringList takeMapping(Arguments &arguments)
 {
     const QString text =
         arguments.takeOption(QStringLiteral("--mapping"), TouchMapping::variants().first());
-    const QStringList chosen = text.split(u',');
-    for (const QString &name : chosen) {
+    QStringList chosen = text.split(u',');
+    for (const QString &name : std::as_const(chosen)) {
         if (!TouchMapping::variants().contains(name)) {
             arguments.setError(QStringLiteral("--mapping '%1' is none of %2")
                                    .arg(name, TouchMapping::variants().join(QStringLiteral(", "))));

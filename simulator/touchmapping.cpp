@@ -113,7 +113,8 @@ RawPoint TouchMapping::toRaw(const QPoint &position) const
 
 QByteArray TouchMapping::pointerCalibration() const
 {
-    const auto &[rawX, rawY] = axes;
+    const Axis &rawX = axes[0];
+    const Axis &rawY = axes[1];
     const double determinant = rawX.factorX * rawY.factorY - rawX.factorY * rawY.factorX;
     const auto row = [&](double a, double b) {
         const double offset = -(a * rawX.offset + b * rawY.offset) / determinant + 0.5;
