@@ -17,9 +17,10 @@ QPixmap paintWindows(const QRect &screen)
 {
     QWidgetList windows = QApplication::topLevelWidgets();
     windows.removeIf([](const QWidget *pWindow) { return !pWindow->isVisible(); });
-    std::stable_sort(windows.begin(), windows.end(), [](const QWidget *pLeft, const QWidget *pRight) {
-        return stackingLevel(*pLeft) < stackingLevel(*pRight);
-    });
+    std::stable_sort(windows.begin(), windows.end(),
+                     [](const QWidget *pLeft, const QWidget *pRight) {
+                         return stackingLevel(*pLeft) < stackingLevel(*pRight);
+                     });
     QPixmap picture(screen.size());
     picture.fill(Qt::black);
     QPainter painter(&picture);

@@ -57,8 +57,7 @@ void DeviceRoot::remove(const QString &devicePath) const
 void DeviceRoot::writeCommand(const QString &devicePath, const QByteArray &script) const
 {
     write(devicePath, "#!/bin/sh\n" + script + "\n");
-    QFile::setPermissions(path(devicePath),
-                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QFile::setPermissions(path(devicePath), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
 void DeviceRoot::setFirmware(const QString &key, const QString &value)

@@ -7,8 +7,8 @@ void DeviceTest::init()
 {
     pRoot = std::make_unique<DeviceRoot>();
     // What the offscreen platform and a keyboard that is a FIFO say about themselves is no fault.
-    QTest::failOnWarning(QRegularExpression(QStringLiteral(
-        "^(?!This plugin does not support|evdevkeyboard: Failed to query led)")));
+    QTest::failOnWarning(QRegularExpression(
+        QStringLiteral("^(?!This plugin does not support|evdevkeyboard: Failed to query led)")));
 }
 
 void DeviceTest::cleanup()

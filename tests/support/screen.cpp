@@ -13,8 +13,8 @@ void setScreen(const QSize &size, int dpi)
 {
     using Setter = void (*)(const QJsonObject &, QPlatformNativeInterface *);
     auto *pNative = QGuiApplicationPrivate::platformIntegration()->nativeInterface();
-    const auto setter
-        = reinterpret_cast<Setter>(pNative->nativeResourceForIntegration("setConfiguration"));
+    const auto setter =
+        reinterpret_cast<Setter>(pNative->nativeResourceForIntegration("setConfiguration"));
     if (!setter) {
         qFatal("the tests need the offscreen platform");
     }
@@ -38,9 +38,9 @@ void setScreen(const QSize &size, int dpi)
 const QList<QSize> &panelScreenSizes()
 {
     static const QList<QSize> sizes{
-        {240, 320},   {272, 480},   {320, 240},  {480, 272},   {480, 640},  {480, 800},
-        {600, 800},   {640, 480},   {720, 1280}, {768, 1024},  {768, 1366}, {800, 480},
-        {800, 600},   {800, 1280},  {1024, 768}, {1024, 1280}, {1050, 1680}, {1080, 1920},
-        {1280, 720},  {1280, 800},  {1280, 1024}, {1366, 768}, {1680, 1050}, {1920, 1080}};
+        {240, 320},  {272, 480},  {320, 240},   {480, 272},   {480, 640},   {480, 800},
+        {600, 800},  {640, 480},  {720, 1280},  {768, 1024},  {768, 1366},  {800, 480},
+        {800, 600},  {800, 1280}, {1024, 768},  {1024, 1280}, {1050, 1680}, {1080, 1920},
+        {1280, 720}, {1280, 800}, {1280, 1024}, {1366, 768},  {1680, 1050}, {1920, 1080}};
     return sizes;
 }

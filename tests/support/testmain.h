@@ -9,11 +9,11 @@
 int runPanelTest(int argc, char **argv, const char *name,
                  const std::function<int(int, char **)> &run);
 
-#define PANEL_TEST_MAIN(TestClass)                                                                 \
-    int main(int argc, char **argv)                                                                \
-    {                                                                                              \
-        return runPanelTest(argc, argv, #TestClass, [](int count, char **arguments) {              \
-            TestClass test;                                                                        \
-            return QTest::qExec(&test, count, arguments);                                          \
-        });                                                                                        \
+#define PANEL_TEST_MAIN(TestClass)                                                    \
+    int main(int argc, char **argv)                                                   \
+    {                                                                                 \
+        return runPanelTest(argc, argv, #TestClass, [](int count, char **arguments) { \
+            TestClass test;                                                           \
+            return QTest::qExec(&test, count, arguments);                             \
+        });                                                                           \
     }

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QFont>
+
+class QString;
+
+/// \a font, made smaller in steps of a point (or pixel) until \a text fits into \a nWidth pixels on
+/// one line, but never below a size that can still be read. Narrow screens need it: the texts of
+/// the forms were written for wider ones.
+QFont fittedFont(const QFont &font, const QString &text, int nWidth);

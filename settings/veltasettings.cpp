@@ -1,0 +1,359 @@
+#include "settings/veltasettings.h"
+
+#include "infobox/veltainfobox.h"
+#include "platform/devicepath.h"
+#include "platform/firmwaretext.h"
+#include "platform/libfirmware.h"
+#include "settings/errorcatalogue.h"
+#include "wizard/ip4validator.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace {
+
+constexpr auto OptionsGroup = QLatin1String("options");
+constexpr auto PasswordKey = QLatin1String("config_passwd");
+constexpr auto ProtectionKey = QLatin1String("config_protection_enabled");
+constexpr auto NetworkGroup = QLatin1String("network");
+constexpr auto ModeKey = QLatin1String("eth0.mode");
+constexpr auto NoAddress = QLatin1String("0.0.0.0");
+
+// The addresses in the order in which they are read and written.
+struct AddressKey
+{
+    IpEntryIndex index;
+    QLatin1String key;
+    const char *label;
+    const char *defaultValue;
+    bool bZeroFirstOctetAllowed; // "0.0.0.0" then stands for "none"
+    IP4Validator::Mode validateMode;
+};
+
+constexpr AddressKey AddressKeys[] = {
+    {AddressEntry, QLatin1String("eth0.ip"), QT_TRANSLATE_NOOP("QObject", "Address"), "0.0.0.0",
+     false, IP4Validator::Address},
+    {NetmaskEntry, QLatin1String("eth0.netmask"), QT_TRANSLATE_NOOP("QObject", "Netmask"),
+     "255.255.255.0", false, IP4Validator::Netmask},
+    {GatewayEntry, QLatin1String("default_gateway"), QT_TRANSLATE_NOOP("QObject", "Gateway"),
+     "0.0.0.0", true, IP4Validator::Address},
+    {Dns1Entry, QLatin1String("dnsserver1"), QT_TRANSLATE_NOOP("QObject", "DNS1"), "0.0.0.0", true,
+     IP4Validator::Address},
+    {Dns2Entry, QLatin1String("dnsserver2"), QT_TRANSLATE_NOOP("QObject", "DNS2"), "0.0.0.0", true,
+     IP4Validator::Address},
+};
+
+bool isNameServer(int index)
+{
+    return index == Dns1Entry || index == Dns2Entry;
+}
+
+// The ini reader makes a list of a value with unquoted commas; to us it is still one text.
+QString textValue(const QSettings &settings, QLatin1String key, const QString &defaultValue = {})
+{
+    const QVariant value = settings.value(key, defaultValue);
+    return value.typeId() == QMetaType::QStringList ? value.toStringList().join(QLatin1Char(','))
+                                                    : value.toString();
+}
+
+using FirmwareBuffer = std::array<char, 64>;
+
+// One live value of the DHCP interface: how to ask for it, and which results are answers.
+struct LiveValue
+{
+    IpEntryIndex index;
+    int (*ask)(FirmwareBuffer &buffer);
+    bool (*isAnswer)(int result);
+    const char *complaint;
+};
+
+int askInterface(FirmwareBuffer &buffer, int (*call)(char *, const char *))
+{
+    // The library may write into the name's buffer up to its full length.
+    char interfaceName[10] = "eth0";
+    return call(buffer.data(), interfaceName);
+}
+
+bool isSuccess(int result)
+{
+    return result == 0;
+}
+
+// -3: the system has no such name server, the text is valid and may be empty.
+bool isNameServerAnswer(int result)
+{
+    return result == 0 || result == -3;
+}
+
+bool isGatewayAnswer(int result)
+{
+    return result == 0 || result == 1;
+}
+
+constexpr LiveValue LiveValues[] = {
+    {AddressEntry,
+     [](FirmwareBuffer &buffer) { return askInterface(buffer, sysif_GetInterfaceIp); }, isSuccess,
+     "Error while getting IP address"},
+    {NetmaskEntry,
+     [](FirmwareBuffer &buffer) { return askInterface(buffer, sysif_GetInterfaceNetmask); },
+     isSuccess, "Error while getting Netmask"},
+    {Dns1Entry, [](FirmwareBuffer &buffer) { return sysnm_GetDNS1(buffer.data()); },
+     isNameServerAnswer, "Error while getting nameserver 1"},
+    {Dns2Entry, [](FirmwareBuffer &buffer) { return sysnm_GetDNS2(buffer.data()); },
+     isNameServerAnswer, "Error while getting nameserver 2"},
+    {GatewayEntry,
+     [](FirmwareBuffer &buffer) {
+         const int result = sysgw_GetDefaultGateway(buffer.data(), int(buffer.size()));
+         if (result == 0) { // no default route, and the buffer is not filled
+             qstrncpy(buffer.data(), "0.0.0.0", buffer.size());
+         }
+         return result;
+     },
+     isGatewayAnswer, "Error while getting default gateway"},
+};
+
+} // namespace
+
+const QString &networkModeName(quint32 nNetMode)
+{
+    static const QString names[] = {QStringLiteral("Static"), QStringLiteral("DHCP")};
+    return names[nNetMode == StaticMode ? 0 : 1];
+}
+
+VeltaSettings::VeltaSettings(const QString &settingsPath, const QString &newSettingsPath,
+                             QSettings::Format format)
+    : pSettings(std::make_unique<QSettings>(devicePath(settingsPath), format)),
+      pNewSettings(std::make_unique<QSettings>(devicePath(newSettingsPath), format)),
+      pValidator(std::make_unique<IP4Validator>()), sNewSettingsPath(newSettingsPath)
+{
+    bPageEnabled.fill(true);
+    for (int i = 0; i < ScreenClassCount; ++i) {
+        const QSize size = screenSize(i);
+        working.nScreenWidth[i] = snapshot.nScreenWidth[i] = quint16(size.width());
+        working.nScreenHeight[i] = snapshot.nScreenHeight[i] = quint16(size.height());
+    }
+    for (const AddressKey &row : AddressKeys) {
+        defaults[row.index] = QString::fromLatin1(row.defaultValue);
+    }
+    working.pUtils = &utils;
+}
+
+VeltaSettings::~VeltaSettings() = default;
+
+int VeltaSettings::init()
+{
+    loadSettings();
+
+    SettingsRecord loaded = working;
+    loaded.pUtils = nullptr;
+    for (IpEntry &entry : loaded.ipEntries) {
+        // The flags say that a value is still to be saved: the snapshot has nothing to save.
+        entry.bDefaulted = entry.bDhcpDefaulted = false;
+    }
+    snapshot = loaded;
+    return 0;
+}
+
+int VeltaSettings::loadSettings()
+{
+    removeStaleNewSettings();
+    classifyScreen();
+
+    pSettings->beginGroup(OptionsGroup);
+    readOptions();
+    pSettings->endGroup();
+
+    pSettings->beginGroup(NetworkGroup);
+    readNetwork();
+    pSettings->endGroup();
+    return 0;
+}
+
+// What an earlier pass left behind must not be applied together with this one.
+void VeltaSettings::removeStaleNewSettings()
+{
+    const QString path = devicePath(sNewSettingsPath);
+    const QFileInfo file(path);
+    if (file.exists()) {
+        if (!file.isWritable()) {
+            VeltaInfoBox(ERR_FILE_NOT_WRITABLE, sNewSettingsPath, 0, nullptr, true, true);
+        } else if (!QFile::remove(path)) {
+            VeltaInfoBox(ERR_FILE_ERASE, sNewSettingsPath, 0, nullptr, true, true);
+        }
+    }
+    // A process that was killed while saving leaves its lock; the next save would wait 30 s for it.
+    QFile::remove(path + QLatin1String(".lock"));
+}
+
+void VeltaSettings::classifyScreen()
+{
+    const QSize screen = QGuiApplication::primaryScreen()->geometry().size();
+    const ScreenClass result =
+        screenClass(screen.width(), screen.height(), UnlistedHeightAt800::As800x480);
+    working.nResolutionIndex = result.nIndex;
+    if (result.isFixedWidth()) {
+        working.bFixedWidth = true;
+        working.nFixedWidth = result.nFixedWidth;
+    }
+    working.bLargeScreen = screen.width() > 1920;
+}
+
+void VeltaSettings::readOptions()
+{
+    working.bUnlocked = false;
+    bool bProtected = pSettings->contains(PasswordKey) || pSettings->contains(ProtectionKey);
+    if (bProtected) {
+        working.configPassword = textValue(*pSettings, PasswordKey);
+        const QString protection = textValue(*pSettings, ProtectionKey, QStringLiteral("1"));
+        bProtected = !working.configPassword.isEmpty() && protection != QLatin1String("0");
+    }
+    if (!bProtected) {
+        bPageEnabled[ProtectionPageId] = false;
+        working.bUnlocked = true;
+    }
+}
+
+void VeltaSettings::readNetwork()
+{
+    for (const AddressKey &row : AddressKeys) {
+        if (!isNameServer(row.index) || bPageEnabled[DnsPageId]) {
+            working.ipEntries[row.index].label = QCoreApplication::translate("QObject", row.label);
+        }
+    }
+    const QString mode = textValue(*pSettings, ModeKey, QStringLiteral("static")).toLower();
+    if (mode == QLatin1String("static")) {
+        working.nNetMode = StaticMode;
+        readStoredValues();
+        for (IpEntry &entry : working.ipEntries) {
+            entry.dhcpValue = NoAddress;
+        }
+        checkStaticValues();
+    } else {
+        working.nNetMode = DhcpMode;
+        readDhcpValues();
+        readStoredValues();
+    }
+}
+
+void VeltaSettings::readDhcpValues()
+{
+    for (const LiveValue &row : LiveValues) {
+        FirmwareBuffer buffer{};
+        if (row.isAnswer(row.ask(buffer))) {
+            working.ipEntries[row.index].dhcpValue = firmwareText(buffer);
+        } else {
+            qDebug("%s", row.complaint);
+        }
+    }
+}
+
+void VeltaSettings::readStoredValues()
+{
+    for (const AddressKey &row : AddressKeys) {
+        working.ipEntries[row.index].value = textValue(*pSettings, row.key, defaults[row.index]);
+    }
+}
+
+void VeltaSettings::checkStaticValues()
+{
+    for (const AddressKey &row : AddressKeys) {
+        IpEntry &entry = working.ipEntries[row.index];
+        if (entry.value.isEmpty()) {
+            continue;
+        }
+        pValidator->setZeroFirstOctetAllowed(row.bZeroFirstOctetAllowed);
+        int nMode = row.validateMode;
+        switch (pValidator->validate(entry.value, nMode)) {
+        case QValidator::Acceptable:
+            break;
+        case QValidator::Intermediate:
+            pValidator->fixup(entry.value);
+            break;
+        case QValidator::Invalid:
+            entry.value = defaults[row.index];
+            entry.bDefaulted = true;
+            break;
+        }
+        pValidator->setZeroFirstOctetAllowed(false);
+    }
+}
+
+bool VeltaSettings::entryChanged(int index) const
+{
+    const IpEntry &now = working.ipEntries[index];
+    const IpEntry &before = snapshot.ipEntries[index];
+    if (working.nNetMode == StaticMode) {
+        return now.value != before.value || now.bDefaulted;
+    }
+    // In DHCP mode the name servers are the only addresses that the operator can change.
+    if (isNameServer(index)) {
+        return now.value != before.value;
+    }
+    return now.dhcpValue != before.dhcpValue || now.bDhcpDefaulted;
+}
+
+bool VeltaSettings::detectChanges()
+{
+    bool bChanged = working.nNetMode != snapshot.nNetMode;
+    for (int i = 0; i < IpEntryCount && !bChanged; ++i) {
+        bChanged = entryChanged(i);
+    }
+    working.bDataChanged = bChanged;
+    return bChanged;
+}
+
+int VeltaSettings::saveSettings(bool bApply)
+{
+    if (!detectChanges()) {
+        return 1;
+    }
+    qDebug("Data changed !!!");
+    if (!pNewSettings->isWritable()) {
+        return ERR_INI_ACCESS;
+    }
+    writeChanges();
+    pNewSettings->sync();
+    switch (pNewSettings->status()) {
+    case QSettings::NoError:
+        break;
+    case QSettings::AccessError:
+        return ERR_INI_ACCESS;
+    case QSettings::FormatError:
+        return ERR_INI_FORMAT;
+    }
+    if (!bApply) {
+        return 0;
+    }
+    const int nResult = utils.runSysCfg();
+    if (nResult != 0) {
+        VeltaInfoBox(ERR_SYSCFG_RESULT, QString::number(nResult), 0, nullptr, true, true);
+    }
+    return nResult;
+}
+
+void VeltaSettings::writeChanges()
+{
+    pNewSettings->beginGroup(NetworkGroup);
+    pSettings->beginGroup(NetworkGroup);
+    if (working.nNetMode != snapshot.nNetMode || !pSettings->contains(ModeKey)) {
+        pNewSettings->setValue(ModeKey,
+                               working.nNetMode == StaticMode ? QStringLiteral("static")
+                                                              : QStringLiteral("dhcp"));
+    }
+    for (const AddressKey &row : AddressKeys) {
+        if (isNameServer(row.index) && !bPageEnabled[DnsPageId]) {
+            continue;
+        }
+        const IpEntry &entry = working.ipEntries[row.index];
+        if (entry.value != snapshot.ipEntries[row.index].value || !pSettings->contains(row.key)
+            || entry.bDefaulted) {
+            pNewSettings->setValue(row.key, entry.value);
+        }
+    }
+    pSettings->endGroup();
+    pNewSettings->endGroup();
+}

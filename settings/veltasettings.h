@@ -1,0 +1,71 @@
+#pragma once
+
+#include "settings/settingsrecord.h"
+#include "settings/veltautils.h"
+
+#include <QSettings>
+
+#include <array>
+#include <memory>
+
+class IP4Validator;
+
+/// The wizard's pages that a configuration may have, in page-id order.
+enum WizardPageIndex { ProtectionPageId, NetModePageId, IpPageId, DnsPageId, SummaryPageId };
+constexpr int WizardPageCount = 5;
+
+/// The panel's local configuration during one pass of the configuration wizard: what the settings
+/// file and the DHCP interface say (snapshot) and what the operator makes of it (working).
+///
+/// One object per pass, owned by the wizard; GUI thread only. The calls into the firmware library
+/// are synchronous. Nothing here ever writes the device's settings file itself.
+class VeltaSettings
+{
+public:
+    /// Opens \a settingsPath for reading and \a newSettingsPath for what is to be applied. Both are
+    /// paths on the device, as "/etc/settings.ini".
+    VeltaSettings(const QString &settingsPath, const QString &newSettingsPath,
+                  QSettings::Format format);
+    ~VeltaSettings();
+    VeltaSettings(const VeltaSettings &) = delete;
+    VeltaSettings &operator=(const VeltaSettings &) = delete;
+
+    /// Loads everything and takes the snapshot. Returns 0; what goes wrong on the way is reported
+    /// to the operator here, and every value has a default.
+    int init();
+    /// Fills the working record; returns 0.
+    int loadSettings();
+    /// Reads the options group, which must be open on pSettings.
+    void readOptions();
+    /// Reads the network group, which must be open on pSettings.
+    void readNetwork();
+
+    /// Compares the working record with the snapshot, as far as saving goes, and keeps the result
+    /// in working.bDataChanged.
+    bool detectChanges();
+    /// Writes what changed into the new-settings file and, with \a bApply, hands it to the system
+    /// configuration tool. Returns 0 on success, 1 when there was nothing to do, ERR_INI_ACCESS or
+    /// ERR_INI_FORMAT when the file cannot be written, else the tool's result, which has been
+    /// shown to the operator.
+    int saveSettings(bool bApply);
+
+    SettingsRecord working; ///< Loaded and edited.
+    SettingsRecord snapshot; ///< As loaded by init(), never edited.
+    std::array<bool, WizardPageCount> bPageEnabled; ///< By WizardPageIndex; fixed after init().
+    std::unique_ptr<QSettings> pSettings;
+    std::unique_ptr<QSettings> pNewSettings;
+    std::array<QString, IpEntryCount> defaults; ///< By IpEntryIndex.
+    VeltaUtils utils;
+    std::unique_ptr<IP4Validator> pValidator;
+
+private:
+    void removeStaleNewSettings();
+    void classifyScreen();
+    void readDhcpValues();
+    void readStoredValues();
+    void checkStaticValues();
+    bool entryChanged(int index) const;
+    void writeChanges();
+
+    const QString sNewSettingsPath; ///< On the device, for messages.
+};
