@@ -1,0 +1,49 @@
+#include "app/veltakbdinput.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+
+namespace {
+
+struct KeyTranslation
+{
+    int nReceived;
+    int nSent;
+};
+
+constexpr KeyTranslation KeyTable[] = {
+    {Qt::Key_S, Qt::Key_Tab},
+    {Qt::Key_T, Qt::Key_Backtab},
+    {Qt::Key_R, Qt::Key_Backspace},
+};
+
+} // namespace
+
+VeltaKbdInput::VeltaKbdInput(QWidget *pTargetWidget) : pTarget(pTargetWidget)
+{ }
+
+bool VeltaKbdInput::handleKey(QKeyEvent *pEvent)
+{
+    const auto *pRow =
+        std::find_if(std::begin(KeyTable), std::end(KeyTable), [pEvent](const KeyTranslation &row) {
+            return row.nReceived == pEvent->key();
+        });
+    QWidget *pReceiver = pTarget ? pTarget.data() : QApplication::activeModalWidget();
+    if (!pReceiver) {
+        pReceiver = parentWidget();
+    }
+    if (pRow == std::end(KeyTable) || !pReceiver) {
+        pEvent->ignore();
+        return false;
+    }
+    // The press may destroy the receiver (it may close a dialog): the release then goes nowhere.
+    const QPointer<QWidget> pGuard = pReceiver;
+    for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        if (pGuard) {
+            QKeyEvent key(type, pRow->nSent, Qt::NoModifier, QString(), false, 1);
+            QCoreApplication::sendEvent(pGuard, &key);
+        }
+    }
+    pEvent->accept();
+    return true;
+}

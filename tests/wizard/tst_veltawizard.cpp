@@ -1,0 +1,279 @@
+#include "app/veltakbdinput.h"
+#include "tests/support/boxwatcher.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/screen.h"
+#include "tests/support/testmain.h"
+#include "wizard/veltawizard.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+
+namespace {
+
+const QByteArray StaticFile = "[network]\neth0.mode=static\neth0.ip=192.168.0.10\n"
+                              "eth0.netmask=255.255.255.0\ndefault_gateway=192.168.0.1\n"
+                              "dnsserver1=192.168.0.2\ndnsserver2=0.0.0.0\n";
+
+} // namespace
+
+class VeltaWizardTest : public DeviceTest
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QWidget> pParent;
+    std::unique_ptr<VeltaWizard> pWizard;
+
+    VeltaWizard &create()
+    {
+        pParent = std::make_unique<QWidget>();
+        pParent->setWindowFlags(Qt::FramelessWindowHint);
+        pParent->showFullScreen();
+        [this] { QVERIFY(QTest::qWaitForWindowActive(pParent.get())); }();
+        pWizard = std::make_unique<VeltaWizard>(pParent.get());
+        return *pWizard;
+    }
+
+    // Runs the wizard; the steps are taken one after the other inside its event loop.
+    bool run(const std::function<void()> &steps)
+    {
+        QTimer::singleShot(0, pWizard.get(), [this, steps] {
+            steps();
+            if (pWizard->isVisible()) {
+                pWizard->reject();
+            }
+        });
+        return pWizard->Run();
+    }
+
+    void press(QWizard::WizardButton which)
+    {
+        QAbstractButton *pButton = pWizard->button(which);
+        QVERIFY2(pButton->isVisible() && pButton->isEnabled(), qPrintable(pButton->text()));
+        QTest::mouseClick(pButton, Qt::LeftButton);
+    }
+
+    void toSummary()
+    {
+        while (pWizard->currentId() != SummaryPageId) {
+            press(QWizard::NextButton);
+        }
+    }
+
+    void toggleMode()
+    {
+        auto *pButton = pWizard->findChild<QPushButton *>(QStringLiteral("NetOpModeSelectButton"));
+        QTest::mouseClick(pButton, Qt::LeftButton);
+    }
+
+    QStringList changes() const
+    {
+        const auto *pList = pWizard->findChild<QListWidget *>();
+        QStringList lines;
+        for (int i = 0; i < pList->count() && pList->isVisible(); ++i) {
+            lines += pList->item(i)->text();
+        }
+        return lines;
+    }
+
+private Q_SLOTS:
+    void cleanup()
+    {
+        pWizard.reset();
+        pParent.reset();
+        setScreen({800, 480});
+        DeviceTest::cleanup();
+    }
+
+    void geometry_data()
+    {
+        QTest::addColumn<QSize>("screen");
+        QTest::addColumn<QRect>("area");
+        const auto row = [](int nWidth, int nHeight, const QRect &area) {
+            QTest::addRow("%dx%d", nWidth, nHeight) << QSize(nWidth, nHeight) << area;
+        };
+        row(240, 320, QRect(0, 0, 240, 320));
+        row(320, 240, QRect(0, 0, 320, 240));
+        row(480, 272, QRect(39, 0, 400, 272));
+        row(480, 640, QRect(0, 80, 480, 480));
+        row(480, 800, QRect(0, 160, 480, 480));
+        row(640, 480, QRect(0, 0, 640, 480));
+        row(800, 480, QRect(79, 0, 640, 480));
+        row(800, 600, QRect(79, 60, 640, 480));
+        row(1280, 800, QRect(319, 160, 640, 480));
+        row(1920, 1080, QRect(639, 300, 640, 480));
+    }
+    void geometry()
+    {
+        QFETCH(QSize, screen);
+        QFETCH(QRect, area);
+        setScreen(screen);
+        create();
+        run([&] {
+            QCOMPARE(pWizard->geometry(), area);
+            QVERIFY(!pWizard->isWindow());
+        });
+    }
+
+    void pagesInOrder()
+    {
+        root().write(QStringLiteral("/etc/settings.ini"), StaticFile);
+        create();
+        run([&] {
+            QCOMPARE(pWizard->currentId(), int(NetModePageId));
+            QVERIFY(!pWizard->button(QWizard::BackButton)->isEnabled());
+            QList<int> ids;
+            while (pWizard->currentId() != SummaryPageId) {
+                ids += pWizard->currentId();
+                QVERIFY(!pWizard->button(QWizard::CustomButton1)->isVisible());
+                QVERIFY(!pWizard->button(QWizard::FinishButton)->isVisible());
+                press(QWizard::NextButton);
+            }
+            QVERIFY(std::is_sorted(ids.cbegin(), ids.cend()));
+            QVERIFY(!pWizard->button(QWizard::NextButton)->isVisible());
+            press(QWizard::BackButton);
+            QCOMPARE(pWizard->currentId(), ids.last());
+        });
+        QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("service_menu"));
+    }
+
+    void summary_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<int>("toggles");
+        QTest::addColumn<QStringList>("lines");
+        QTest::newRow("nothing") << StaticFile << 0 << QStringList();
+        QTest::newRow("to DHCP") << StaticFile << 1
+                                 << QStringList({"Network OP-Mode: Static -> DHCP"});
+        QTest::newRow("to static") << QByteArray(StaticFile).replace("static", "dhcp") << 1
+                                   << QStringList({"Network OP-Mode: DHCP -> Static"});
+        QTest::newRow("there and back") << StaticFile << 2 << QStringList();
+        QTest::newRow("defaulted") << QByteArray(StaticFile).replace("255.255.255.0", "255.0.255.0")
+                                   << 0 << QStringList({"set Netmask to: 255.255.255.0"});
+    }
+    void summary()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(int, toggles);
+        QFETCH(QStringList, lines);
+        root().write(QStringLiteral("/etc/settings.ini"), file);
+        create();
+        run([&] {
+            for (int i = 0; i < toggles; ++i) {
+                toggleMode();
+            }
+            toSummary();
+            QCOMPARE(changes(), lines);
+            const auto *pLabel = pWizard->findChild<QLabel *>(QStringLiteral("SummaryLabel"));
+            const bool bChanged = !lines.isEmpty();
+            QCOMPARE(pLabel->text(),
+                     bChanged ? QStringLiteral("Press SAVE to save all changes or CANCEL to abort.")
+                              : QStringLiteral("No changes were made so press OKAY to leave "
+                                               "configuration."));
+            QCOMPARE(pWizard->button(QWizard::FinishButton)->text(),
+                     bChanged ? QStringLiteral("SAVE") : QStringLiteral("OKAY"));
+            QCOMPARE(pWizard->button(QWizard::CancelButton)->isEnabled(), bChanged);
+            press(QWizard::BackButton);
+            QVERIFY(pWizard->button(QWizard::CancelButton)->isEnabled());
+        });
+    }
+
+    void outcome_data()
+    {
+        QTest::addColumn<bool>("change");
+        QTest::addColumn<int>("button");
+        QTest::addColumn<QByteArray>("syscfg");
+        QTest::addColumn<bool>("accepted");
+        QTest::addColumn<int>("boxes");
+        const int nFinish = QWizard::FinishButton;
+        const int nCancel = QWizard::CancelButton;
+        QTest::newRow("save") << true << nFinish << QByteArray("exit 0") << true << 0;
+        QTest::newRow("okay") << false << nFinish << QByteArray("exit 0") << false << 0;
+        QTest::newRow("cancel") << true << nCancel << QByteArray("exit 0") << false << 0;
+        QTest::newRow("tool fails") << true << nFinish << QByteArray("exit 3") << false << 1;
+        QTest::newRow("tool missing") << true << nFinish << QByteArray() << false << 1;
+    }
+    void outcome()
+    {
+        QFETCH(bool, change);
+        QFETCH(int, button);
+        QFETCH(QByteArray, syscfg);
+        QFETCH(bool, accepted);
+        QFETCH(int, boxes);
+        root().write(QStringLiteral("/etc/settings.ini"), StaticFile);
+        if (!syscfg.isEmpty()) {
+            root().writeCommand(QStringLiteral("/bin/syscfg"),
+                                "echo run >>\"$PANEL_ROOT/log\"\n" + syscfg);
+        }
+        BoxWatcher watcher;
+        create();
+        const bool bResult = run([&] {
+            if (change) {
+                toggleMode();
+            }
+            toSummary();
+            press(QWizard::WizardButton(button));
+        });
+        QCOMPARE(bResult, accepted);
+        QCOMPARE(watcher.texts().size(), boxes);
+        const bool bRan = change && button == QWizard::FinishButton && !syscfg.isEmpty();
+        QCOMPARE(root().read(QStringLiteral("/log")), QByteArray(bRan ? "run\n" : ""));
+    }
+
+    void buttonsAreHiddenOnce()
+    {
+        create();
+        run([&] {
+            const auto visible = [this] {
+                QList<bool> states;
+                for (const auto which :
+                     {QWizard::BackButton, QWizard::CustomButton1, QWizard::CancelButton,
+                      QWizard::NextButton, QWizard::FinishButton}) {
+                    states += pWizard->button(which)->isVisible();
+                }
+                return states;
+            };
+            const QList<bool> before = visible();
+            QVERIFY(before.contains(true));
+            pWizard->RestoreButtons();
+            QCOMPARE(visible(), before);
+            pWizard->HideButtons();
+            pWizard->HideButtons();
+            QVERIFY(!visible().contains(true));
+            pWizard->RestoreButtons();
+            QCOMPARE(visible(), before);
+        });
+    }
+
+    void skipsWhenGoingBack()
+    {
+        create();
+        auto *pPlain = new QWizardPage;
+        pWizard->AddPage(10, nullptr, false, false); // ignored
+        QVERIFY(!pWizard->page(10));
+        pWizard->AddPage(10, pPlain, true, true);
+        QCOMPARE(pWizard->page(10), pPlain);
+    }
+
+    // S, T and R of a keypad: Tab, Backtab, Backspace.
+    void keypad()
+    {
+        create();
+        run([&] {
+            pWizard->button(QWizard::CancelButton)->setFocus();
+            QTest::keyClick(pWizard.get(), Qt::Key_S);
+            QVERIFY(pWizard->button(QWizard::CancelButton) != QApplication::focusWidget());
+            QTest::keyClick(pWizard.get(), Qt::Key_T);
+            QCOMPARE(QApplication::focusWidget(), pWizard->button(QWizard::CancelButton));
+            QTest::keyClick(pWizard.get(), Qt::Key_Escape);
+            QVERIFY(pWizard->isVisible()); // only the buttons close it
+        });
+    }
+};
+
+PANEL_TEST_MAIN(VeltaWizardTest)
+#include "tst_veltawizard.moc"

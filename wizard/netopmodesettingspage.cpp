@@ -1,0 +1,62 @@
+#include "wizard/netopmodesettingspage.h"
+
+#include "settings/veltasettings.h"
+#include "ui_veltanetopmodeform.h"
+#include "wizard/pagelayout.h"
+
+NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
+    : pSettings(pTheSettings), pWizard(pTheWizard),
+      pForm(std::make_unique<Ui::VeltaNetOpModeForm>())
+{
+    pForm->setupUi(this);
+
+    VeltaUtils &utils = *pSettings->working.pUtils;
+    const int nIndex = pSettings->working.nResolutionIndex;
+    const std::initializer_list<QWidget *> scaled = {
+        pForm->NetOpModeLabel, pForm->NetOpModeLineEdit, pForm->NetOpModeSelectButton,
+        pForm->DummyLabel2,    pForm->DummyLineEdit2,    pForm->DummySelectButton2,
+        pForm->DummyLabel1,    pForm->DummyLineEdit1,    pForm->DummySelectButton1,
+        pForm->groupBox};
+    for (QWidget *pWidget : scaled) {
+        utils.scaleFont(pWidget, nIndex);
+    }
+    pForm->NetOpModeSelectButton->setAttribute(Qt::WA_AcceptTouchEvents);
+    utils.scaleWidth(pForm->NetOpModeSelectButton, false);
+    keepAsSpace({pForm->DummyLabel1, pForm->DummyLineEdit1, pForm->DummySelectButton1,
+                 pForm->DummyLabel2, pForm->DummyLineEdit2, pForm->DummySelectButton2});
+
+    pForm->NetOpModeLabel->setText(tr("IP-Address: "));
+    setCommonWidth({pForm->NetOpModeLabel, pForm->DummyLabel1, pForm->DummyLabel2});
+    pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
+    setAttribute(Qt::WA_AcceptTouchEvents);
+    shrinkSpacers(nIndex, pForm->verticalSpacer, pForm->verticalSpacer_2);
+    showMode();
+
+    connect(pForm->NetOpModeSelectButton, &QPushButton::clicked, this,
+            &NetOpModeSettingsPage::Button_clicked);
+    connect(pForm->NetOpModeLineEdit, &QLineEdit::selectionChanged, this,
+            &NetOpModeSettingsPage::DeselectText);
+}
+
+NetOpModeSettingsPage::~NetOpModeSettingsPage() = default;
+
+void NetOpModeSettingsPage::Button_clicked()
+{
+    pLastSender = sender();
+    if (pLastSender != pForm->NetOpModeSelectButton) {
+        return;
+    }
+    quint32 &nNetMode = pSettings->working.nNetMode;
+    nNetMode = nNetMode == StaticMode ? DhcpMode : StaticMode;
+    showMode();
+}
+
+void NetOpModeSettingsPage::showMode()
+{
+    pForm->NetOpModeLineEdit->setText(tr("%1").arg(networkModeName(pSettings->working.nNetMode)));
+}
+
+void NetOpModeSettingsPage::DeselectText()
+{
+    pForm->NetOpModeLineEdit->deselect();
+}

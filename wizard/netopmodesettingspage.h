@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QWizardPage>
+
+#include <memory>
+
+class VeltaSettings;
+class VeltaWizard;
+
+namespace Ui {
+class VeltaNetOpModeForm;
+}
+
+/// How the panel's Ethernet interface gets its address: static or DHCP. The choice goes at once
+/// into the working record.
+class NetOpModeSettingsPage : public QWizardPage
+{
+    Q_OBJECT
+
+public:
+    /// Neither pointer is owned; both outlive the page.
+    NetOpModeSettingsPage(VeltaSettings *pSettings, VeltaWizard *pWizard);
+    ~NetOpModeSettingsPage() override;
+
+public Q_SLOTS:
+    void Button_clicked();
+    void DeselectText();
+
+private:
+    void showMode();
+
+    VeltaSettings *pSettings;
+    VeltaWizard *pWizard;
+    std::unique_ptr<Ui::VeltaNetOpModeForm> pForm;
+    QObject *pLastSender = nullptr;
+};

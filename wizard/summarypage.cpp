@@ -1,0 +1,76 @@
+#include "wizard/summarypage.h"
+
+#include "settings/veltasettings.h"
+#include "ui_veltasummaryform.h"
+#include "wizard/veltawizard.h"
+
+#include <QAbstractButton>
+#include <QStyle>
+#include <QStyleFactory>
+
+SummaryPage::SummaryPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
+    : pSettings(pTheSettings), pWizard(pTheWizard), pForm(std::make_unique<Ui::VeltaSummaryForm>()),
+      pStyle(QStyleFactory::create(QStringLiteral("Windows")))
+{
+    pForm->setupUi(this);
+    setStyle(pStyle.get());
+    VeltaUtils &utils = *pSettings->working.pUtils;
+    const std::initializer_list<QWidget *> scaled = {pForm->listChangedData, pForm->groupBox,
+                                                     pForm->SummaryLabel};
+    for (QWidget *pWidget : scaled) {
+        utils.scaleFont(pWidget, pSettings->working.nResolutionIndex);
+    }
+    pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
+}
+
+SummaryPage::~SummaryPage()
+{
+    setStyle(nullptr); // the page's own style goes before the page's base does
+}
+
+void SummaryPage::initializePage()
+{
+    QWizardPage::initializePage();
+    const bool bChanged = pSettings->detectChanges();
+    pForm->SummaryLabel->setText(
+        bChanged ? tr("Press SAVE to save all changes or CANCEL to abort.")
+                 : tr("No changes were made so press OKAY to leave configuration."));
+    pWizard->setButtonText(QWizard::FinishButton, bChanged ? tr("SAVE") : tr("OKAY"));
+    pWizard->button(QWizard::CancelButton)->setEnabled(bChanged);
+    if (bChanged) {
+        buildChangeList();
+    }
+    pForm->listChangedData->setVisible(bChanged);
+}
+
+void SummaryPage::buildChangeList()
+{
+    const SettingsRecord &now = pSettings->working;
+    const SettingsRecord &before = pSettings->snapshot;
+    changeList.clear();
+    if (now.nNetMode != before.nNetMode) {
+        changeList += QLatin1String("Network OP-Mode: ")
+            + tr("%1").arg(networkModeName(before.nNetMode)) + QLatin1String(" -> ")
+            + tr("%1").arg(networkModeName(now.nNetMode));
+    }
+    for (int i = 0; i < IpEntryCount; ++i) {
+        const IpEntry &entry = now.ipEntries[i];
+        const QString &oldValue = before.ipEntries[i].value;
+        if (entry.value != oldValue) {
+            changeList +=
+                entry.label + QLatin1String(": ") + oldValue + QLatin1String(" -> ") + entry.value;
+        } else if (entry.bDefaulted) {
+            changeList +=
+                QLatin1String("set ") + entry.label + QLatin1String(" to: ") + entry.value;
+        }
+    }
+    if (!changeList.isEmpty()) {
+        pForm->listChangedData->clear();
+        pForm->listChangedData->addItems(changeList);
+    }
+}
+
+void SummaryPage::cleanupPage()
+{
+    pWizard->button(QWizard::CancelButton)->setEnabled(true);
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QStringList>
+#include <QWizardPage>
+
+#include <memory>
+
+class VeltaSettings;
+class VeltaWizard;
+
+namespace Ui {
+class VeltaSummaryForm;
+}
+
+/// Last page of the wizard: what is going to be saved, or that there is nothing to save.
+class SummaryPage : public QWizardPage
+{
+    Q_OBJECT
+
+public:
+    /// Neither pointer is owned; both outlive the page.
+    SummaryPage(VeltaSettings *pSettings, VeltaWizard *pWizard);
+    ~SummaryPage() override;
+
+    void initializePage() override;
+    void cleanupPage() override;
+
+private:
+    void buildChangeList();
+
+    VeltaSettings *pSettings;
+    VeltaWizard *pWizard;
+    std::unique_ptr<Ui::VeltaSummaryForm> pForm;
+    std::unique_ptr<QStyle> pStyle;
+    QStringList changeList;
+};

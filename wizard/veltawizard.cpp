@@ -1,0 +1,313 @@
+#include "wizard/veltawizard.h"
+
+#include "app/veltakbdinput.h"
+#include "infobox/veltainfobox.h"
+#include "settings/errorcatalogue.h"
+#include "wizard/netopmodesettingspage.h"
+#include "wizard/summarypage.h"
+
+#include <QAbstractButton>
+#include <QCoreApplication>
+#include <QScreen>
+
+namespace {
+
+constexpr auto SettingsFile = QLatin1String("/etc/settings.ini");
+constexpr auto OrganizationName = QLatin1String("Tarnwik Automation GmbH");
+constexpr auto OrganizationDomain = QLatin1String("tarnwik-automation.example");
+
+constexpr int TallScreen = 500; // pixels; from here on the wizard leaves room above and below
+constexpr int WideScreen = 800;
+constexpr QSize RoomySize(640, 480);
+
+using PageCreator = QWizardPage *(*)(VeltaSettings *, VeltaWizard *);
+
+template <typename Page>
+QWizardPage *createPage(VeltaSettings *pSettings, VeltaWizard *pWizard)
+{
+    return new Page(pSettings, pWizard);
+}
+
+// By WizardPageIndex. A page that the program does not have is left out of the order.
+constexpr std::array<PageCreator, WizardPageCount> PageCreators = {
+    nullptr, createPage<NetOpModeSettingsPage>, nullptr, nullptr, createPage<SummaryPage>,
+};
+
+bool pageExists(int nId)
+{
+    return PageCreators[std::size_t(nId)] != nullptr;
+}
+
+} // namespace
+
+VeltaWizard::VeltaWizard(QWidget *pParent) : QWizard(pParent, {})
+{
+    bSetupFailed = setup() != 0;
+}
+
+VeltaWizard::~VeltaWizard() = default;
+
+int VeltaWizard::setup()
+{
+    QCoreApplication::setOrganizationName(OrganizationName);
+    QCoreApplication::setOrganizationDomain(OrganizationDomain);
+    pSettings =
+        std::make_unique<VeltaSettings>(SettingsFile, NewSettingsPath, QSettings::IniFormat);
+    nLastPageId = -1;
+    int nResult = pSettings->init();
+    if (nResult == 0) {
+        nResult = setupPages();
+    }
+    QCoreApplication::setApplicationName(QStringLiteral("service_menu"));
+    return nResult;
+}
+
+int VeltaWizard::setupPages()
+{
+    pPages.fill(nullptr);
+    pKbdInput = std::make_unique<VeltaKbdInput>(this);
+    setupButtons();
+    pageTable.fill({});
+    createPages();
+    if (!allPagesCreated()) {
+        return failSetup(ERR_NO_MEMORY_PAGES);
+    }
+    nFirstPageId = nSecondPageId = -1;
+    addPages();
+    if (nFirstPageId == -1) {
+        return failSetup(ERR_NO_FIRST_PAGE);
+    }
+    setStartId(nFirstPageId);
+    connect(this, &QWizard::customButtonClicked, this, &VeltaWizard::ExpertButtonClicked);
+    connect(this, &QWizard::currentIdChanged, this, &VeltaWizard::HandleBack);
+    applyWindowFlags();
+    applyGeometry();
+    setStyleSheet(
+        QStringLiteral("QWizard { %1 }").arg(QLatin1String("background-color: rgb(230,230,230);")));
+    return 0;
+}
+
+void VeltaWizard::setupButtons()
+{
+    setButtonText(QWizard::NextButton, tr("Next"));
+    setButtonText(QWizard::BackButton, tr("Back"));
+    setButtonText(QWizard::CancelButton, tr("Cancel"));
+    setButtonText(QWizard::FinishButton, tr("SAVE"));
+    for (const WizardButton which :
+         {QWizard::NextButton, QWizard::BackButton, QWizard::CancelButton, QWizard::FinishButton,
+          QWizard::CustomButton1}) {
+        pSettings->utils.scaleFont(button(which), pSettings->working.nResolutionIndex);
+    }
+    buttonOrder = {QWizard::BackButton, QWizard::CustomButton1, QWizard::CancelButton,
+                   QWizard::NextButton, QWizard::FinishButton};
+    for (const WizardButton which : std::as_const(buttonOrder)) {
+        button(which)->setAttribute(Qt::WA_AcceptTouchEvents);
+    }
+    setButtonLayout(buttonOrder);
+    setOption(QWizard::HaveCustomButton1, true);
+    setOption(QWizard::NoCancelButton, false);
+    button(QWizard::CustomButton1)->hide();
+}
+
+void VeltaWizard::createPages()
+{
+    for (int nId = 0; nId < WizardPageCount; ++nId) {
+        if (pSettings->bPageEnabled[nId] && pageExists(nId)) {
+            pPages[nId] = PageCreators[nId](pSettings.get(), this);
+        }
+    }
+}
+
+bool VeltaWizard::allPagesCreated() const
+{
+    for (int nId = 0; nId < WizardPageCount; ++nId) {
+        if (pSettings->bPageEnabled[nId] && pageExists(nId) && !pPages[nId]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void VeltaWizard::addPages()
+{
+    for (int nId = 0; nId < WizardPageCount; ++nId) {
+        if (pSettings->bPageEnabled[nId]) {
+            AddPage(nId, pPages[nId], false, false);
+        }
+    }
+}
+
+// Releases what setup has created and tells the operator.
+int VeltaWizard::failSetup(int nCode)
+{
+    VeltaInfoBox box(qint16(nCode), 0, nullptr, true, true);
+    for (QWizardPage *&pPage : pPages) {
+        delete pPage;
+        pPage = nullptr;
+    }
+    pKbdInput.reset();
+    pSettings.reset();
+    return nCode;
+}
+
+void VeltaWizard::AddPage(int nId, QWizardPage *pPage, bool bShowExpert, bool bSkipOnBack)
+{
+    if (!pPage) {
+        return;
+    }
+    setPage(nId, pPage);
+    if (nFirstPageId == -1) {
+        nFirstPageId = nId;
+    } else if (nSecondPageId == -1) {
+        nSecondPageId = nId;
+    }
+    const auto it = std::find_if(pageTable.begin(), pageTable.end(),
+                                 [](const PageEntry &entry) { return entry.nId == -1; });
+    if (it != pageTable.end()) {
+        *it = {nId, bShowExpert, bSkipOnBack, pPage};
+    }
+}
+
+const VeltaWizard::PageEntry *VeltaWizard::findPage(int nId) const
+{
+    const auto it = std::find_if(pageTable.begin(), pageTable.end(), [nId](const PageEntry &entry) {
+        return entry.nId != -1 && entry.nId == nId;
+    });
+    return it != pageTable.end() ? &*it : nullptr;
+}
+
+void VeltaWizard::applyWindowFlags()
+{
+    // Neither flag makes it a window: it is shown as an area of its parent.
+    setWindowFlags(pSettings->working.bLargeScreen ? Qt::WindowCloseButtonHint
+                                                   : Qt::FramelessWindowHint);
+}
+
+void VeltaWizard::applyGeometry()
+{
+    const SettingsRecord &record = pSettings->working;
+    const int nScreenWidth = record.nScreenWidth[record.nResolutionIndex];
+    const int nScreenHeight = record.nScreenHeight[record.nResolutionIndex];
+    setFixedHeight(nScreenHeight < TallScreen ? nScreenHeight : RoomySize.height());
+    if (record.bFixedWidth) {
+        setFixedWidth(record.nFixedWidth);
+        const QRect area = screen()->availableGeometry();
+        move(int((area.left() + area.right()) / 2 - width() * 0.5),
+             int((area.top() + area.bottom()) / 2 - height() * 0.5 + 1));
+        return;
+    }
+    setFixedWidth(nScreenWidth < WideScreen ? nScreenWidth : RoomySize.width());
+    if (nScreenWidth > width() || nScreenHeight > height()) {
+        move((nScreenWidth - width()) / 2, (nScreenHeight - height()) / 2);
+    }
+}
+
+bool VeltaWizard::Run()
+{
+    // A protected panel is not to be configured without its password.
+    if (bSetupFailed || (pSettings->bPageEnabled[ProtectionPageId] && !pPages[ProtectionPageId])) {
+        return false;
+    }
+    return exec() == QDialog::Accepted;
+}
+
+int VeltaWizard::nextId() const
+{
+    const int nCurrent = currentId();
+    if (const PageEntry *pEntry = findPage(nCurrent)) {
+        QAbstractButton *pExpert = button(QWizard::CustomButton1);
+        pExpert->setVisible(pEntry->bShowExpert);
+        if (pEntry->bShowExpert) {
+            pExpert->setText(tr("Expert"));
+        }
+    }
+    if (nCurrent < ProtectionPageId || nCurrent >= SummaryPageId) {
+        return -1;
+    }
+    for (int nId = nCurrent + 1; nId < SummaryPageId; ++nId) {
+        if (pSettings->bPageEnabled[nId] && pageExists(nId)) {
+            return nId;
+        }
+    }
+    return SummaryPageId;
+}
+
+void VeltaWizard::ExpertButtonClicked(int)
+{
+    QWizard::next();
+}
+
+void VeltaWizard::HandleBack(int nId)
+{
+    const PageEntry *pEntry = findPage(nId);
+    if (pEntry && pEntry->bSkipOnBack && nId < nLastPageId) {
+        QWizard::back();
+    }
+    nLastPageId = currentId();
+}
+
+void VeltaWizard::HideButtons()
+{
+    if (bButtonsHidden) {
+        return;
+    }
+    bButtonsHidden = true;
+    bSavedVisibility.clear();
+    for (const WizardButton which : std::as_const(buttonOrder)) {
+        // Not isVisible(): while a page is being shown the wizard itself may not be visible yet.
+        bSavedVisibility.append(!button(which)->isHidden());
+        button(which)->hide();
+    }
+}
+
+void VeltaWizard::RestoreButtons()
+{
+    if (!bButtonsHidden) {
+        return;
+    }
+    bButtonsHidden = false;
+    for (int i = 0; i < buttonOrder.size(); ++i) {
+        if (bSavedVisibility[i]) {
+            button(buttonOrder[i])->show();
+        }
+    }
+}
+
+void VeltaWizard::RestartAtSecondPage()
+{
+    if (nSecondPageId != -1) {
+        setStartId(nSecondPageId);
+        setButtonLayout(buttonOrder);
+        setOption(QWizard::HaveCustomButton1, true);
+    }
+    restart();
+}
+
+void VeltaWizard::accept()
+{
+    const int nResult = pSettings ? pSettings->saveSettings(true) : 1;
+    if (nResult == 0) {
+        QDialog::accept();
+        return;
+    }
+    if (nResult == 1) {
+        reject();
+        return;
+    }
+    // The tool's own results have been reported and are in no catalogue: their box is not modal
+    // and goes with the wizard.
+    VeltaInfoBox box(qint16(nResult), 0, nullptr, true, false);
+    reject();
+}
+
+void VeltaWizard::reject()
+{
+    QDialog::reject();
+}
+
+void VeltaWizard::keyPressEvent(QKeyEvent *pEvent)
+{
+    if (pKbdInput) {
+        pKbdInput->handleKey(pEvent);
+    }
+}
