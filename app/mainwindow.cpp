@@ -1,0 +1,633 @@
+#include "app/mainwindow.h"
+
+#include "app/cursor.h"
+#include "calibration/calibrationpage.h"
+#include "infobox/veltainfobox.h"
+#include "platform/command.h"
+#include "platform/devicepath.h"
+#include "platform/firmwaretext.h"
+#include "platform/screengrab.h"
+#include "platform/touchtype.h"
+#include "platform/windowserver.h"
+#include "settings/errorcatalogue.h"
+#include "settings/fittedfont.h"
+#include "settings/veltautils.h"
+#include "ui_mainwindow.h"
+#include "wizard/veltawizard.h"
+
+#include <QApplication>
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QFileSystemWatcher>
+#include <QKeyEvent>
+#include <QNetworkInterface>
+#include <QScreen>
+#include <QSettings>
+#include <QTimer>
+
+using namespace std::chrono_literals;
+
+// Resources of a static library are registered by whoever needs them.
+static void registerResources()
+{
+    Q_INIT_RESOURCE(resources);
+}
+
+namespace {
+
+constexpr auto ProgressInterval = 2000ms;
+constexpr auto FirstTickDelay = 5000ms;
+constexpr auto TickInterval = 500ms;
+constexpr auto RestartStep = 1000ms;
+constexpr auto RebootLimit = 30s; // a hanging command must not freeze the panel
+constexpr quint8 CalMessageSeconds = 15;
+
+constexpr auto CalibrationRequestFile = QLatin1String("/tmp/.system/TouchCalibration");
+constexpr auto CalMessageFile = QLatin1String("/flash/local/cal_message");
+constexpr auto RebootCommand = QLatin1String("/sbin/reboot");
+constexpr auto InputFolder = QLatin1String("/dev/input");
+constexpr auto KeyMapFile = QLatin1String("/etc/kbd/de.qmap");
+constexpr int MaxKeyboards = 2;
+
+constexpr auto BlankLabel = QLatin1String("    ");
+constexpr auto UnknownAddress = QLatin1String("0.0.0.0");
+constexpr auto DhcpModeText = QLatin1String("dhcp");
+constexpr auto StaticModeText = QLatin1String("static");
+constexpr int PageMargin = 9; // pixels, as in the form
+constexpr int ButtonSpacing = 6; // pixels between a button and the texts beside it
+constexpr int AppNameMargin = 50; // pixels by which a long name stays short of the screen
+
+// Texts of one Ethernet interface on the preview page.
+struct InterfaceTexts
+{
+    const char *staticIp;
+    const char *dhcpIp;
+    const char *netmask;
+    const char *mac;
+};
+
+constexpr InterfaceTexts interfaceTexts[] = {
+    {QT_TRANSLATE_NOOP("MainWindow", "ETH0 IP: %1"),
+     QT_TRANSLATE_NOOP("MainWindow", "ETH0 IP: %1%2"),
+     QT_TRANSLATE_NOOP("MainWindow", "ETH0 Mask: %1"),
+     QT_TRANSLATE_NOOP("MainWindow", "ETH0 MAC: %1")},
+    {QT_TRANSLATE_NOOP("MainWindow", "ETH1 IP: %1"),
+     QT_TRANSLATE_NOOP("MainWindow", "ETH1 IP: %1%2"),
+     QT_TRANSLATE_NOOP("MainWindow", "ETH1 Mask: %1"),
+     QT_TRANSLATE_NOOP("MainWindow", "ETH1 MAC: %1")},
+    {QT_TRANSLATE_NOOP("MainWindow", "ETH2 IP: %1"),
+     QT_TRANSLATE_NOOP("MainWindow", "ETH2 IP: %1%2"),
+     QT_TRANSLATE_NOOP("MainWindow", "ETH2 Mask: %1"),
+     QT_TRANSLATE_NOOP("MainWindow", "ETH2 MAC: %1")},
+};
+
+QSize primaryScreenSize()
+{
+    return QGuiApplication::primaryScreen()->geometry().size();
+}
+
+void setPointSize(QWidget *pWidget, int nPoints)
+{
+    QFont font = pWidget->font();
+    font.setPointSize(nPoints);
+    font.setBold(true);
+    pWidget->setFont(font);
+}
+
+// A version of the firmware, empty when it is not known.
+QString firmwareInfo(QLatin1String key)
+{
+    const QSettings info(devicePath(QStringLiteral("/etc/fwinfo.ini")), QSettings::IniFormat);
+    return info.value(key).toString();
+}
+
+QByteArray interfaceName(int nInterface)
+{
+    return "eth" + QByteArray::number(nInterface);
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *pParent)
+    : QStackedWidget(pParent), pUi(std::make_unique<Ui::MainWindow>())
+{
+    registerResources();
+    pUi->setupUi(this);
+    createTimers();
+    adaptToScreen();
+    bKeyboardMapping = readKeyboardMapping();
+    pUi->sp_progressBar01->setRange(0, 0);
+    connectAll();
+    updateDeviceInfo();
+    detectTouchType();
+    pCalibrationPage = std::make_unique<CalibrationPage>();
+    pProgressTimer->start();
+    pVisibilityTimer->start();
+    hide();
+    for (QWidget *pButton : {static_cast<QWidget *>(pUi->pushButtonConfig),
+                             static_cast<QWidget *>(pUi->pushButtonStartApp),
+                             static_cast<QWidget *>(pUi->buttonRestart)}) {
+        pButton->setAttribute(Qt::WA_AcceptTouchEvents);
+    }
+    pUi->pushButtonConfig->setFocus();
+    pUi->label_dummy->setText(BlankLabel);
+    showPage(pUi->startupPage);
+    show();
+    updateAppName();
+    pScreenshotTimer->start();
+    watchInputDevices();
+}
+
+MainWindow::~MainWindow()
+{
+    pCalibrationPage.reset();
+    if (gCursorHidden) {
+        QApplication::restoreOverrideCursor();
+        gCursorHidden = false;
+    }
+}
+
+void MainWindow::createTimers()
+{
+    pProgressTimer = std::make_unique<QTimer>();
+    pProgressTimer->setInterval(ProgressInterval);
+    pVisibilityTimer = std::make_unique<QTimer>();
+    pVisibilityTimer->setInterval(FirstTickDelay);
+    pRestartTimer = std::make_unique<QTimer>();
+    pRestartTimer->setInterval(RestartStep);
+    pScreenshotTimer = new QTimer(this);
+    pScreenshotTimer->setInterval(ProgressInterval);
+}
+
+void MainWindow::connectAll()
+{
+    connect(pProgressTimer.get(), &QTimer::timeout, this, &MainWindow::doProgressBar);
+    connect(pVisibilityTimer.get(), &QTimer::timeout, this, &MainWindow::controlVisibility);
+    connect(pUi->pushButtonConfig, &QPushButton::clicked, this, &MainWindow::configButtonPressed);
+    connect(pRestartTimer.get(), &QTimer::timeout, this, &MainWindow::systemRestart_Timer);
+    connect(this, &MainWindow::triggerLcd, pUi->lcdRestart, qOverload<int>(&QLCDNumber::display));
+    connect(pUi->buttonRestart, &QPushButton::clicked, this, &MainWindow::systemRestart_Button);
+    connect(pUi->pushButtonStartApp, &QPushButton::clicked, this,
+            &MainWindow::startAppButtonPressed);
+    connect(pScreenshotTimer, &QTimer::timeout, this, &MainWindow::screenshotTimerEvent);
+}
+
+void MainWindow::adaptToScreen()
+{
+    const QSize screen = primaryScreenSize();
+    setWindowFlags(Qt::FramelessWindowHint | Qt::MSWindowsFixedSizeDialogHint);
+    // The smallest screens are narrower than the form's minimum.
+    setMinimumSize(minimumSize().boundedTo(screen));
+    for (QWidget *pPage :
+         {pUi->previewPage, pUi->startupPage, pUi->rebootPage, pUi->localConfigPage}) {
+        pPage->resize(screen);
+    }
+    resize(screen);
+    if (screen == QSize(320, 240)) {
+        for (QLabel *pLabel : {pUi->label_fw, pUi->label_ip, pUi->label_dummy, pUi->label_mask,
+                               pUi->label_rts, pUi->label_mac}) {
+            setPointSize(pLabel, 9);
+        }
+        setPointSize(pUi->label_stopped, 28);
+        setPointSize(pUi->label_startpage, 28);
+        setPointSize(pUi->label_appname, 14);
+    }
+    const WindowServer *pServer = WindowServer::instance();
+    if (pServer && pServer->isTransformed() && screen.width() < 480 && screen.height() < 640
+        && pServer->transformationOrientation() != 0) {
+        pUi->pushButtonConfig->hide();
+    }
+    VeltaUtils utils;
+    const int nIndex = utils.resolutionIndex(screen.width(), screen.height());
+    utils.scaleFont(pUi->label_restartText, nIndex);
+    utils.scaleFont(pUi->label_restartSeconds, nIndex);
+    utils.scaleFont(pUi->buttonRestart, nIndex);
+    utils.scaleWidth(pUi->pushButtonConfig, true);
+    utils.scaleWidth(pUi->pushButtonStartApp, true);
+    fitTexts({pUi->label_stopped});
+    fitTexts({pUi->label_startpage});
+    fitTexts({pUi->label_ip, pUi->label_mask, pUi->label_mac});
+}
+
+void MainWindow::showPage(QWidget *pPage)
+{
+    setCurrentWidget(pPage);
+}
+
+void MainWindow::showFullScreenOnce()
+{
+    // Showing again what is shown would take the activation from an open box.
+    if (!isVisible() || !isFullScreen()) {
+        showFullScreen();
+    }
+}
+
+void MainWindow::doProgressBar()
+{
+    pUi->sp_progressBar01->setValue(pUi->sp_progressBar01->value() + 1);
+}
+
+void MainWindow::controlVisibility()
+{
+    if (nPlcHandle < 1) {
+        openRuntimeLink();
+        bConfigRequested = false;
+        scheduleNextTick();
+        return;
+    }
+    if (!readRuntimeStatus()) {
+        show();
+        closeRuntimeLink();
+        pVisibilityTimer->setInterval(TickInterval);
+        return;
+    }
+    if (bCheckCalMessage) {
+        // First: ticks go on while the message is open, and it is to be shown once even when its
+        // file cannot be deleted.
+        bCheckCalMessage = false;
+        showCalibrationMessage();
+    }
+    if (plcStatus.isPlcStopped()) {
+        showWhileStopped();
+    } else {
+        showWhileRunning();
+    }
+    handleCalibrationRequest();
+    if (bConfigRequested) {
+        runConfiguration();
+    }
+    scheduleNextTick();
+}
+
+void MainWindow::showWhileStopped()
+{
+    if (ipText.contains(QLatin1String("0.0.0.0"))) {
+        updateDeviceInfo(); // a late lease becomes visible
+    }
+    showFullScreenOnce();
+    showPage(pUi->previewPage);
+    pProgressTimer->stop();
+    updateAppName();
+    pUi->pushButtonStartApp->setVisible(plcStatus.state == PlcStateStopped);
+}
+
+void MainWindow::showWhileRunning()
+{
+    if (bKeepVisible) {
+        showFullScreenOnce();
+    } else {
+        hide();
+    }
+    pProgressTimer->stop();
+}
+
+void MainWindow::handleCalibrationRequest()
+{
+    QFile request(devicePath(CalibrationRequestFile));
+    if (!request.open(QIODevice::ReadOnly)) {
+        pCalibrationPage->hide();
+        return;
+    }
+    request.close();
+    if (bNoCalibration) {
+        request.remove();
+    } else if (!pCalibrationPage->isRunning()) {
+        if (WindowServer *pServer = WindowServer::instance()) {
+            pServer->resumePointer();
+        }
+        pCalibrationPage->startAutoCalibration();
+    }
+}
+
+void MainWindow::showCalibrationMessage()
+{
+    QFile message(devicePath(CalMessageFile));
+    if (!message.exists()) {
+        return;
+    }
+    message.remove();
+    if (WindowServer *pServer = WindowServer::instance()) {
+        pServer->suspendPointer(); // until a calibration resumes it
+    }
+    bKeepVisible = true;
+    VeltaInfoBox(ERR_CAL_TIMEOUT, QString(), tr("Autoclose in"), CalMessageSeconds, this, true,
+                 true);
+    bKeepVisible = false;
+}
+
+void MainWindow::runConfiguration()
+{
+    pVisibilityTimer->stop();
+    VeltaWizard wizard(this);
+    showPage(pUi->localConfigPage);
+    const bool bSaved = wizard.Run();
+    bConfigRequested = false;
+    if (bSaved) {
+        qDebug("Configuration changed - please reboot system");
+        startRestartCountdown();
+    } else {
+        showPage(pUi->previewPage);
+        pVisibilityTimer->start();
+    }
+}
+
+void MainWindow::startRestartCountdown()
+{
+    showPage(pUi->rebootPage);
+    bRestartPending = true;
+    Q_EMIT triggerLcd(nRestartSeconds);
+    pRestartTimer->start();
+}
+
+void MainWindow::scheduleNextTick()
+{
+    // Setting the interval restarts the timer: only when it changes.
+    if (!bRestartPending && pVisibilityTimer->intervalAsDuration() != TickInterval) {
+        pVisibilityTimer->setInterval(TickInterval);
+    }
+}
+
+void MainWindow::configButtonPressed()
+{
+    if (plcStatus.isPlcStopped()) {
+        bConfigRequested = true;
+    }
+}
+
+void MainWindow::systemRestart_Timer()
+{
+    Q_EMIT triggerLcd(pUi->lcdRestart->intValue() - 1);
+    if (pUi->lcdRestart->intValue() == 0) {
+        qDebug("Rebooting");
+        pRestartTimer->stop();
+        runCommand(devicePath(RebootCommand), {}, RebootLimit);
+    }
+}
+
+void MainWindow::systemRestart_Button()
+{
+    runCommand(devicePath(RebootCommand), {}, RebootLimit);
+}
+
+void MainWindow::keyPressEvent(QKeyEvent *pEvent)
+{
+    if (pEvent->key() == Qt::Key_Return || pEvent->key() == Qt::Key_Enter) {
+        configButtonPressed();
+        pEvent->accept();
+    } else {
+        pEvent->ignore();
+    }
+}
+
+void MainWindow::changeEvent(QEvent *pEvent)
+{
+    QStackedWidget::changeEvent(pEvent);
+    if (pEvent->type() == QEvent::LanguageChange) {
+        pUi->retranslateUi(this);
+        pUi->label_dummy->setText(BlankLabel);
+        updateDeviceInfo();
+        updateAppName();
+    }
+}
+
+// Device status
+
+void MainWindow::updateDeviceInfo()
+{
+    pUi->label_fw->setText(tr("Firmware Version: ") + readFirmwareVersion());
+    pUi->label_rts->setText(tr("Codesys RTS Version: ") + readRuntimeVersion());
+    fitTexts({pUi->label_fw, pUi->label_rts});
+    const int nInterface = interfaceToShow();
+    if (nInterface < 0) {
+        return;
+    }
+    const InterfaceTexts &texts = interfaceTexts[nInterface];
+    const QString ip = interfaceIp(nInterface);
+    pUi->label_ip->setText(modeText.contains(StaticModeText) ? tr(texts.staticIp).arg(ip)
+                                                             : tr(texts.dhcpIp).arg(ip, modeText));
+    pUi->label_mask->setText(tr(texts.netmask).arg(interfaceNetmask(nInterface)));
+    pUi->label_mac->setText(tr(texts.mac).arg(interfaceMac(nInterface)));
+    fitTexts({pUi->label_ip, pUi->label_mask, pUi->label_mac});
+}
+
+int MainWindow::interfaceToShow()
+{
+    if (interfaceQualifies(0)) {
+        return 0;
+    }
+    if (sysif_IsEth1Present() && interfaceQualifies(1)) {
+        return 1;
+    }
+    if (sysif_IsEth2Present() && interfaceQualifies(2)) {
+        return 2;
+    }
+    return -1;
+}
+
+bool MainWindow::interfaceQualifies(int nInterface)
+{
+    const QString mode = interfaceMode(nInterface);
+    return mode.contains(DhcpModeText) || mode.contains(StaticModeText);
+}
+
+QString MainWindow::readFirmwareVersion()
+{
+    firmwareVersion = firmwareInfo(QLatin1String("firmware/version"));
+    return firmwareVersion;
+}
+
+QString MainWindow::readRuntimeVersion()
+{
+    runtimeVersion = firmwareInfo(QLatin1String("codesys/version"));
+    return runtimeVersion;
+}
+
+QString MainWindow::interfaceIp(int nInterface)
+{
+    const int nResult =
+        sysif_GetInterfaceIp(ipBuffer.data(), interfaceName(nInterface).constData());
+    ipText = nResult == 0 ? firmwareText(ipBuffer) : UnknownAddress;
+    return ipText;
+}
+
+QString MainWindow::interfaceNetmask(int nInterface)
+{
+    const int nResult =
+        sysif_GetInterfaceNetmask(netmaskBuffer.data(), interfaceName(nInterface).constData());
+    netmaskText = nResult == 0 ? firmwareText(netmaskBuffer) : UnknownAddress;
+    return netmaskText;
+}
+
+QString MainWindow::interfaceMode(int nInterface)
+{
+    const auto call = nInterface == 1 ? sysdb_GetEth1Mode
+        : nInterface == 2             ? sysdb_GetEth2Mode
+                                      : sysdb_GetEth0Mode;
+    modeText = call(modeBuffer.data()) == 0 ? firmwareText(modeBuffer) : QString();
+    if (modeText.contains(DhcpModeText)) {
+        modeText = QStringLiteral(" (dhcp)");
+    }
+    return modeText;
+}
+
+QString MainWindow::interfaceMac(int nInterface)
+{
+    const QString noMac = QStringLiteral("00:00:00:00:00:00");
+    const QString name = QStringLiteral("eth%1").arg(nInterface);
+    macText = noMac;
+    const auto interfaces = QNetworkInterface::allInterfaces();
+    for (const QNetworkInterface &interface : interfaces) {
+        const QString mac = interface.hardwareAddress();
+        if (interface.name() == name && !mac.isEmpty() && mac != noMac
+            && !interface.addressEntries().isEmpty()) {
+            macText = mac;
+        }
+    }
+    return macText;
+}
+
+// Texts that would be cut off are shown in a smaller font; those of a group stay alike.
+void MainWindow::fitTexts(std::initializer_list<QLabel *> labels)
+{
+    QFont smallest = formFont(*labels.begin());
+    for (QLabel *pLabel : labels) {
+        int nWidth = primaryScreenSize().width() - 2 * PageMargin;
+        if (pLabel->alignment() & Qt::AlignRight) { // beside a button
+            nWidth -= pUi->pushButtonConfig->maximumWidth() + ButtonSpacing;
+        }
+        smallest = fittedFont(smallest, pLabel->text(), nWidth);
+    }
+    for (QLabel *pLabel : labels) {
+        pLabel->setFont(smallest);
+    }
+}
+
+QFont MainWindow::formFont(const QLabel *pLabel)
+{
+    auto it = formFonts.constFind(pLabel);
+    if (it == formFonts.cend()) {
+        it = formFonts.insert(pLabel, pLabel->font());
+    }
+    return *it;
+}
+
+// PLC runtime link
+
+void MainWindow::openRuntimeLink()
+{
+    nPlcHandle = rctrl_init_communication();
+}
+
+bool MainWindow::readRuntimeStatus()
+{
+    return rctrl_get_status(nPlcHandle, &plcStatus) == 0;
+}
+
+void MainWindow::closeRuntimeLink()
+{
+    rctrl_exit_communication(nPlcHandle);
+    nPlcHandle = 0;
+}
+
+void MainWindow::updateAppName()
+{
+    appName = tr("no codesys application");
+    if (nPlcHandle != 0 && plcStatus.state != PlcStateNoApplication) {
+        const QString name = plcStatus.firstAppName();
+        if (!name.isEmpty()) {
+            const QFontMetrics metrics(pUi->label_appname->font());
+            appName = metrics.elidedText(name, Qt::ElideRight,
+                                         primaryScreenSize().width() - AppNameMargin);
+        }
+    }
+    pUi->label_appname->setText(appName);
+}
+
+void MainWindow::startAppButtonPressed()
+{
+    if (nPlcHandle > 0 && rctrl_start_all_applications(nPlcHandle) != 0) {
+        pUi->pushButtonStartApp->setEnabled(false); // shows the error icon from now on
+    }
+}
+
+// Input devices
+
+bool MainWindow::readKeyboardMapping() const
+{
+    const QSettings settings(devicePath(QStringLiteral("/etc/settings.ini")), QSettings::IniFormat);
+    return settings.value(QLatin1String("input/kbd_mapping"), QString()).toString()
+        == QLatin1String("DE")
+        && QFile::exists(devicePath(KeyMapFile));
+}
+
+void MainWindow::detectTouchType()
+{
+    bNoCalibration = readTouchType() != TouchType::Single;
+}
+
+void MainWindow::watchInputDevices()
+{
+    const QString folder = devicePath(InputFolder);
+    pInputWatcher = new QFileSystemWatcher(this);
+    if (QFileInfo::exists(folder)) {
+        pInputWatcher->addPath(folder);
+    }
+    connect(pInputWatcher, &QFileSystemWatcher::directoryChanged, this,
+            &MainWindow::inputEventDirChanged);
+    releaseKeyboard();
+    inputEventDirChanged(folder);
+}
+
+void MainWindow::inputEventDirChanged(QString path)
+{
+    const QFileInfoList entries = QDir(path).entryInfoList(
+        {QStringLiteral("keyboard*")}, QDir::Files | QDir::System, QDir::Unsorted);
+    if (entries.size() > MaxKeyboards || entries.size() == nKeyboardCount) {
+        return;
+    }
+    if (nKeyboardCount > 0) {
+        releaseKeyboard();
+    }
+    for (const QFileInfo &entry : entries) {
+        if (entry.isSymLink()) {
+            setKeyboard(entry.baseName());
+        }
+    }
+    nKeyboardCount = int(entries.size());
+}
+
+void MainWindow::setKeyboard(const QString &deviceName)
+{
+    QString specification = QStringLiteral("/dev/input/%1:grab=1").arg(deviceName);
+    if (bKeyboardMapping) {
+        specification += QLatin1String(":keymap=") + KeyMapFile;
+    }
+    WindowServer *pServer = WindowServer::instance();
+    std::unique_ptr<QObject> pKeyboardHandler = WindowServer::createKeyboardHandler(specification);
+    if (pServer && pKeyboardHandler) {
+        pServer->setKeyboardHandler(std::move(pKeyboardHandler));
+    } else {
+        qWarning("MainWindow::setKeyboard: found null pointer on pKeyboardHandler and/or "
+                 "pQwsServer !\n");
+    }
+}
+
+void MainWindow::releaseKeyboard()
+{
+    if (WindowServer *pServer = WindowServer::instance()) {
+        pServer->closeKeyboard();
+    } else {
+        qWarning("MainWindow::releaseKeyboard: found null pointer on pQwsServer !\n");
+    }
+}
+
+void MainWindow::screenshotTimerEvent()
+{
+    const QString request = devicePath(QStringLiteral("/tmp/makeScreenshot"));
+    if (QFile::exists(request)) {
+        grabScreen().save(devicePath(QStringLiteral("/tmp/screenshot.png")), "PNG");
+        QFile::remove(request);
+    }
+}

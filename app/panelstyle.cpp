@@ -1,0 +1,37 @@
+#include "app/panelstyle.h"
+
+#include <QPainter>
+#include <QStyleOptionProgressBar>
+
+namespace {
+
+constexpr int BusySteps = 12; // values from one end of the bar to the other
+constexpr int BusyChunkDivisor = 4; // the moving piece takes this part of the bar
+
+// Where the piece stands: it goes to the right end and back.
+QRect busyChunk(const QRect &bar, int nValue)
+{
+    const int nPhase = nValue % (2 * BusySteps);
+    const int nStep = nPhase <= BusySteps ? nPhase : 2 * BusySteps - nPhase;
+    const int nWidth = qMax(1, bar.width() / BusyChunkDivisor);
+    const int nLeft = bar.left() + (bar.width() - nWidth) * nStep / BusySteps;
+    return {nLeft, bar.top(), nWidth, bar.height()};
+}
+
+} // namespace
+
+PanelStyle::PanelStyle() : QProxyStyle(QStringLiteral("Fusion"))
+{ }
+
+void PanelStyle::drawControl(ControlElement element, const QStyleOption *pOption,
+                             QPainter *pPainter, const QWidget *pWidget) const
+{
+    const auto *pBar = qstyleoption_cast<const QStyleOptionProgressBar *>(pOption);
+    if (element == CE_ProgressBarContents && pBar && pBar->minimum == 0 && pBar->maximum == 0) {
+        const QRect bar = pBar->rect.adjusted(2, 2, -2, -2);
+        pPainter->fillRect(busyChunk(bar, pBar->progress),
+                           pBar->palette.color(QPalette::Highlight));
+        return;
+    }
+    QProxyStyle::drawControl(element, pOption, pPainter, pWidget);
+}

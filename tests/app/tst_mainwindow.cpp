@@ -1,0 +1,481 @@
+#include "app/mainwindow.h"
+#include "calibration/calibrationpage.h"
+#include "platform/windowserver.h"
+#include "tests/support/boxwatcher.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/screen.h"
+#include "tests/support/testmain.h"
+
+#include <QApplication>
+#include <QLCDNumber>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+
+#include <sys/stat.h>
+
+using Keys = QMap<QString, QString>; // of the simulated firmware library
+
+class MainWindowTest : public DeviceTest
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<WindowServer> pServer;
+    std::unique_ptr<MainWindow> pWindow;
+
+    MainWindow &start()
+    {
+        pServer = std::make_unique<WindowServer>();
+        pWindow = std::make_unique<MainWindow>();
+        return *pWindow;
+    }
+    MainWindow &startLinked(int nState)
+    {
+        root().setFirmware(QStringLiteral("state"), QString::number(nState));
+        start();
+        pWindow->controlVisibility(); // opens the link
+        pWindow->controlVisibility();
+        return *pWindow;
+    }
+    template <typename Widget>
+    Widget *find(const char *name) const
+    {
+        return pWindow->findChild<Widget *>(QLatin1String(name));
+    }
+    QString text(const char *label) const { return find<QLabel>(label)->text(); }
+    QString page() const { return pWindow->currentWidget()->objectName(); }
+    CalibrationPage *calibrationPage() const
+    {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        for (QWidget *pWidget : windows) {
+            if (auto *pPage = qobject_cast<CalibrationPage *>(pWidget)) {
+                return pPage;
+            }
+        }
+        return nullptr;
+    }
+    void plugKeyboard(const QString &name)
+    {
+        const QString fifo = root().path("/run-" + name);
+        QCOMPARE(mkfifo(qPrintable(fifo), 0600), 0);
+        QVERIFY(QFile::link(fifo, root().path("/dev/input/" + name)));
+    }
+    void rescan() { pWindow->inputEventDirChanged(root().path(QStringLiteral("/dev/input"))); }
+
+private Q_SLOTS:
+    void cleanup()
+    {
+        pWindow.reset();
+        pServer.reset();
+        DeviceTest::cleanup();
+    }
+
+    void states_data()
+    {
+        QTest::addColumn<int>("state");
+        QTest::addColumn<bool>("visible");
+        QTest::addColumn<QString>("pageName");
+        QTest::addColumn<bool>("startButton");
+        QTest::addColumn<QString>("name");
+        const QString none = QStringLiteral("no codesys application");
+        QTest::newRow("0") << 0 << true << "previewPage" << false << "Conveyor";
+        QTest::newRow("2") << 2 << true << "previewPage" << true << "Conveyor";
+        QTest::newRow("6") << 6 << true << "previewPage" << false << none;
+        QTest::newRow("1") << 1 << false << "startupPage" << false << none;
+        QTest::newRow("3") << 3 << false << "startupPage" << false << none;
+        QTest::newRow("-1") << -1 << false << "startupPage" << false << none;
+    }
+    void states()
+    {
+        QFETCH(int, state);
+        QFETCH(bool, visible);
+        QFETCH(bool, startButton);
+        root().setFirmware(QStringLiteral("app.0"), QStringLiteral("Conveyor"));
+        root().setFirmware(QStringLiteral("state"), QString::number(state));
+        start();
+        QVERIFY(pWindow->isVisible());
+        QCOMPARE(page(), QStringLiteral("startupPage"));
+        pWindow->controlVisibility();
+        QCOMPARE(page(), QStringLiteral("startupPage")); // only opens the link
+        pWindow->controlVisibility();
+        QCOMPARE(pWindow->isVisible(), visible);
+        QTEST(page(), "pageName");
+        QTEST(text("label_appname"), "name");
+        if (visible) {
+            QVERIFY(pWindow->isFullScreen());
+            QCOMPARE(find<QPushButton>("pushButtonStartApp")->isVisible(), startButton);
+        }
+    }
+
+    void noLink()
+    {
+        root().setFirmware(QStringLiteral("link"), QStringLiteral("no"));
+        start();
+        auto *pBar = find<QProgressBar>("sp_progressBar01");
+        const int nBefore = pBar->value();
+        for (int i = 0; i < 3; ++i) {
+            pWindow->controlVisibility();
+            pWindow->doProgressBar();
+        }
+        QCOMPARE(page(), QStringLiteral("startupPage"));
+        QCOMPARE(pBar->value(), nBefore + 3);
+        root().setFirmware(QStringLiteral("link"), QStringLiteral("yes"));
+        pWindow->controlVisibility();
+        pWindow->controlVisibility();
+        QCOMPARE(page(), QStringLiteral("previewPage"));
+    }
+
+    void linkLost()
+    {
+        startLinked(1);
+        QVERIFY(!pWindow->isVisible());
+        root().breakFirmware();
+        pWindow->controlVisibility();
+        QVERIFY(pWindow->isVisible());
+        QCOMPARE(page(), QStringLiteral("startupPage")); // as it was
+        root().setFirmware(QStringLiteral("link"), QStringLiteral("yes"));
+        root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
+        pWindow->configButtonPressed(); // cleared when the link opens
+        pWindow->controlVisibility();
+        pWindow->controlVisibility();
+        QCOMPARE(page(), QStringLiteral("previewPage"));
+        root().setFirmware(QStringLiteral("state"), QStringLiteral("1"));
+        pWindow->controlVisibility();
+        QVERIFY(!pWindow->isVisible());
+    }
+
+    void appNames_data()
+    {
+        QTest::addColumn<Keys>("firmware");
+        QTest::addColumn<QString>("name");
+        const QString none = QStringLiteral("no codesys application");
+        QTest::newRow("none") << Keys() << none;
+        QTest::newRow("second") << Keys{{"app.0", ""}, {"app.1", "Second"}, {"appCount", "2"}}
+                                << "Second";
+        QTest::newRow("beyond the count") << Keys{{"app.0", "First"}, {"appCount", "0"}} << none;
+        QTest::newRow("255 empty entries") << Keys{{"appCount", "255"}} << none;
+        QTest::newRow("not ASCII")
+            << Keys{{"app.0", QStringLiteral("Förderband")}} << QStringLiteral("Förderband");
+    }
+    void appNames()
+    {
+        QFETCH(Keys, firmware);
+        for (auto it = firmware.constBegin(); it != firmware.constEnd(); ++it) {
+            root().setFirmware(it.key(), it.value());
+        }
+        startLinked(2);
+        QTEST(text("label_appname"), "name");
+    }
+
+    void longAppName_data()
+    {
+        QTest::addColumn<QString>("count");
+        QTest::newRow("one") << "1";
+        QTest::newRow("more than the record holds") << "255";
+    }
+    void longAppName()
+    {
+        QFETCH(QString, count);
+        root().setFirmware(QStringLiteral("app.0"), QString(500, u'W')); // no NUL in its entry
+        root().setFirmware(QStringLiteral("appCount"), count);
+        startLinked(2);
+        const QString shown = text("label_appname");
+        const auto nWidth = find<QLabel>("label_appname")->fontMetrics().horizontalAdvance(shown);
+        QVERIFY(shown.endsWith(QChar(0x2026)));
+        QVERIFY2(nWidth <= 750 && nWidth > 700, qPrintable(QString::number(nWidth)));
+    }
+
+    void deviceInfo_data()
+    {
+        QTest::addColumn<Keys>("firmware");
+        QTest::addColumn<QString>("ip");
+        QTest::addColumn<QString>("mask");
+        QTest::newRow("eth0 static") << Keys{{"eth0.mode", "static"},
+                                             {"eth0.ip", "192.168.0.10"},
+                                             {"eth0.netmask", "255.255.255.0"}}
+                                     << "ETH0 IP: 192.168.0.10"
+                                     << "ETH0 Mask: 255.255.255.0";
+        QTest::newRow("eth0 dhcp") << Keys{{"eth0.mode", "my-dhcp-client"},
+                                           {"eth0.ip", "192.168.0.20"},
+                                           {"eth0.netmask", "255.255.0.0"}}
+                                   << "ETH0 IP: 192.168.0.20 (dhcp)"
+                                   << "ETH0 Mask: 255.255.0.0";
+        QTest::newRow("no lease") << Keys{{"eth0.mode", "dhcp"}} << "ETH0 IP: 0.0.0.0 (dhcp)"
+                                  << "ETH0 Mask: 0.0.0.0";
+        QTest::newRow("case matters") << Keys{{"eth0.mode", "DHCP"}} << "IP: 123.456.789.123 "
+                                      << "Mask: 123.456.789.0";
+        QTest::newRow("eth1") << Keys{{"eth0.mode", "off"},
+                                      {"eth1.present", "yes"},
+                                      {"eth1.mode", "static"},
+                                      {"eth1.ip", "10.0.0.1"},
+                                      {"eth1.netmask", "255.0.0.0"}}
+                              << "ETH1 IP: 10.0.0.1"
+                              << "ETH1 Mask: 255.0.0.0";
+        QTest::newRow("eth1 absent, eth2") << Keys{{"eth1.mode", "static"},
+                                                   {"eth2.present", "yes"},
+                                                   {"eth2.mode", "dhcp"},
+                                                   {"eth2.ip", "10.0.0.2"},
+                                                   {"eth2.netmask", "255.0.0.0"}}
+                                           << "ETH2 IP: 10.0.0.2 (dhcp)"
+                                           << "ETH2 Mask: 255.0.0.0";
+        QTest::newRow("no NUL") << Keys{{"eth0.mode", QString(100, u'x') + "dhcp"}}
+                                << "IP: 123.456.789.123 "
+                                << "Mask: 123.456.789.0";
+    }
+    void deviceInfo()
+    {
+        QFETCH(Keys, firmware);
+        for (auto it = firmware.constBegin(); it != firmware.constEnd(); ++it) {
+            root().setFirmware(it.key(), it.value());
+        }
+        start();
+        QTEST(text("label_ip"), "ip");
+        QTEST(text("label_mask"), "mask");
+    }
+
+    void lateLease()
+    {
+        root().setFirmware(QStringLiteral("eth0.mode"), QStringLiteral("dhcp"));
+        startLinked(2);
+        QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 0.0.0.0 (dhcp)"));
+        root().setFirmware(QStringLiteral("eth0.ip"), QStringLiteral("10.9.8.7"));
+        pWindow->controlVisibility();
+        QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 10.9.8.7 (dhcp)"));
+    }
+
+    void versions_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QString>("firmware");
+        QTest::addColumn<QString>("runtime");
+        QTest::newRow("both") << QByteArray("[firmware]\nversion=3.1.2\n[codesys]\nversion=3.5\n")
+                              << "Firmware Version: 3.1.2"
+                              << "Codesys RTS Version: 3.5";
+        QTest::newRow("empty") << QByteArray() << "Firmware Version: "
+                               << "Codesys RTS Version: ";
+        QTest::newRow("binary") << QByteArray("\0\xff\xfe[firmware\nversion", 20)
+                                << "Firmware Version: "
+                                << "Codesys RTS Version: ";
+    }
+    void versions()
+    {
+        QFETCH(QByteArray, file);
+        root().write(QStringLiteral("/etc/fwinfo.ini"), file);
+        start();
+        QTEST(text("label_fw"), "firmware");
+        QTEST(text("label_rts"), "runtime");
+    }
+
+    void startButton()
+    {
+        root().setFirmware(QStringLiteral("startedState"), QStringLiteral("1"));
+        startLinked(2);
+        auto *pButton = find<QPushButton>("pushButtonStartApp");
+        root().setFirmware(QStringLiteral("result.rctrl_start_all_applications"),
+                           QStringLiteral("-1"));
+        QTest::mouseClick(pButton, Qt::LeftButton);
+        QVERIFY(!pButton->isEnabled());
+        pButton->setEnabled(true);
+        root().setFirmware(QStringLiteral("result.rctrl_start_all_applications"), {});
+        QTest::mouseClick(pButton, Qt::LeftButton);
+        QVERIFY(pButton->isEnabled());
+        pWindow->controlVisibility();
+        QVERIFY(!pWindow->isVisible());
+        root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
+        pWindow->controlVisibility();
+        QVERIFY(pWindow->isVisible());
+        QCOMPARE(page(), QStringLiteral("previewPage"));
+    }
+
+    // Nothing is painted while nothing changes.
+    void quietTick()
+    {
+        root().setFirmware(QStringLiteral("eth0.mode"), QStringLiteral("dhcp"));
+        startLinked(2);
+        QVERIFY(QTest::qWaitForWindowExposed(pWindow.get()));
+        QTest::qWait(50);
+        int nPaints = 0;
+        class Counter : public QObject
+        {
+        public:
+            explicit Counter(int &nTarget) : nCount(nTarget) { }
+            bool eventFilter(QObject *, QEvent *pEvent) override
+            {
+                nCount += pEvent->type() == QEvent::Paint ? 1 : 0;
+                return false;
+            }
+            int &nCount;
+        } counter(nPaints);
+        qApp->installEventFilter(&counter);
+        for (int i = 0; i < 5; ++i) {
+            pWindow->controlVisibility();
+            QCoreApplication::processEvents();
+        }
+        QCOMPARE(nPaints, 0);
+    }
+
+    void restart()
+    {
+        root().writeCommand(QStringLiteral("/sbin/reboot"), "echo reboot >>\"$PANEL_ROOT/log\"");
+        start();
+        auto *pLcd = find<QLCDNumber>("lcdRestart");
+        Q_EMIT pWindow->triggerLcd(10);
+        for (int nLeft = 9; nLeft >= 1; --nLeft) {
+            pWindow->systemRestart_Timer();
+            QCOMPARE(pLcd->intValue(), nLeft);
+            QVERIFY(!root().exists(QStringLiteral("/log")));
+        }
+        pWindow->systemRestart_Timer();
+        QCOMPARE(root().read(QStringLiteral("/log")), QByteArray("reboot\n"));
+        pWindow->systemRestart_Button();
+        QCOMPARE(root().read(QStringLiteral("/log")), QByteArray("reboot\nreboot\n"));
+    }
+
+    void calibrationRequest_data()
+    {
+        QTest::addColumn<bool>("touchscreen");
+        QTest::addColumn<QByteArray>("type");
+        QTest::addColumn<bool>("honoured");
+        QTest::newRow("no touchscreen") << false << QByteArray("single") << false;
+        QTest::newRow("multi-touch") << true << QByteArray("capacitive-Multi x\0") << false;
+        QTest::newRow("single-touch") << true << QByteArray("single\0") << true;
+        QTest::newRow("second word") << true << QByteArray("single multi") << true;
+        QTest::newRow("empty property") << true << QByteArray() << true;
+        QTest::newRow("1 MB property") << true << QByteArray(1 << 20, 'x') << true;
+    }
+    void calibrationRequest()
+    {
+        QFETCH(bool, touchscreen);
+        QFETCH(QByteArray, type);
+        QFETCH(bool, honoured);
+        const QString request = QStringLiteral("/tmp/.system/TouchCalibration");
+        if (touchscreen) {
+            root().write(QStringLiteral("/dev/input/touchscreen"), "");
+        }
+        root().write(QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type"), type);
+        startLinked(2);
+        CalibrationPage *pPage = calibrationPage();
+        QVERIFY(pPage && !pPage->isVisible());
+        root().write(request, "");
+        pWindow->controlVisibility();
+        QCOMPARE(root().exists(request), honoured);
+        QCOMPARE(pPage->isVisible(), honoured);
+        root().remove(request);
+        pWindow->controlVisibility();
+        QVERIFY(!pPage->isVisible());
+    }
+
+    void calibrationMessage()
+    {
+        const QString message = QStringLiteral("/flash/local/cal_message");
+        root().write(message, "");
+        bool bVisible = false;
+        BoxWatcher watcher;
+        // A tick while the box is open and the PLC runs leaves the window on the screen.
+        QTimer tick;
+        connect(&tick, &QTimer::timeout, this, [&] {
+            pWindow->controlVisibility();
+            bVisible = bVisible || pWindow->isVisible();
+        });
+        tick.start(1);
+        startLinked(1);
+        QVERIFY(bVisible);
+        QVERIFY(!pWindow->isVisible()); // the box is closed, the PLC runs
+        QVERIFY(!root().exists(message));
+        QCOMPARE(watcher.texts().size(), 1);
+        QVERIFY(watcher.texts().constFirst().startsWith(
+            QStringLiteral("Error -236: Automatic calibration timed out")));
+        root().write(message, "");
+        pWindow->controlVisibility(); // once per start
+        QVERIFY(root().exists(message));
+    }
+
+    void configRequest_data()
+    {
+        QTest::addColumn<int>("state");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<bool>("opens");
+        QTest::newRow("Return, stopped") << 2 << int(Qt::Key_Return) << true;
+        QTest::newRow("Enter, no application") << 6 << int(Qt::Key_Enter) << true;
+        QTest::newRow("Return, running") << 1 << int(Qt::Key_Return) << false;
+        QTest::newRow("other key") << 2 << int(Qt::Key_Space) << false;
+    }
+    void configRequest()
+    {
+        QFETCH(int, state);
+        QFETCH(int, key);
+        QFETCH(bool, opens);
+        startLinked(state);
+        bool bOpened = false;
+        QTimer closer;
+        connect(&closer, &QTimer::timeout, this, [&] {
+            if (auto *pWizard = pWindow->findChild<QDialog *>()) {
+                bOpened = true;
+                QCOMPARE(page(), QStringLiteral("localConfigPage"));
+                pWizard->reject();
+            }
+        });
+        closer.start(5);
+        QTest::keyClick(pWindow.get(), Qt::Key(key));
+        pWindow->controlVisibility();
+        QCOMPARE(bOpened, opens);
+        if (state != 1) {
+            QCOMPARE(page(), QStringLiteral("previewPage"));
+        }
+    }
+
+    void keyboards()
+    {
+        start();
+        QVERIFY(!pServer->hasKeyboard());
+        root().write(QStringLiteral("/dev/input/keyboard9"), ""); // counted, but no link
+        rescan();
+        QVERIFY(!pServer->hasKeyboard());
+        root().remove(QStringLiteral("/dev/input/keyboard9"));
+        rescan();
+        plugKeyboard(QStringLiteral("keyboard0"));
+        rescan();
+        QVERIFY(pServer->hasKeyboard());
+        plugKeyboard(QStringLiteral("keyboard1"));
+        plugKeyboard(QStringLiteral("keyboard2"));
+        rescan(); // three: nothing changes
+        root().remove(QStringLiteral("/dev/input/keyboard1"));
+        root().remove(QStringLiteral("/dev/input/keyboard2"));
+        rescan();
+        QVERIFY(pServer->hasKeyboard());
+        root().remove(QStringLiteral("/dev/input/keyboard0"));
+        rescan();
+        QVERIFY(!pServer->hasKeyboard());
+    }
+
+    void noInputFolder()
+    {
+        QVERIFY(QDir(root().path(QStringLiteral("/dev"))).removeRecursively());
+        startLinked(2);
+        QCOMPARE(page(), QStringLiteral("previewPage"));
+    }
+
+    void screenshot()
+    {
+        startLinked(2);
+        QWidget overlay;
+        overlay.setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        overlay.setStyleSheet(QStringLiteral("background-color: rgb(255,0,0)"));
+        overlay.setGeometry(0, 0, 100, 100);
+        overlay.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&overlay));
+        pWindow->screenshotTimerEvent(); // nobody asked
+        QVERIFY(!root().exists(QStringLiteral("/tmp/screenshot.png")));
+        root().write(QStringLiteral("/tmp/makeScreenshot"), "");
+        pWindow->screenshotTimerEvent();
+        QVERIFY(!root().exists(QStringLiteral("/tmp/makeScreenshot")));
+        const QImage picture(root().path(QStringLiteral("/tmp/screenshot.png")));
+        QCOMPARE(picture.size(), QSize(800, 480));
+        QCOMPARE(picture.pixelColor(50, 50), QColor(Qt::red));
+        QVERIFY(picture.pixelColor(750, 300) != QColor(Qt::red));
+    }
+};
+
+PANEL_TEST_MAIN(MainWindowTest)
+#include "tst_mainwindow.moc"

@@ -1,0 +1,83 @@
+#include "app/veltakbdinput.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/testmain.h"
+
+#include <QKeyEvent>
+
+namespace {
+
+// Notes every key that reaches it.
+class KeyLog : public QWidget
+{
+public:
+    QStringList log;
+
+protected:
+    bool event(QEvent *pEvent) override
+    {
+        if (pEvent->type() == QEvent::KeyPress || pEvent->type() == QEvent::KeyRelease) {
+            const auto *pKey = static_cast<QKeyEvent *>(pEvent);
+            log += (pEvent->type() == QEvent::KeyPress ? QStringLiteral("+%1/%2/%3")
+                                                       : QStringLiteral("-%1/%2/%3"))
+                       .arg(pKey->key(), 0, 16)
+                       .arg(pKey->text())
+                       .arg(pKey->modifiers());
+            return true;
+        }
+        return QWidget::event(pEvent);
+    }
+};
+
+} // namespace
+
+class VeltaKbdInputTest : public DeviceTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void translation_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("sent");
+        QTest::newRow("S") << int(Qt::Key_S) << int(Qt::Key_Tab);
+        QTest::newRow("T") << int(Qt::Key_T) << int(Qt::Key_Backtab);
+        QTest::newRow("R") << int(Qt::Key_R) << int(Qt::Key_Backspace);
+        QTest::newRow("Q") << int(Qt::Key_Q) << 0;
+        QTest::newRow("Return") << int(Qt::Key_Return) << 0;
+    }
+    void translation()
+    {
+        QFETCH(int, key);
+        QFETCH(int, sent);
+        KeyLog target;
+        VeltaKbdInput input(&target);
+        QKeyEvent event(QEvent::KeyPress, key, Qt::ShiftModifier, QStringLiteral("s"));
+        QCOMPARE(input.handleKey(&event), sent != 0);
+        QCOMPARE(event.isAccepted(), sent != 0);
+        const QStringList expected = sent == 0
+            ? QStringList()
+            : QStringList({QStringLiteral("+%1//0").arg(sent, 0, 16),
+                           QStringLiteral("-%1//0").arg(sent, 0, 16)});
+        QCOMPARE(target.log, expected);
+    }
+
+    void receivers()
+    {
+        KeyLog parent;
+        VeltaKbdInput input(nullptr);
+        QKeyEvent event(QEvent::KeyPress, Qt::Key_S, Qt::NoModifier);
+        QVERIFY(!input.handleKey(&event)); // nobody there
+        input.setParent(&parent);
+        QVERIFY(input.handleKey(&event));
+        QCOMPARE(parent.log.size(), 2);
+        KeyLog modal;
+        modal.setWindowModality(Qt::ApplicationModal);
+        modal.show();
+        QVERIFY(input.handleKey(&event));
+        QCOMPARE(modal.log.size(), 2);
+        QCOMPARE(parent.log.size(), 2);
+    }
+};
+
+PANEL_TEST_MAIN(VeltaKbdInputTest)
+#include "tst_veltakbdinput.moc"
