@@ -43,8 +43,8 @@ constexpr LineLengths InformationLine{40, 50};
 // Where a text does not fit: lines get shorter, then the font smaller, then the text is cut.
 constexpr int MinLineLength = 12;
 constexpr int MinFontPointSize = 6;
-/// More than any screen holds; keeps a damaged argument from being laid out whole.
-constexpr int MaxTextLength = 4000;
+/// Lower than any line: what no screen can hold is not even laid out.
+constexpr int MinLinePixels = 8;
 
 /// Title colours in the order of VeltaInfoBox::Kind.
 constexpr QLatin1String TitleColours[] = {QLatin1String("grey"), QLatin1String("red"),
@@ -259,7 +259,7 @@ void VeltaInfoBox::readScreen()
 
 void VeltaInfoBox::setMessage(const QString &text, int lineLength)
 {
-    sMessage = text.left(MaxTextLength);
+    sMessage = text.left(nScreenH / MinLinePixels * lineLength);
     nLineLength = lineLength;
     pMessageBox->setTextFormat(Qt::RichText);
     pMessageBox->setText(InfoText::wrap(sMessage, nLineLength));
@@ -293,9 +293,6 @@ void VeltaInfoBox::startCountdown(const QString &buttonText)
     sButtonText = buttonText;
     if (QAbstractButton *pButton = pMessageBox->button(QMessageBox::Ok)) {
         pButton->setText(sButtonText + tr(" (%1)").arg(nRemaining));
-        // Fewer digits must not make the button jump.
-        pButton->ensurePolished();
-        pButton->setMinimumWidth(pButton->sizeHint().width());
     }
     connect(pCountdownTimer, &QTimer::timeout, this, &VeltaInfoBox::CountDown);
     pCountdownTimer->start(CountdownInterval);
@@ -375,7 +372,12 @@ QSize VeltaInfoBox::setLayout(int fontSize, int lineLength)
     };
     shrink(pMessageBox);
     const auto buttons = pMessageBox->buttons();
-    std::for_each(buttons.begin(), buttons.end(), shrink);
+    for (QAbstractButton *pButton : buttons) {
+        shrink(pButton);
+        // Fewer digits of a count-down must not make the button jump.
+        pButton->setMinimumWidth(0);
+        pButton->setMinimumWidth(pButton->sizeHint().width());
+    }
     pMessageBox->setText(InfoText::wrap(sMessage, lineLength));
 
     QFont titleFont = pMessageBox->font();
@@ -400,9 +402,13 @@ void VeltaInfoBox::fitToScreen()
     QSize size = setLayout(fontSize, lineLength);
     while (!fitsWidth(size) || !fitsHeight(size)) {
         if (!fitsWidth(size) && lineLength > MinLineLength) {
-            --lineLength;
+            const int widest = pMessageBox->fontMetrics().horizontalAdvance(QLatin1Char('W'));
+            const int excess = std::max(1, (size.width() - nScreenW) / widest);
+            lineLength = std::max(MinLineLength, lineLength - excess);
         } else if (fontSize > MinFontPointSize) {
-            --fontSize;
+            // Text shrinks with its font, at least in this proportion.
+            fontSize =
+                std::clamp(fontSize * nScreenH / size.height(), MinFontPointSize, fontSize - 1);
             lineLength = nLineLength;
         } else if (!fitsHeight(size) && !sMessage.isEmpty()) {
             // The rest of the text is lost, but not the way on: the buttons stay on the screen.

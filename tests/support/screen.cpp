@@ -27,10 +27,14 @@ void setScreen(const QSize &size, int dpi)
                              {"logicalBaseDpi", 96},
                              {"dpr", 1}};
     setter({{"screens", QJsonArray{screen}}}, pNative);
-    for (int i = 0; i < 10 && QGuiApplication::primaryScreen()->size() != size; ++i) {
+    const auto taken = [size, dpi] {
+        const QScreen *pScreen = QGuiApplication::primaryScreen();
+        return pScreen->size() == size && qRound(pScreen->logicalDotsPerInchX()) == dpi;
+    };
+    for (int i = 0; i < 10 && !taken(); ++i) {
         QCoreApplication::processEvents();
     }
-    if (QGuiApplication::primaryScreen()->size() != size) {
+    if (!taken()) {
         qFatal("the screen did not take the size %d x %d", size.width(), size.height());
     }
 }
