@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QFontMetrics>
+#include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
 
@@ -127,7 +128,7 @@ void VeltaCalibrationPanel::CalThreadControl()
     if (!bRunning) {
         return;
     }
-    thread.wait();
+    thread.join();
     if (++nPoints < CalibrationRecord::PointCount) {
         startPoint();
         return;
@@ -165,6 +166,7 @@ void VeltaCalibrationPanel::updateScreen(int x, int y, QColor eBrush)
 
 void VeltaCalibrationPanel::updateCData(void *pCalData)
 {
+    thread.join();
     data.points = *static_cast<const CalibrationRecord *>(pCalData);
 }
 

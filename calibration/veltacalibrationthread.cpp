@@ -53,10 +53,22 @@ void VeltaCalibrationThread::setup(tsdev *touchscreen, CalibrationRecord *record
 void VeltaCalibrationThread::stop()
 {
     sampler.stop();
+    join();
+}
+
+void VeltaCalibrationThread::join()
+{
     wait();
+    nHandedOver.load(std::memory_order_acquire);
 }
 
 void VeltaCalibrationThread::run()
+{
+    samplePoint();
+    nHandedOver.fetch_add(1, std::memory_order_release);
+}
+
+void VeltaCalibrationThread::samplePoint()
 {
     learnTolerance();
     if (nOriginX != NoOrigin && !glideToTarget()) {

@@ -6,6 +6,8 @@
 #include <QColor>
 #include <QThread>
 
+#include <atomic>
+
 struct tsdev;
 
 /// Codes of errorCalThread(). They have no text in the catalogue: the box shows its empty form.
@@ -37,6 +39,9 @@ public:
     /// Ends the point in progress, if there is one, and returns when the thread has ended (a few
     /// milliseconds). No signal of the point is emitted afterwards.
     void stop();
+    /// Returns when the thread has ended by itself; its results may be read then. To be called
+    /// where the thread has nothing left to do.
+    void join();
 
     /// Samples one touch. Returns 0 with its raw position, an error code of errorCalThread(), or
     /// PointStopped. Called on the sampling thread.
@@ -55,6 +60,7 @@ protected:
     void run() override;
 
 private:
+    void samplePoint();
     void learnTolerance();
     bool glideToTarget();
     void showTarget(Qt::GlobalColor colour);
@@ -75,6 +81,9 @@ private:
     QString sName;
     bool bToleranceKnown = false;
     quint16 nTolerance = 200;
+    /// Points sampled. Hands what run() has written over to the thread that joins; QThread::wait()
+    /// does so too, but in a way that a thread sanitizer cannot see.
+    std::atomic<int> nHandedOver = 0;
 
     static constexpr int NoOrigin = -1;
 };
