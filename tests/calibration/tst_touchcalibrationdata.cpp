@@ -1,0 +1,345 @@
+#include "calibration/touchcalibrationdata.h"
+#include "platform/windowserver.h"
+#include "settings/errorcatalogue.h"
+#include "tests/calibration/simulatedpanel.h"
+#include "tests/calibration/touchsheet.h"
+#include "tests/platform/touchscreenfifo.h"
+#include "tests/support/boxwatcher.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/screen.h"
+#include "tests/support/testmain.h"
+
+#include <QProcess>
+
+#include <unistd.h>
+
+namespace {
+
+/// x' = x / 4, y' = y / 8: not what any of the simulated panels needs.
+constexpr char OldFile[] = "16384 0 0 0 8192 0 65536\n";
+const QString Device = QStringLiteral("/dev/input/touchscreen");
+const QString TsConf = QStringLiteral("/etc/ts.conf");
+
+CalibrationRecord measured(const SimulatedPanel &panel)
+{
+    CalibrationRecord record;
+    const auto targets = crosshairTargets(panel.picture());
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        const RawPoint raw = panel.touch(targets[i]);
+        record.rawX[i] = raw.x;
+        record.rawY[i] = raw.y;
+        record.screenX[i] = targets[i].x();
+        record.screenY[i] = targets[i].y();
+    }
+    return record;
+}
+
+/// Without the rights of root, before whom every directory is writable, while it lives.
+class OrdinaryUser
+{
+public:
+    explicit OrdinaryUser(const DeviceRoot &root)
+    {
+        if (bWasRoot) {
+            QProcess::execute(QStringLiteral("chown"),
+                              {QStringLiteral("-R"), QString::number(Nobody), root.path({})});
+            bDropped = setresuid(Nobody, Nobody, 0) == 0;
+        }
+    }
+    ~OrdinaryUser()
+    {
+        if (bDropped && setresuid(0, 0, 0) != 0) {
+            qFatal("cannot be root again");
+        }
+    }
+    OrdinaryUser(const OrdinaryUser &) = delete;
+    OrdinaryUser &operator=(const OrdinaryUser &) = delete;
+
+private:
+    static constexpr uid_t Nobody = 65534;
+    bool bWasRoot = geteuid() == 0;
+    bool bDropped = false;
+};
+
+} // namespace
+
+class TestTouchCalibrationData : public DeviceTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void touchLandsWhereFingerIs_data();
+    void touchLandsWhereFingerIs();
+    void readOnlyDirectory_data();
+    void readOnlyDirectory();
+    void refusedPoints();
+    void twoRuns();
+    void openFails_data();
+    void openFails();
+    void withoutHandleOrBackup();
+
+private:
+    void openPointer(const QByteArray &oldFile, int rotation = 0);
+    QPoint landing(RawPoint raw);
+
+    std::unique_ptr<TouchscreenFifo> pFifo;
+    std::unique_ptr<WindowServer> pServer;
+    std::unique_ptr<TouchSheet> pSheet;
+    QString calibrationFile;
+};
+
+void TestTouchCalibrationData::init()
+{
+    DeviceTest::init();
+    pFifo = std::make_unique<TouchscreenFifo>(root());
+    calibrationFile = QStringLiteral("/etc/pointercal");
+}
+
+void TestTouchCalibrationData::cleanup()
+{
+    pSheet.reset();
+    pServer.reset();
+    pFifo.reset();
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qunsetenv("POINTERCAL_FILE");
+    qunsetenv("TSLIB_TSDEVICE");
+    setScreen(SimulatedPanel::Size);
+    DeviceTest::cleanup();
+}
+
+void TestTouchCalibrationData::openPointer(const QByteArray &oldFile, int rotation)
+{
+    if (!oldFile.isEmpty()) {
+        root().write(calibrationFile, oldFile);
+    }
+    qputenv("QT_QPA_PLATFORM", "offscreen:rotation=" + QByteArray::number(rotation));
+    pServer = std::make_unique<WindowServer>();
+    if (!pServer->openPointer()) {
+        qFatal("no pointer");
+    }
+    pSheet = std::make_unique<TouchSheet>();
+}
+
+QPoint TestTouchCalibrationData::landing(RawPoint raw)
+{
+    pFifo->tap(raw);
+    return pSheet->takeTouch().value_or(QPoint(-1, -1));
+}
+
+void TestTouchCalibrationData::touchLandsWhereFingerIs_data()
+{
+    QTest::addColumn<bool>("exchanged");
+    QTest::addColumn<bool>("mirroredX");
+    QTest::addColumn<bool>("mirroredY");
+    QTest::addColumn<int>("rotation");
+    for (int i = 0; i < 32; ++i) {
+        QTest::addRow("rotation %d%s%s%s", i / 8, i & 1 ? ", mirrored x" : "",
+                      i & 2 ? ", mirrored y" : "", i & 4 ? ", exchanged" : "")
+            << bool(i & 4) << bool(i & 1) << bool(i & 2) << i / 8;
+    }
+}
+
+void TestTouchCalibrationData::touchLandsWhereFingerIs()
+{
+    QFETCH(bool, exchanged);
+    QFETCH(bool, mirroredX);
+    QFETCH(bool, mirroredY);
+    QFETCH(int, rotation);
+    const SimulatedPanel panel{exchanged, mirroredX, mirroredY, rotation};
+    setScreen(panel.picture());
+    openPointer(OldFile, rotation);
+    const RawPoint anywhere = panel.touch({100, 100});
+    const QPoint before = landing(anywhere);
+
+    TouchCalibrationData data;
+    data.nScreenWidth = panel.picture().width();
+    data.nScreenHeight = panel.picture().height();
+    QCOMPARE(data.backupCalibration(), 0);
+    QCOMPARE(data.applyCalibration(measured(panel), false), 0);
+    for (int x = 5; x < panel.picture().width(); x += panel.picture().width() / 4) {
+        for (int y = 5; y < panel.picture().height(); y += panel.picture().height() / 4) {
+            const QPoint off = landing(panel.touch({x, y})) - QPoint(x, y);
+            QVERIFY2(qMax(qAbs(off.x()), qAbs(off.y())) <= 1,
+                     qPrintable(QStringLiteral("%1,%2 is off by %3,%4")
+                                    .arg(x)
+                                    .arg(y)
+                                    .arg(off.x())
+                                    .arg(off.y())));
+        }
+    }
+
+    QCOMPARE(data.restoreOldCalibration(), 0);
+    QCOMPARE(root().read(calibrationFile), OldFile);
+    QCOMPARE(landing(anywhere), before);
+}
+
+void TestTouchCalibrationData::readOnlyDirectory_data()
+{
+    QTest::addColumn<bool>("writable");
+    QTest::addColumn<QByteArray>("mount"); ///< what the command does; empty: there is none
+    QTest::addColumn<int>("result");
+    QTest::addColumn<QByteArray>("log"); ///< of the command, and the file's state when it came
+    QTest::addColumn<QStringList>("boxes");
+
+    const QByteArray works = "if [ $2 = remount,rw ]; then chmod 755 $3; else chmod 555 $3; fi";
+    const QByteArray asked = "-o remount,rw DIR old\n-o remount,ro DIR ";
+    const QStringList none;
+    const QStringList failed{QStringLiteral("Error -233"), QStringLiteral("Error -234")};
+    const int remount = TouchCalibrationData::RemountFailed;
+    QTest::newRow("writable") << true << works << 0 << QByteArray() << none;
+    QTest::newRow("read-only") << false << works << 0 << asked + "new\n" << none;
+    QTest::newRow("mount without effect")
+        << false << QByteArray("exit 32") << int(ERR_FILE_WRITE) << asked + "old\n"
+        << none;
+    QTest::newRow("mount crashes")
+        << false << QByteArray("kill -9 $$") << remount << asked + "old\n"
+        << failed;
+    QTest::newRow("no mount") << false << QByteArray() << remount << QByteArray() << failed;
+}
+
+/// Whatever becomes of the remount: after the restore everything is as it was.
+void TestTouchCalibrationData::readOnlyDirectory()
+{
+    QFETCH(bool, writable);
+    QFETCH(QByteArray, mount);
+    QFETCH(int, result);
+    QFETCH(QByteArray, log);
+    QFETCH(QStringList, boxes);
+
+    calibrationFile = QStringLiteral("/flash/cal/pointercal");
+    const QString directory = QStringLiteral("/flash/cal");
+    qputenv("POINTERCAL_FILE", QFile::encodeName(root().path(calibrationFile)));
+    root().write(calibrationFile, OldFile);
+    if (!mount.isEmpty()) {
+        const QByteArray file = QFile::encodeName(root().path(calibrationFile));
+        root().writeCommand(QStringLiteral("/bin/mount"),
+                            "state=new; grep -q '^16384 0 0 0 8192 0 65536$' " + file
+                                + " && state=old\necho \"$*\" $state >> "
+                                + QFile::encodeName(root().path(QStringLiteral("/tmp/log"))) + '\n'
+                                + mount);
+    }
+    QFile::setPermissions(root().path(directory), QFile::Permissions(writable ? 0x7755 : 0x5555));
+    const OrdinaryUser user(root());
+    openPointer({});
+
+    const SimulatedPanel panel{true, true, false, 0};
+    const RawPoint raw = panel.touch({100, 300});
+    const QPoint before = landing(raw);
+    const QPoint uncalibrated(qMin(raw.x, 799), qMin(raw.y, 479));
+
+    TouchCalibrationData data;
+    data.nScreenWidth = 800;
+    data.nScreenHeight = 480;
+    data.backupCalibration();
+    if (result == ERR_FILE_WRITE) {
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("Cannot write the pointer cal")));
+    }
+    BoxWatcher operatorsEyes;
+    QCOMPARE(int(data.applyCalibration(measured(panel), false)), result);
+    QCOMPARE(landing(raw),
+             result == 0                    ? QPoint(100, 300)
+                 : result == ERR_FILE_WRITE ? before
+                                            : uncalibrated);
+    QCOMPARE(root().read(calibrationFile) == OldFile, result != 0);
+    const QByteArray path = QFile::encodeName(root().path(directory));
+    QCOMPARE(root().read(QStringLiteral("/tmp/log")), log.replace("DIR", path));
+    QCOMPARE(operatorsEyes.texts().size(), boxes.size());
+    for (int i = 0; i < boxes.size(); ++i) {
+        QVERIFY2(operatorsEyes.texts()[i].startsWith(boxes[i]),
+                 qPrintable(operatorsEyes.texts()[i]));
+        // Long lines are broken anywhere.
+        const QString text = QString(operatorsEyes.texts()[i]).remove(u' ');
+        QVERIFY2(text.contains(QString::fromLocal8Bit(path)), qPrintable(text));
+    }
+
+    QCOMPARE(data.restoreOldCalibration(), 0);
+    QCOMPARE(root().read(calibrationFile), OldFile);
+    QCOMPARE(landing(raw), before);
+}
+
+void TestTouchCalibrationData::refusedPoints()
+{
+    openPointer(OldFile);
+    const QPoint before = landing({1000, 1000});
+    CalibrationRecord record = measured({});
+    record.rawY.fill(2000);
+    TouchCalibrationData data;
+    data.nScreenWidth = 800;
+    data.nScreenHeight = 480;
+    data.backupCalibration();
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("refused")));
+    QCOMPARE(data.applyCalibration(record, false), ERR_CAL_CORRUPT);
+    QCOMPARE(root().read(calibrationFile), OldFile);
+    QCOMPARE(landing({1000, 1000}), before);
+}
+
+/// Without a restore in between, the calibration of the first run is the one to go back to. At
+/// the very first there was none.
+void TestTouchCalibrationData::twoRuns()
+{
+    openPointer({});
+    const SimulatedPanel first{false, true, false, 0};
+    const SimulatedPanel second{true, false, true, 0};
+    TouchCalibrationData data;
+    data.nScreenWidth = 800;
+    data.nScreenHeight = 480;
+    data.backupCalibration();
+    data.applyCalibration(measured(first), false);
+    const QByteArray file = root().read(calibrationFile);
+
+    data.bBackupLoaded = false;
+    QCOMPARE(data.backupCalibration(), 0);
+    QCOMPARE(data.backupCalibration(), WARN_CAL_BACKUP_LOADED);
+    data.applyCalibration(measured(second), false);
+    QVERIFY(root().read(calibrationFile) != file);
+    QCOMPARE(data.restoreOldCalibration(), 0);
+    QCOMPARE(root().read(calibrationFile), file);
+    QCOMPARE(landing(first.touch({600, 200})), QPoint(600, 200));
+    QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
+    QCOMPARE(landing(first.touch({600, 200})), QPoint(600, 200));
+}
+
+void TestTouchCalibrationData::openFails_data()
+{
+    QTest::addColumn<QByteArray>("device"); ///< in the environment
+    QTest::addColumn<QByteArray>("configuration");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QByteArray>("message");
+
+    const QByteArray good = "module_raw waveshare len=8\n";
+    QTest::newRow("no device") << QByteArray("/nowhere") << good << int(ERR_TS_OPEN)
+                               << QByteArray("ts_open error");
+    QTest::newRow("no module") << QByteArray() << QByteArray("module_raw nosuch\n")
+                               << int(ERR_TS_CONFIG) << QByteArray("ts_config error");
+    QTest::newRow("empty") << QByteArray() << QByteArray() << int(ERR_TS_CONFIG)
+                           << QByteArray("ts_config error");
+}
+
+void TestTouchCalibrationData::openFails()
+{
+    QFETCH(QByteArray, device);
+    QFETCH(QByteArray, configuration);
+    QFETCH(QByteArray, message);
+    qputenv("TSLIB_TSDEVICE", device);
+    root().write(TsConf, configuration);
+    TouchCalibrationData data;
+    QTest::ignoreMessage(QtDebugMsg, message.constData());
+    QTEST(int(data.openTouchscreen()), "code");
+    QVERIFY(!data.pTouchscreen);
+}
+
+void TestTouchCalibrationData::withoutHandleOrBackup()
+{
+    TouchCalibrationData data;
+    QCOMPARE(data.closeTouchscreen(), ERR_NULL_POINTER);
+    QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
+    QCOMPARE(data.openTouchscreen(), 0);
+    QCOMPARE(data.closeTouchscreen(), 0);
+    QVERIFY(!data.pTouchscreen);
+}
+
+PANEL_TEST_MAIN(TestTouchCalibrationData)
+#include "tst_touchcalibrationdata.moc"
