@@ -1,0 +1,131 @@
+// Start-up of the panel against the floor (startup_floor): wall-clock and CPU time from exec to
+// the first painted frame, and peak memory. Both programs run in turn, medians are printed.
+//
+// bench_startup BIN_DIR [PAIRS]: BIN_DIR is the build folder, PAIRS defaults to 21.
+
+#include "benchmarks/devicefixture.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <ctime>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+struct Start
+{
+    double dWall; // ms
+    double dCpu; // ms
+    double dMemory; // MiB
+};
+
+long long monotonicNanoseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * 1'000'000'000LL + now.tv_nsec;
+}
+
+double milliseconds(const timeval &time)
+{
+    return time.tv_sec * 1e3 + time.tv_usec / 1e3;
+}
+
+Start measure(const QByteArray &program, const QByteArray &platform)
+{
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        qFatal("no pipe");
+    }
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    const std::array<const char *, 4> arguments{program.constData(), "-platform",
+                                                platform.constData(), nullptr};
+    pid_t pid = 0;
+    const long long nBegin = monotonicNanoseconds();
+    if (posix_spawn(&pid, program.constData(), &actions, nullptr,
+                    const_cast<char *const *>(arguments.data()), environ)
+        != 0) {
+        qFatal("cannot start %s", program.constData());
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[1]);
+    FILE *pOutput = fdopen(ends[0], "r");
+    std::array<char, 64> line{};
+    long long nFrame = 0;
+    if (fgets(line.data(), line.size(), pOutput)) {
+        nFrame = strtoll(line.data(), nullptr, 10);
+    }
+    fclose(pOutput);
+    rusage usage{};
+    wait4(pid, nullptr, 0, &usage);
+    if (nFrame == 0) {
+        qFatal("%s painted no frame", program.constData());
+    }
+    return {double(nFrame - nBegin) / 1e6,
+            milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime),
+            double(usage.ru_maxrss) / 1024};
+}
+
+double median(const std::vector<Start> &starts, double Start::*pField)
+{
+    std::vector<double> values;
+    for (const Start &start : starts) {
+        values.push_back(start.*pField);
+    }
+    std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
+    return values[values.size() / 2];
+}
+
+void report(const char *what, const char *unit, double dPanel, double dFloor, double dGoal)
+{
+    printf("%-8s panel %7.1f %-3s  floor %7.1f %-3s  ratio %.2f (goal %.2f)\n", what, dPanel, unit,
+           dFloor, unit, dPanel / dFloor, dGoal);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    if (argc < 2) {
+        fprintf(stderr, "usage: bench_startup BIN_DIR [PAIRS]\n");
+        return 2;
+    }
+    const QString build = QDir(QString::fromLocal8Bit(argv[1])).absolutePath();
+    const int nPairs = argc > 2 ? std::max(1, atoi(argv[2])) : 21;
+    const DeviceFixture device(build + "/simulator/panelctl");
+    qputenv("PANEL_ROOT", QFile::encodeName(device.root()));
+    qputenv("LD_LIBRARY_PATH", QFile::encodeName(build + "/simulator"));
+    qputenv("QT_PLUGIN_PATH", QFile::encodeName(build + "/benchmarks/plugins"));
+    qputenv("QT_QPA_GENERIC_PLUGINS", "frameprobe");
+    qputenv("FRAMEPROBE", "first");
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(device.root()));
+    const QByteArray platform = device.platform().toLocal8Bit();
+    const QByteArray panel = QFile::encodeName(build + "/operator-panel");
+    const QByteArray floor = QFile::encodeName(build + "/benchmarks/startup_floor");
+    measure(panel, platform); // files come from the disk once
+    measure(floor, platform);
+    std::vector<Start> panelStarts;
+    std::vector<Start> floorStarts;
+    for (int i = 0; i < nPairs; ++i) {
+        panelStarts.push_back(measure(panel, platform));
+        floorStarts.push_back(measure(floor, platform));
+    }
+    printf("start-up, medians of %d pairs at 800x480\n", nPairs);
+    report("time", "ms", median(panelStarts, &Start::dWall), median(floorStarts, &Start::dWall),
+           1.45);
+    report("CPU", "ms", median(panelStarts, &Start::dCpu), median(floorStarts, &Start::dCpu), 1.45);
+    report("memory", "MiB", median(panelStarts, &Start::dMemory),
+           median(floorStarts, &Start::dMemory), 1.15);
+    return 0;
+}
