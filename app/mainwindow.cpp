@@ -9,6 +9,7 @@
 #include "platform/screengrab.h"
 #include "platform/touchtype.h"
 #include "platform/windowserver.h"
+#include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
 #include "settings/fittedfont.h"
 #include "settings/veltautils.h"
@@ -41,7 +42,7 @@ constexpr auto ProgressInterval = 2000ms;
 constexpr auto FirstTickDelay = 5000ms;
 constexpr auto TickInterval = 500ms;
 constexpr auto RestartStep = 1000ms;
-constexpr auto RebootLimit = 30s; // a hanging command must not freeze the panel
+constexpr auto RebootLimit = 120s; // a hanging command must not freeze the panel
 constexpr quint8 CalMessageSeconds = 15;
 
 constexpr auto CalibrationRequestFile = QLatin1String("/tmp/.system/TouchCalibration");
@@ -142,6 +143,9 @@ MainWindow::MainWindow(QWidget *pParent)
 
 MainWindow::~MainWindow()
 {
+    if (nPlcHandle > 0) {
+        closeRuntimeLink();
+    }
     pCalibrationPage.reset();
     if (gCursorHidden) {
         QApplication::restoreOverrideCursor();
@@ -221,6 +225,20 @@ void MainWindow::showFullScreenOnce()
     // Showing again what is shown would take the activation from an open box.
     if (!isVisible() || !isFullScreen()) {
         showFullScreen();
+        keepOverlaysOnTop();
+    }
+}
+
+// The window comes up over what has been opened meanwhile: a box, the calibration.
+void MainWindow::keepOverlaysOnTop()
+{
+    QWidgetList windows = visibleWindows();
+    windows.removeOne(this);
+    for (QWidget *pWindow : std::as_const(windows)) {
+        pWindow->raise();
+    }
+    if (!windows.isEmpty()) {
+        windows.constLast()->activateWindow();
     }
 }
 
@@ -233,12 +251,16 @@ void MainWindow::controlVisibility()
 {
     if (nPlcHandle < 1) {
         openRuntimeLink();
+        bStatusKnown = false;
         bConfigRequested = false;
         scheduleNextTick();
         return;
     }
     if (!readRuntimeStatus()) {
-        show();
+        if (!isVisible()) {
+            show();
+            keepOverlaysOnTop();
+        }
         closeRuntimeLink();
         pVisibilityTimer->setInterval(TickInterval);
         return;
@@ -248,6 +270,9 @@ void MainWindow::controlVisibility()
         // file cannot be deleted.
         bCheckCalMessage = false;
         showCalibrationMessage();
+        if (nPlcHandle < 1) {
+            return; // lost meanwhile: the status is not worth acting on
+        }
     }
     if (plcStatus.isPlcStopped()) {
         showWhileStopped();
@@ -255,7 +280,7 @@ void MainWindow::controlVisibility()
         showWhileRunning();
     }
     handleCalibrationRequest();
-    if (bConfigRequested) {
+    if (bConfigRequested && !bKeepVisible) {
         runConfiguration();
     }
     scheduleNextTick();
@@ -281,6 +306,7 @@ void MainWindow::showWhileRunning()
         hide();
     }
     pProgressTimer->stop();
+    bConfigRequested = false; // the wizard would be as invisible as this window
 }
 
 void MainWindow::handleCalibrationRequest()
@@ -312,6 +338,8 @@ void MainWindow::showCalibrationMessage()
         pServer->suspendPointer(); // until a calibration resumes it
     }
     bKeepVisible = true;
+    // A timer does not fire inside its own slot: started anew, it ticks while the box is open.
+    pVisibilityTimer->start(TickInterval);
     VeltaInfoBox(ERR_CAL_TIMEOUT, QString(), tr("Autoclose in"), CalMessageSeconds, this, true,
                  true);
     bKeepVisible = false;
@@ -351,7 +379,7 @@ void MainWindow::scheduleNextTick()
 
 void MainWindow::configButtonPressed()
 {
-    if (plcStatus.isPlcStopped()) {
+    if (bStatusKnown && plcStatus.isPlcStopped()) {
         bConfigRequested = true;
     }
 }
@@ -368,6 +396,7 @@ void MainWindow::systemRestart_Timer()
 
 void MainWindow::systemRestart_Button()
 {
+    pRestartTimer->stop(); // one reboot is enough
     runCommand(devicePath(RebootCommand), {}, RebootLimit);
 }
 
@@ -446,6 +475,7 @@ QString MainWindow::readRuntimeVersion()
 
 QString MainWindow::interfaceIp(int nInterface)
 {
+    ipBuffer.fill('\0');
     const int nResult =
         sysif_GetInterfaceIp(ipBuffer.data(), interfaceName(nInterface).constData());
     ipText = nResult == 0 ? firmwareText(ipBuffer) : UnknownAddress;
@@ -454,6 +484,7 @@ QString MainWindow::interfaceIp(int nInterface)
 
 QString MainWindow::interfaceNetmask(int nInterface)
 {
+    netmaskBuffer.fill('\0');
     const int nResult =
         sysif_GetInterfaceNetmask(netmaskBuffer.data(), interfaceName(nInterface).constData());
     netmaskText = nResult == 0 ? firmwareText(netmaskBuffer) : UnknownAddress;
@@ -465,6 +496,7 @@ QString MainWindow::interfaceMode(int nInterface)
     const auto call = nInterface == 1 ? sysdb_GetEth1Mode
         : nInterface == 2             ? sysdb_GetEth2Mode
                                       : sysdb_GetEth0Mode;
+    modeBuffer.fill('\0');
     modeText = call(modeBuffer.data()) == 0 ? firmwareText(modeBuffer) : QString();
     if (modeText.contains(DhcpModeText)) {
         modeText = QStringLiteral(" (dhcp)");
@@ -522,20 +554,27 @@ void MainWindow::openRuntimeLink()
 
 bool MainWindow::readRuntimeStatus()
 {
-    return rctrl_get_status(nPlcHandle, &plcStatus) == 0;
+    PlcStatus status{};
+    if (rctrl_get_status(nPlcHandle, &status) != 0) {
+        return false; // whatever it has left in the record
+    }
+    plcStatus = status;
+    bStatusKnown = true;
+    return true;
 }
 
 void MainWindow::closeRuntimeLink()
 {
     rctrl_exit_communication(nPlcHandle);
     nPlcHandle = 0;
+    bStatusKnown = false;
 }
 
 void MainWindow::updateAppName()
 {
     appName = tr("no codesys application");
     if (nPlcHandle != 0 && plcStatus.state != PlcStateNoApplication) {
-        const QString name = plcStatus.firstAppName();
+        const QString name = plcStatus.firstAppName().simplified(); // one line
         if (!name.isEmpty()) {
             const QFontMetrics metrics(pUi->label_appname->font());
             appName = metrics.elidedText(name, Qt::ElideRight,
@@ -569,15 +608,19 @@ void MainWindow::detectTouchType()
 
 void MainWindow::watchInputDevices()
 {
-    const QString folder = devicePath(InputFolder);
     pInputWatcher = new QFileSystemWatcher(this);
-    if (QFileInfo::exists(folder)) {
-        pInputWatcher->addPath(folder);
-    }
     connect(pInputWatcher, &QFileSystemWatcher::directoryChanged, this,
             &MainWindow::inputEventDirChanged);
     releaseKeyboard();
-    inputEventDirChanged(folder);
+    watchInputFolder();
+    inputEventDirChanged(devicePath(InputFolder));
+}
+
+// False while there is no folder: it comes with the first device and goes with the last.
+bool MainWindow::watchInputFolder()
+{
+    const QString folder = devicePath(InputFolder);
+    return QFileInfo::exists(folder) && pInputWatcher->addPath(folder);
 }
 
 void MainWindow::inputEventDirChanged(QString path)
@@ -625,6 +668,9 @@ void MainWindow::releaseKeyboard()
 
 void MainWindow::screenshotTimerEvent()
 {
+    if (pInputWatcher->directories().isEmpty() && watchInputFolder()) {
+        inputEventDirChanged(devicePath(InputFolder));
+    }
     const QString request = devicePath(QStringLiteral("/tmp/makeScreenshot"));
     if (QFile::exists(request)) {
         grabScreen().save(devicePath(QStringLiteral("/tmp/screenshot.png")), "PNG");

@@ -76,6 +76,7 @@ private:
     void startRestartCountdown();
     void scheduleNextTick();
     void showFullScreenOnce();
+    void keepOverlaysOnTop();
     void showPage(QWidget *pPage);
 
     // Device status
@@ -91,6 +92,7 @@ private:
     QFont formFont(const QLabel *pLabel);
 
     // Input devices
+    bool watchInputFolder();
     void setKeyboard(const QString &deviceName);
     void releaseKeyboard();
     bool readKeyboardMapping() const;
@@ -124,6 +126,7 @@ private:
     int nRestartSeconds = 10;
     bool bCheckCalMessage = true; // due at the first good status
     bool bKeepVisible = false; // stay on the screen although the PLC runs
+    bool bStatusKnown = false; // plcStatus was read over the present link
     bool bConfigRequested = false;
     bool bNoCalibration = false;
     bool bRestartPending = false;

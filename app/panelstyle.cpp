@@ -11,7 +11,7 @@ constexpr int BusyChunkDivisor = 4; // the moving piece takes this part of the b
 // Where the piece stands: it goes to the right end and back.
 QRect busyChunk(const QRect &bar, int nValue)
 {
-    const int nPhase = nValue % (2 * BusySteps);
+    const int nPhase = qMax(0, nValue) % (2 * BusySteps);
     const int nStep = nPhase <= BusySteps ? nPhase : 2 * BusySteps - nPhase;
     const int nWidth = qMax(1, bar.width() / BusyChunkDivisor);
     const int nLeft = bar.left() + (bar.width() - nWidth) * nStep / BusySteps;

@@ -40,6 +40,9 @@ void setUpLook(QApplication &application)
 {
     application.setStyle(new PanelStyle);
     QApplication::setFont(QFont(FontFamily, FontPoints));
+    // While the PLC runs the main window is hidden: a box that closes then must not end the
+    // program.
+    QApplication::setQuitOnLastWindowClosed(false);
 }
 
 bool loadFonts()

@@ -33,6 +33,7 @@ public:
     void suspend();
     /// Reads again. Samples from before are thrown away.
     void resume();
+    bool isSuspended() const { return bSuspended; }
 
     /// See the functions of WindowServer with these names.
     void clearCalibration();

@@ -140,6 +140,11 @@ void WindowServer::resumePointer()
     }
 }
 
+bool WindowServer::isPointerSuspended() const
+{
+    return pPointerHandler && pPointerHandler->isSuspended();
+}
+
 void WindowServer::clearCalibration()
 {
     if (pPointerHandler) {

@@ -47,6 +47,7 @@ public:
     void suspendPointer();
     /// Delivers touches again. Samples that queued up while suspended are thrown away.
     void resumePointer();
+    bool isPointerSuspended() const;
 
     /// Drops the calibration in force: touches are then delivered as the touchscreen reports them.
     /// The pointer calibration file stays.

@@ -59,7 +59,6 @@ inline constexpr std::array<Row, ScreenClassCount> Rows{{
     {1680, 1050, 640}, // 23
     {1920, 1080, 640}, // 24
 }};
-// clang-format on
 constexpr int Class800x600 = 13;
 constexpr quint16 LargeFixedWidth = 640;
 } // namespace ScreenClassPrivate

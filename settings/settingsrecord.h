@@ -9,10 +9,10 @@
 class VeltaUtils;
 
 /// Network operation mode of "eth0". The values are those of SettingsRecord::nNetMode and the
-/// indices of networkModeNames().
+/// arguments of networkModeName().
 enum NetMode : quint32 { StaticMode = 0, DhcpMode = 1 };
 
-/// Display names of the network modes, "Static" and "DHCP", indexed by NetMode.
+/// Display name of a network mode, "Static" or "DHCP".
 const QString &networkModeName(quint32 nNetMode);
 
 /// Order of SettingsRecord::ipEntries.

@@ -4,6 +4,7 @@
 #include "platform/devicepath.h"
 #include "platform/firmwaretext.h"
 #include "platform/libfirmware.h"
+#include "platform/windowserver.h"
 #include "settings/errorcatalogue.h"
 #include "wizard/ip4validator.h"
 
@@ -52,12 +53,16 @@ bool isNameServer(int index)
     return index == Dns1Entry || index == Dns2Entry;
 }
 
+constexpr qsizetype LongestValue = 1024; // characters; no text of ours is longer
+
 // The ini reader makes a list of a value with unquoted commas; to us it is still one text.
 QString textValue(const QSettings &settings, QLatin1String key, const QString &defaultValue = {})
 {
     const QVariant value = settings.value(key, defaultValue);
-    return value.typeId() == QMetaType::QStringList ? value.toStringList().join(QLatin1Char(','))
-                                                    : value.toString();
+    const QString text = value.typeId() == QMetaType::QStringList
+        ? value.toStringList().join(QLatin1Char(','))
+        : value.toString();
+    return text.left(LongestValue);
 }
 
 using FirmwareBuffer = std::array<char, 64>;
@@ -187,6 +192,8 @@ void VeltaSettings::removeStaleNewSettings()
     }
     // A process that was killed while saving leaves its lock; the next save would wait 30 s for it.
     QFile::remove(path + QLatin1String(".lock"));
+    // Opened on a damaged stale file, it would report that damage for good.
+    pNewSettings = std::make_unique<QSettings>(path, pNewSettings->format());
 }
 
 void VeltaSettings::classifyScreen()
@@ -328,9 +335,25 @@ int VeltaSettings::saveSettings(bool bApply)
     if (!bApply) {
         return 0;
     }
-    const int nResult = utils.runSysCfg();
+    const int nResult = runSysCfgWithoutTouches();
     if (nResult != 0) {
         VeltaInfoBox(ERR_SYSCFG_RESULT, QString::number(nResult), 0, nullptr, true, true);
+    }
+    return nResult;
+}
+
+// The tool blocks everything for a while. Who taps SAVE again meanwhile must not press what comes
+// up in its place.
+int VeltaSettings::runSysCfgWithoutTouches()
+{
+    WindowServer *pServer = WindowServer::instance();
+    const bool bSuspend = pServer && !pServer->isPointerSuspended();
+    if (bSuspend) {
+        pServer->suspendPointer();
+    }
+    const int nResult = utils.runSysCfg();
+    if (bSuspend) {
+        pServer->resumePointer();
     }
     return nResult;
 }

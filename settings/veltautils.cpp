@@ -135,8 +135,8 @@ int scaledWidth(int minimum, int maximum, int screenWidth)
         || maximum < minimum) {
         return maximum;
     }
-    const double part = (screenWidth - NarrowScreen) / double(WideScreen - NarrowScreen);
-    return minimum + static_cast<int>((maximum - minimum) * std::max(0.0, part));
+    const int part = (maximum - minimum) * std::max(0, screenWidth - NarrowScreen);
+    return minimum + static_cast<int>(part / double(WideScreen - NarrowScreen));
 }
 
 } // namespace

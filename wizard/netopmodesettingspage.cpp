@@ -26,6 +26,9 @@ NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *pTheSettings, VeltaW
                  pForm->DummyLabel2, pForm->DummyLineEdit2, pForm->DummySelectButton2});
 
     pForm->NetOpModeLabel->setText(tr("IP-Address: "));
+    fitRows(pSettings->working,
+            {{pForm->NetOpModeLabel, pForm->NetOpModeLineEdit, pForm->NetOpModeSelectButton,
+              networkModeName(StaticMode)}});
     setCommonWidth({pForm->NetOpModeLabel, pForm->DummyLabel1, pForm->DummyLabel2});
     pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
     setAttribute(Qt::WA_AcceptTouchEvents);

@@ -1,11 +1,76 @@
 #include "wizard/pagelayout.h"
 
+#include "settings/settingsrecord.h"
+
 #include <QFontMetrics>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QSpacerItem>
 
 namespace {
-constexpr int FirstRoomyClass = 5; // 480 x 640
+
+constexpr int WideScreen = 800; // pixels
+constexpr int WizardWidthOnWideScreen = 640;
+
+// Pixels of a page's width that are not for its rows: margins of wizard and group box, and the two
+// gaps inside a row.
+constexpr int PageMargins = 2 * (11 + 5) + 2 * 6;
+constexpr int EditMargins = 8; // between a field's border and its text, both sides
+constexpr int SmallestPoints = 6;
+
+bool rowsFit(std::initializer_list<FieldRow> rows, int nWidth)
+{
+    int nLabel = 0;
+    int nRest = 0;
+    for (const FieldRow &row : rows) {
+        nLabel = qMax(nLabel, row.pLabel->fontMetrics().horizontalAdvance(row.pLabel->text()));
+        nRest = qMax(nRest,
+                     row.pEdit->fontMetrics().horizontalAdvance(row.longestText) + EditMargins
+                         + row.pButton->minimumWidth());
+    }
+    return nLabel + nRest <= nWidth;
+}
+
+// False when the font is as small as it may get.
+bool makeSmaller(QWidget *pWidget)
+{
+    QFont font = pWidget->font();
+    const int nPoints = font.pointSize();
+    if (nPoints <= SmallestPoints) {
+        return false;
+    }
+    font.setPointSize(nPoints - 1);
+    pWidget->setFont(font);
+    return true;
+}
+
+} // namespace
+
+int wizardWidth(const SettingsRecord &record)
+{
+    if (record.bFixedWidth) {
+        return record.nFixedWidth;
+    }
+    const int nScreenWidth = record.nScreenWidth[record.nResolutionIndex];
+    return nScreenWidth < WideScreen ? nScreenWidth : WizardWidthOnWideScreen;
+}
+
+void fitRows(const SettingsRecord &record, std::initializer_list<FieldRow> rows)
+{
+    const int nWidth = wizardWidth(record) - PageMargins;
+    bool bSmaller = true;
+    while (bSmaller && !rowsFit(rows, nWidth)) {
+        bSmaller = false;
+        for (const FieldRow &row : rows) {
+            // The field is the larger one at first: it comes down to the caption, then both.
+            if (row.pEdit->font().pointSize() >= row.pLabel->font().pointSize()) {
+                bSmaller = makeSmaller(row.pEdit) || bSmaller;
+            } else {
+                bSmaller = makeSmaller(row.pLabel) || bSmaller;
+            }
+        }
+    }
 }
 
 void setCommonWidth(std::initializer_list<QLabel *> labels)

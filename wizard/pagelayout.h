@@ -1,10 +1,35 @@
 #pragma once
 
+#include <QString>
+
 #include <initializer_list>
 
 class QLabel;
+class QLineEdit;
+class QPushButton;
 class QSpacerItem;
 class QWidget;
+
+struct SettingsRecord;
+
+/// First resolution class with room to spare (480 x 640); those below are the small screens.
+constexpr int FirstRoomyClass = 5;
+
+/// One row of a page: caption, field and the button that changes the field.
+struct FieldRow
+{
+    QLabel *pLabel;
+    QLineEdit *pEdit;
+    QPushButton *pButton;
+    QString longestText; ///< The longest text that the field has to show.
+};
+
+/// Width in pixels of the wizard on the screen of \a record.
+int wizardWidth(const SettingsRecord &record);
+
+/// Makes the captions and fields of \a rows smaller, all alike, until every row can show its texts
+/// whole in the wizard's width. No effect on wide screens.
+void fitRows(const SettingsRecord &record, std::initializer_list<FieldRow> rows);
 
 /// Gives all \a labels one fixed width, that of the widest of their texts in its font.
 void setCommonWidth(std::initializer_list<QLabel *> labels);

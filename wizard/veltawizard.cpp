@@ -4,6 +4,7 @@
 #include "infobox/veltainfobox.h"
 #include "settings/errorcatalogue.h"
 #include "wizard/netopmodesettingspage.h"
+#include "wizard/pagelayout.h"
 #include "wizard/summarypage.h"
 
 #include <QAbstractButton>
@@ -17,15 +18,16 @@ constexpr auto OrganizationName = QLatin1String("Tarnwik Automation GmbH");
 constexpr auto OrganizationDomain = QLatin1String("tarnwik-automation.example");
 
 constexpr int TallScreen = 500; // pixels; from here on the wizard leaves room above and below
-constexpr int WideScreen = 800;
-constexpr QSize RoomySize(640, 480);
+constexpr int WizardHeightOnTallScreen = 480;
+constexpr int ButtonHeight = 30; // pixels, for a finger
+constexpr int RoomyButtonHeight = 40;
 
 using PageCreator = QWizardPage *(*)(VeltaSettings *, VeltaWizard *);
 
 template <typename Page>
 QWizardPage *createPage(VeltaSettings *pSettings, VeltaWizard *pWizard)
 {
-    return new Page(pSettings, pWizard);
+    return new (std::nothrow) Page(pSettings, pWizard);
 }
 
 // By WizardPageIndex. A page that the program does not have is left out of the order.
@@ -45,7 +47,21 @@ VeltaWizard::VeltaWizard(QWidget *pParent) : QWizard(pParent, {})
     bSetupFailed = setup() != 0;
 }
 
-VeltaWizard::~VeltaWizard() = default;
+VeltaWizard::~VeltaWizard()
+{
+    release();
+}
+
+// The pages first: they work on the settings to their end.
+void VeltaWizard::release()
+{
+    for (QWizardPage *&pPage : pPages) {
+        delete pPage;
+        pPage = nullptr;
+    }
+    pKbdInput.reset();
+    pSettings.reset();
+}
 
 int VeltaWizard::setup()
 {
@@ -93,10 +109,17 @@ void VeltaWizard::setupButtons()
     setButtonText(QWizard::BackButton, tr("Back"));
     setButtonText(QWizard::CancelButton, tr("Cancel"));
     setButtonText(QWizard::FinishButton, tr("SAVE"));
+    const int nIndex = pSettings->working.nResolutionIndex;
     for (const WizardButton which :
          {QWizard::NextButton, QWizard::BackButton, QWizard::CancelButton, QWizard::FinishButton,
           QWizard::CustomButton1}) {
-        pSettings->utils.scaleFont(button(which), pSettings->working.nResolutionIndex);
+        // Not in the wizard's layout yet, they have not all got its font.
+        QFont buttonFont = font();
+        buttonFont.setBold(true);
+        button(which)->setFont(buttonFont);
+        pSettings->utils.scaleFont(button(which), nIndex);
+        button(which)->setMinimumHeight(nIndex < FirstRoomyClass ? ButtonHeight
+                                                                 : RoomyButtonHeight);
     }
     buttonOrder = {QWizard::BackButton, QWizard::CustomButton1, QWizard::CancelButton,
                    QWizard::NextButton, QWizard::FinishButton};
@@ -141,12 +164,7 @@ void VeltaWizard::addPages()
 int VeltaWizard::failSetup(int nCode)
 {
     VeltaInfoBox box(qint16(nCode), 0, nullptr, true, true);
-    for (QWizardPage *&pPage : pPages) {
-        delete pPage;
-        pPage = nullptr;
-    }
-    pKbdInput.reset();
-    pSettings.reset();
+    release();
     return nCode;
 }
 
@@ -188,15 +206,14 @@ void VeltaWizard::applyGeometry()
     const SettingsRecord &record = pSettings->working;
     const int nScreenWidth = record.nScreenWidth[record.nResolutionIndex];
     const int nScreenHeight = record.nScreenHeight[record.nResolutionIndex];
-    setFixedHeight(nScreenHeight < TallScreen ? nScreenHeight : RoomySize.height());
+    setFixedHeight(nScreenHeight < TallScreen ? nScreenHeight : WizardHeightOnTallScreen);
+    setFixedWidth(wizardWidth(record));
     if (record.bFixedWidth) {
-        setFixedWidth(record.nFixedWidth);
         const QRect area = screen()->availableGeometry();
         move(int((area.left() + area.right()) / 2 - width() * 0.5),
              int((area.top() + area.bottom()) / 2 - height() * 0.5 + 1));
         return;
     }
-    setFixedWidth(nScreenWidth < WideScreen ? nScreenWidth : RoomySize.width());
     if (nScreenWidth > width() || nScreenHeight > height()) {
         move((nScreenWidth - width()) / 2, (nScreenHeight - height()) / 2);
     }
@@ -208,6 +225,7 @@ bool VeltaWizard::Run()
     if (bSetupFailed || (pSettings->bPageEnabled[ProtectionPageId] && !pPages[ProtectionPageId])) {
         return false;
     }
+    raise(); // the page behind it was shown after the wizard was made
     return exec() == QDialog::Accepted;
 }
 
@@ -285,6 +303,8 @@ void VeltaWizard::RestartAtSecondPage()
 
 void VeltaWizard::accept()
 {
+    button(QWizard::FinishButton)->setEnabled(false);
+    button(QWizard::FinishButton)->repaint(); // a sign of life while the tool blocks everything
     const int nResult = pSettings ? pSettings->saveSettings(true) : 1;
     if (nResult == 0) {
         QDialog::accept();

@@ -64,6 +64,7 @@ private:
     bool allPagesCreated() const;
     void addPages();
     int failSetup(int nCode);
+    void release();
     void applyWindowFlags();
     void applyGeometry();
     const PageEntry *findPage(int nId) const;

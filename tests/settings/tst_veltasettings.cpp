@@ -222,10 +222,17 @@ private Q_SLOTS:
         setScreen({800, 480});
     }
 
+    void staleNewSettings_data()
+    {
+        QTest::addColumn<QByteArray>("stale");
+        QTest::newRow("other keys") << QByteArray("[network]\neth0.ip=6.6.6.6\nold=1\n");
+        QTest::newRow("malformed") << QByteArray("[netw\n=");
+    }
     void staleNewSettings()
     {
+        QFETCH(QByteArray, stale);
         root().write(QStringLiteral("/etc/settings.ini"), StaticFile);
-        root().write(QStringLiteral("/tmp/newsettings.ini"), "[network]\neth0.ip=6.6.6.6\nold=1\n");
+        root().write(QStringLiteral("/tmp/newsettings.ini"), stale);
         root().write(QStringLiteral("/tmp/newsettings.ini.lock"), "");
         const auto pSettings = load();
         QVERIFY(!root().exists(QStringLiteral("/tmp/newsettings.ini")));
