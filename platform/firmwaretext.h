@@ -2,9 +2,8 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <span>
-
-#include <string.h>
 
 /// Text of a fixed-size buffer that the firmware library has filled, in the local 8-bit encoding.
 ///
@@ -12,6 +11,6 @@
 /// \a buffer is ever read.
 inline QString firmwareText(std::span<const char> buffer)
 {
-    const auto length = static_cast<qsizetype>(strnlen(buffer.data(), buffer.size()));
-    return QString::fromLocal8Bit(buffer.data(), length);
+    const auto end = std::find(buffer.begin(), buffer.end(), '\0');
+    return QString::fromLocal8Bit(buffer.data(), end - buffer.begin());
 }

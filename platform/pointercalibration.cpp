@@ -3,7 +3,6 @@
 #include "platform/touchscreenpaths.h"
 
 #include <QFile>
-#include <QLoggingCategory>
 #include <QSaveFile>
 
 #include <algorithm>

@@ -10,9 +10,11 @@
 #include <QSocketNotifier>
 #include <qpa/qwindowsysteminterface.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <poll.h>
 #include <tslib.h>
+#include <utility>
 
 namespace {
 

@@ -1,8 +1,11 @@
 #include "platform/pointertransform.h"
 
+#include <QList>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 namespace {
 

@@ -4,9 +4,12 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
+#include <QDir>
 #include <QMouseEvent>
 #include <QProcess>
 #include <QPushButton>
+#include <QScopeGuard>
+#include <QStandardPaths>
 
 #include <csignal>
 #include <sys/resource.h>

@@ -3,6 +3,7 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
+#include <QDataStream>
 #include <QLineEdit>
 #include <QPushButton>
 
