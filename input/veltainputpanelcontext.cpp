@@ -3,7 +3,7 @@
 #include "input/qveltalineedit.h"
 #include "input/veltainputpanel.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScreen>

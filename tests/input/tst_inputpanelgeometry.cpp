@@ -79,10 +79,13 @@ void TestInputPanelGeometry::pads_data()
 {
     QTest::addColumn<QSize>("screen");
     QTest::addColumn<QByteArray>("mode");
+    QTest::addColumn<int>("dpi");
+    QTest::newRow("dense and small") << QSize(480, 272) << QByteArray("AlphaNumInput") << 160;
+    QTest::newRow("dense and large") << QSize(1280, 800) << QByteArray("HexInput") << 240;
     for (const QSize &screen : panelScreenSizes()) {
         for (const char *mode : {"NumInputPW", "HexInput", "AlphaNumInput"}) {
             QTest::addRow("%dx%d %s", screen.width(), screen.height(), mode)
-                << screen << QByteArray(mode);
+                << screen << QByteArray(mode) << 96;
         }
     }
 }
@@ -91,7 +94,8 @@ void TestInputPanelGeometry::pads()
 {
     QFETCH(QSize, screen);
     QFETCH(QByteArray, mode);
-    setScreen(screen);
+    QFETCH(int, dpi);
+    setScreen(screen, dpi);
     KeyboardFixture keyboard(mode, "", "", 20);
     const QWidget *pPanel = keyboard.pPanel;
     const QWidget *pPage = pPanel->findChild<QStackedWidget *>()->currentWidget();

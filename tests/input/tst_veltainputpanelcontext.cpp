@@ -3,6 +3,8 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
+#include <QDialog>
+
 class TestVeltaInputPanelContext : public DeviceTest
 {
     Q_OBJECT
@@ -25,6 +27,7 @@ private Q_SLOTS:
     void keyboardGrab();
     void sizeOfTheTargetsWindow();
     void nothingBelowIsTouched();
+    void fingerOfAMultiTouchScreen();
     void windowBelowGetsTheKeysBack();
 };
 
@@ -296,6 +299,19 @@ void TestVeltaInputPanelContext::nothingBelowIsTouched()
     QCOMPARE(target.text(), QStringLiteral("5"));
     QTest::mouseClick(main.windowHandle(), Qt::LeftButton, {}, {400, 240});
     QCOMPARE(touches, 1);
+}
+
+void TestVeltaInputPanelContext::fingerOfAMultiTouchScreen()
+{
+    const KeyboardFixture keyboard("HexInput");
+    QPointingDevice *pDevice = QTest::createTouchDevice();
+    for (const char *name : {"hA", "h7", "hbackspace", "hF", "hok"}) {
+        const QPushButton *pKey = keyboard.key(name);
+        const QPoint at = pKey->mapTo(keyboard.pContext.get(), pKey->rect().center());
+        QTest::touchEvent(keyboard.pContext->windowHandle(), pDevice).press(0, at);
+        QTest::touchEvent(keyboard.pContext->windowHandle(), pDevice).release(0, at);
+    }
+    QCOMPARE(keyboard.target.text(), QStringLiteral("AF"));
 }
 
 void TestVeltaInputPanelContext::windowBelowGetsTheKeysBack()
