@@ -1,6 +1,7 @@
 #include "input/veltainputpanel.h"
 
 #include "input/inputpanellayout.h"
+#include "settings/fittedfont.h"
 #include "ui_veltainputpanelform.h"
 
 #include <QApplication>
@@ -30,7 +31,6 @@ constexpr std::chrono::milliseconds TimeoutStep = 1000ms;
 constexpr char16_t AsteriskOperator = 0x2217;
 constexpr char16_t Bullet = 0x2022;
 
-constexpr int SmallestFont = 5;
 /// What a button's frame takes of its width and height, both sides together.
 constexpr int ButtonFrame = 4;
 /// A wide button keeps one part in so many of its width free of the label.
@@ -51,19 +51,6 @@ void setFontSize(QFont *pFont, int size)
     } else {
         pFont->setPixelSize(size);
     }
-}
-
-/// \a font, made smaller until \a text fits into \a room. An empty text stands for its height.
-QFont fittedFont(QFont font, const QString &text, const QSize &room)
-{
-    const auto fits = [&font, &text, &room] {
-        const QFontMetrics metrics(font);
-        return metrics.height() <= room.height() && metrics.horizontalAdvance(text) <= room.width();
-    };
-    for (int size = fontSize(font); size > SmallestFont && !fits(); --size) {
-        setFontSize(&font, size - 1);
-    }
-    return font;
 }
 
 /// Labels of one kind have one font size on a pad: the long words would make the arrows tiny.

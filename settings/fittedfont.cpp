@@ -1,6 +1,8 @@
 #include "settings/fittedfont.h"
 
 #include <QFontMetrics>
+#include <QSize>
+#include <QWidget>
 
 namespace {
 constexpr int SmallestPoints = 6;
@@ -9,11 +11,20 @@ constexpr int SmallestPixels = 8;
 
 QFont fittedFont(const QFont &font, const QString &text, int nWidth)
 {
+    return fittedFont(font, text, QSize(nWidth, QWIDGETSIZE_MAX));
+}
+
+QFont fittedFont(const QFont &font, const QString &text, const QSize &room)
+{
     QFont fitted = font;
     const bool bPixels = font.pixelSize() > 0;
     const int nSmallest = bPixels ? SmallestPixels : SmallestPoints;
     int nSize = bPixels ? font.pixelSize() : font.pointSize();
-    while (nSize > nSmallest && QFontMetrics(fitted).horizontalAdvance(text) > nWidth) {
+    const auto fits = [&fitted, &text, &room] {
+        const QFontMetrics metrics(fitted);
+        return metrics.horizontalAdvance(text) <= room.width() && metrics.height() <= room.height();
+    };
+    while (nSize > nSmallest && !fits()) {
         --nSize;
         if (bPixels) {
             fitted.setPixelSize(nSize);
