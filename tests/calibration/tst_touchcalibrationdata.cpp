@@ -177,6 +177,7 @@ void TestTouchCalibrationData::touchLandsWhereFingerIs()
 
 void TestTouchCalibrationData::readOnlyDirectory_data()
 {
+    QTest::addColumn<QString>("file"); ///< in the environment; empty: the built-in one
     QTest::addColumn<bool>("writable");
     QTest::addColumn<QByteArray>("mount"); ///< what the command does; empty: there is none
     QTest::addColumn<int>("result");
@@ -188,34 +189,42 @@ void TestTouchCalibrationData::readOnlyDirectory_data()
     const QStringList none;
     const QStringList failed{QStringLiteral("Error -233"), QStringLiteral("Error -234")};
     const int remount = TouchCalibrationData::RemountFailed;
-    QTest::newRow("writable") << true << works << 0 << QByteArray() << none;
-    QTest::newRow("read-only") << false << works << 0 << asked + "new\n" << none;
+    const QString file = QStringLiteral("/flash/cal/pointercal");
+    QTest::newRow("writable") << file << true << works << 0 << QByteArray() << none;
+    QTest::newRow("read-only") << file << false << works << 0 << asked + "new\n" << none;
     QTest::newRow("mount without effect")
-        << false << QByteArray("exit 32") << int(ERR_FILE_WRITE) << asked + "old\n"
+        << file << false << QByteArray("exit 32") << int(ERR_FILE_WRITE) << asked + "old\n"
         << none;
     QTest::newRow("mount crashes")
-        << false << QByteArray("kill -9 $$") << remount << asked + "old\n"
+        << file << false << QByteArray("kill -9 $$") << remount << asked + "old\n"
         << failed;
-    QTest::newRow("no mount") << false << QByteArray() << remount << QByteArray() << failed;
+    QTest::newRow("no mount") << file << false << QByteArray() << remount << QByteArray() << failed;
+    QTest::newRow("built-in, read-only") << QString() << false << works << 0 << asked + "new\n"
+                                         << none;
+    QTest::newRow("built-in, no mount")
+        << QString() << false << QByteArray() << remount << QByteArray() << failed;
 }
 
 /// Whatever becomes of the remount: after the restore everything is as it was.
 void TestTouchCalibrationData::readOnlyDirectory()
 {
+    QFETCH(QString, file);
     QFETCH(bool, writable);
     QFETCH(QByteArray, mount);
     QFETCH(int, result);
     QFETCH(QByteArray, log);
     QFETCH(QStringList, boxes);
 
-    calibrationFile = QStringLiteral("/flash/cal/pointercal");
-    const QString directory = QStringLiteral("/flash/cal");
-    qputenv("POINTERCAL_FILE", QFile::encodeName(root().path(calibrationFile)));
+    if (!file.isEmpty()) {
+        calibrationFile = file;
+        qputenv("POINTERCAL_FILE", QFile::encodeName(root().path(file)));
+    }
+    const QString directory = QFileInfo(calibrationFile).path();
     root().write(calibrationFile, OldFile);
     if (!mount.isEmpty()) {
-        const QByteArray file = QFile::encodeName(root().path(calibrationFile));
+        const QByteArray written = QFile::encodeName(root().path(calibrationFile));
         root().writeCommand(QStringLiteral("/bin/mount"),
-                            "state=new; grep -q '^16384 0 0 0 8192 0 65536$' " + file
+                            "state=new; grep -q '^16384 0 0 0 8192 0 65536$' " + written
                                 + " && state=old\necho \"$*\" $state >> "
                                 + QFile::encodeName(root().path(QStringLiteral("/tmp/log"))) + '\n'
                                 + mount);
@@ -252,7 +261,9 @@ void TestTouchCalibrationData::readOnlyDirectory()
                  qPrintable(operatorsEyes.texts()[i]));
         // Long lines are broken anywhere.
         const QString text = QString(operatorsEyes.texts()[i]).remove(u' ');
-        QVERIFY2(text.contains(QString::fromLocal8Bit(path)), qPrintable(text));
+        // A path of the environment is shown as it stands, a built-in one as the device has it.
+        const QString shown = file.isEmpty() ? directory : QString::fromLocal8Bit(path);
+        QVERIFY2(text.contains(QStringLiteral("remount%1to").arg(shown)), qPrintable(text));
     }
 
     QCOMPARE(data.restoreOldCalibration(), 0);
