@@ -3,6 +3,7 @@
 #include "infobox/veltainfobox.h"
 #include "platform/touchscreenpaths.h"
 #include "platform/windowserver.h"
+#include "settings/fittedfont.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -10,6 +11,8 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
+
+#include <algorithm>
 
 namespace {
 
@@ -33,12 +36,12 @@ constexpr std::array<QLine, 12> CrossLines{{
     {8, -9, 6, -9},
 }};
 
-/// Free space in pixels that text keeps from the edges of the screen, and above the upper
-/// crosshairs or, where it reaches further down, beside them.
-constexpr int TextMargin = 4;
-constexpr int TextBottomAboveCrosses = 38;
-constexpr int TextMarginBesideCrosses = 64;
-constexpr int SmallestTextPixels = 8;
+/// Margins in pixels of the text where it ends above the upper crosshairs, and where it reaches
+/// further down and stays between them.
+constexpr int MarginAboveCrosses = 4;
+constexpr int MarginBesideCrosses = 64;
+/// Height of a line in pixels with which the text ends above the upper crosshairs.
+constexpr int LineAboveCrosses = 13;
 
 void setPointerSuspended(bool bSuspended)
 {
@@ -173,25 +176,13 @@ void VeltaCalibrationPanel::updateCData(void *pCalData)
 /// The widget's font, smaller where the lines would be cut off or run through a crosshair.
 QFont VeltaCalibrationPanel::fittingFont() const
 {
-    QFont font = this->font();
-    for (int pixels = QFontInfo(font).pixelSize(); pixels > SmallestTextPixels; --pixels) {
-        const QFontMetrics metrics(font);
-        const auto width = [&metrics](const QString &line) {
-            return metrics.horizontalAdvance(line);
-        };
-        int widest = 0;
-        for (const QString &line : lines) {
-            widest = qMax(widest, width(line));
-        }
-        const bool bAbove =
-            static_cast<int>(lines.size()) * metrics.height() <= TextBottomAboveCrosses;
-        const int margin = bAbove ? TextMargin : TextMarginBesideCrosses;
-        if (widest <= this->width() - 2 * margin) {
-            break;
-        }
-        font.setPixelSize(pixels - 1);
-    }
-    return font;
+    const QFontMetrics metrics = fontMetrics();
+    const QString widest = *std::ranges::max_element(
+        lines, {}, [&metrics](const QString &line) { return metrics.horizontalAdvance(line); });
+    const QFont above =
+        fittedFont(font(), widest, QSize(width() - 2 * MarginAboveCrosses, LineAboveCrosses));
+    const QFont beside = fittedFont(font(), widest, width() - 2 * MarginBesideCrosses);
+    return QFontMetrics(above).height() > QFontMetrics(beside).height() ? above : beside;
 }
 
 void VeltaCalibrationPanel::paintEvent(QPaintEvent * /*event*/)
