@@ -303,13 +303,13 @@ void TestVeltaInputPanelContext::nothingBelowIsTouched()
 
 void TestVeltaInputPanelContext::fingerOfAMultiTouchScreen()
 {
+    const std::unique_ptr<QPointingDevice> pDevice(QTest::createTouchDevice());
     const KeyboardFixture keyboard("HexInput");
-    QPointingDevice *pDevice = QTest::createTouchDevice();
     for (const char *name : {"hA", "h7", "hbackspace", "hF", "hok"}) {
         const QPushButton *pKey = keyboard.key(name);
         const QPoint at = pKey->mapTo(keyboard.pContext.get(), pKey->rect().center());
-        QTest::touchEvent(keyboard.pContext->windowHandle(), pDevice).press(0, at);
-        QTest::touchEvent(keyboard.pContext->windowHandle(), pDevice).release(0, at);
+        QTest::touchEvent(keyboard.pContext->windowHandle(), pDevice.get()).press(0, at);
+        QTest::touchEvent(keyboard.pContext->windowHandle(), pDevice.get()).release(0, at);
     }
     QCOMPARE(keyboard.target.text(), QStringLiteral("AF"));
 }
