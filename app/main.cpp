@@ -1,18 +1,23 @@
 #include "app/cursor.h"
 #include "app/mainwindow.h"
 #include "app/startup.h"
+#include "platform/fontconfiguration.h"
 #include "platform/windowserver.h"
 
 #include <QApplication>
 
+#include <optional>
+
 int main(int argc, char *argv[])
 {
     prepareEnvironment();
+    std::optional<FontConfiguration> fontConfiguration(std::in_place);
     QApplication application(argc, argv);
     setUpLook(application);
     // Before the first text is measured, so that nothing is laid out twice; a warning waits until
     // the start-up page is there.
     const bool bFontsLoaded = loadFonts();
+    fontConfiguration.reset();
 
     WindowServer windowServer;
     MainWindow window;

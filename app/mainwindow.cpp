@@ -6,6 +6,7 @@
 #include "platform/command.h"
 #include "platform/devicepath.h"
 #include "platform/firmwaretext.h"
+#include "platform/macaddress.h"
 #include "platform/screengrab.h"
 #include "platform/touchtype.h"
 #include "platform/windowserver.h"
@@ -23,7 +24,6 @@
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QKeyEvent>
-#include <QNetworkInterface>
 #include <QScreen>
 #include <QSettings>
 #include <QTimer>
@@ -54,6 +54,7 @@ constexpr int MaxKeyboards = 2;
 
 constexpr auto BlankLabel = QLatin1String("    ");
 constexpr auto UnknownAddress = QLatin1String("0.0.0.0");
+constexpr auto UnknownMac = QLatin1String("00:00:00:00:00:00");
 constexpr auto DhcpModeText = QLatin1String("dhcp");
 constexpr auto StaticModeText = QLatin1String("static");
 constexpr int PageMargin = 9; // pixels, as in the form
@@ -123,7 +124,6 @@ MainWindow::MainWindow(QWidget *pParent)
     connectAll();
     updateDeviceInfo();
     detectTouchType();
-    pCalibrationPage = std::make_unique<CalibrationPage>();
     pProgressTimer->start();
     pVisibilityTimer->start();
     hide();
@@ -313,13 +313,20 @@ void MainWindow::handleCalibrationRequest()
 {
     QFile request(devicePath(CalibrationRequestFile));
     if (!request.open(QIODevice::ReadOnly)) {
-        pCalibrationPage->hide();
+        if (pCalibrationPage) {
+            pCalibrationPage->hide();
+        }
         return;
     }
     request.close();
     if (bNoCalibration) {
         request.remove();
-    } else if (!pCalibrationPage->isRunning()) {
+        return;
+    }
+    if (!pCalibrationPage) {
+        pCalibrationPage = std::make_unique<CalibrationPage>(); // rarely needed, and not small
+    }
+    if (!pCalibrationPage->isRunning()) {
         if (WindowServer *pServer = WindowServer::instance()) {
             pServer->resumePointer();
         }
@@ -506,17 +513,8 @@ QString MainWindow::interfaceMode(int nInterface)
 
 QString MainWindow::interfaceMac(int nInterface)
 {
-    const QString noMac = QStringLiteral("00:00:00:00:00:00");
-    const QString name = QStringLiteral("eth%1").arg(nInterface);
-    macText = noMac;
-    const auto interfaces = QNetworkInterface::allInterfaces();
-    for (const QNetworkInterface &interface : interfaces) {
-        const QString mac = interface.hardwareAddress();
-        if (interface.name() == name && !mac.isEmpty() && mac != noMac
-            && !interface.addressEntries().isEmpty()) {
-            macText = mac;
-        }
-    }
+    const QString mac = interfaceMacAddress(QStringLiteral("eth%1").arg(nInterface));
+    macText = mac.isEmpty() ? UnknownMac : mac;
     return macText;
 }
 
