@@ -27,11 +27,15 @@ void PanelStyle::drawControl(ControlElement element, const QStyleOption *pOption
                              QPainter *pPainter, const QWidget *pWidget) const
 {
     const auto *pBar = qstyleoption_cast<const QStyleOptionProgressBar *>(pOption);
-    if (element == CE_ProgressBarContents && pBar && pBar->minimum == 0 && pBar->maximum == 0) {
-        const QRect bar = pBar->rect.adjusted(2, 2, -2, -2);
-        pPainter->fillRect(busyChunk(bar, pBar->progress),
+    const bool bBusy = pBar && pBar->minimum == 0 && pBar->maximum == 0;
+    if (bBusy && element == CE_ProgressBarGroove) {
+        // Plain rectangles: Fusion's blended lines keep several threads at work for each frame.
+        pPainter->fillRect(pBar->rect, pBar->palette.color(QPalette::Dark));
+        pPainter->fillRect(pBar->rect.adjusted(1, 1, -1, -1), pBar->palette.color(QPalette::Base));
+    } else if (bBusy && element == CE_ProgressBarContents) {
+        pPainter->fillRect(busyChunk(pBar->rect.adjusted(2, 2, -2, -2), pBar->progress),
                            pBar->palette.color(QPalette::Highlight));
-        return;
+    } else {
+        QProxyStyle::drawControl(element, pOption, pPainter, pWidget);
     }
-    QProxyStyle::drawControl(element, pOption, pPainter, pWidget);
 }

@@ -22,6 +22,10 @@ QString InfoText::compose(const QString &message, const QString &argument)
     const bool bGiven = !text.isEmpty() && text != Blank;
 
     QString result = message;
+    if (!message.contains(QLatin1String(" %1")) && !message.contains(QLatin1String("%1 "))
+        && !message.contains(QLatin1String("%1.")) && !message.contains(QLatin1String(".%1"))) {
+        return message;
+    }
     if (message.contains(QLatin1String(" %1 "))) {
         return bGiven ? result.replace(placeholder, text)
                       : result.replace(QLatin1String(" %1 "), QLatin1String(" "));
@@ -59,6 +63,8 @@ QString InfoText::wrap(const QString &text, int lineLength)
             next = blank + 1;
         } else if (const auto slash = line.lastIndexOf(Slash); slash >= 0) {
             length = next = slash + 1;
+        } else if (lineLength > 1 && line.back().isHighSurrogate()) {
+            length = next = lineLength - 1; // one character is not broken into two
         }
         lines += line.first(length).toString().toHtmlEscaped() + Break;
         start += next;

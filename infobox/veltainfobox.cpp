@@ -246,6 +246,9 @@ void VeltaInfoBox::prepareInformation()
     pMessageBox->setDefaultButton(QMessageBox::Ok);
     scaleToScreen();
     startCountdown(tr("OK"));
+    if (nCountdown > 0) {
+        pMessageBox->button(QMessageBox::Ok)->setText(tr("OK (%1)").arg(nRemaining));
+    }
     bPrepared = true;
 }
 
@@ -313,7 +316,7 @@ void VeltaInfoBox::buildBox()
 {
     if (bBuilt) {
         pMessageBox->show();
-        pDialog->show();
+        presentDialog();
         return;
     }
     pMessageBox->setStyleSheet(whiteBackground());
@@ -345,20 +348,25 @@ void VeltaInfoBox::buildBox()
     pDialogLayout->setSizeConstraint(QLayout::SetFixedSize);
     pDialog->setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint);
     pDialog->setAttribute(Qt::WA_AcceptTouchEvents);
-    pDialog->setWindowModality(bModal ? Qt::ApplicationModal : Qt::NonModal);
 
     fitToScreen();
     // The size is final before the window appears, so it appears where it stays.
     pDialogLayout->activate();
     pDialog->adjustSize();
     pDialog->move((nScreenW - pDialog->width()) / 2, (nScreenH - pDialog->height()) / 2);
+    presentDialog();
+    bBuilt = true;
+}
+
+void VeltaInfoBox::presentDialog()
+{
+    pDialog->setWindowModality(bModal ? Qt::ApplicationModal : Qt::NonModal);
     pDialog->show();
     pDialog->raise();
     pDialog->activateWindow();
     if (QPushButton *pDefault = pMessageBox->defaultButton()) {
         pDefault->setFocus();
     }
-    bBuilt = true;
 }
 
 QSize VeltaInfoBox::setLayout(int fontSize, int lineLength)

@@ -19,8 +19,8 @@ class VeltaUtils;
 /// A frameless window in the middle of the screen, with a coloured title bar above icon, text and
 /// buttons. Any button, Return, Space and Escape close it; with a count-down it closes by itself.
 /// Made on the stack with \a showNow set; a modal box returns from the constructor once it has
-/// closed, another one stays open as long as its object lives. Errors and boxes with a count-down
-/// are always modal. The object itself is never visible. GUI thread only.
+/// closed, another one stays open as long as its object lives. Of the catalogue's messages, errors
+/// and those with a count-down are always modal. The object itself is never visible. GUI thread only.
 ///
 /// \a countdown is in seconds, at most 120; 0 is none. \a owner, which may be null or hidden, does
 /// not position the box.
@@ -62,6 +62,7 @@ private:
     void scaleToScreen();
     void startCountdown(const QString &buttonText);
     void buildBox();
+    void presentDialog();
     void fitToScreen();
     QSize setLayout(int fontSize, int lineLength);
     void stopCountdown();

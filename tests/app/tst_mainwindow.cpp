@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 #include "calibration/calibrationpage.h"
+#include "infobox/veltainfobox.h"
 #include "platform/windowserver.h"
 #include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
@@ -11,6 +12,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QWizard>
 
 #include <sys/stat.h>
 
@@ -372,14 +374,13 @@ private Q_SLOTS:
         const QString message = QStringLiteral("/flash/local/cal_message");
         root().write(message, "");
         bool bVisible = false;
-        BoxWatcher watcher;
-        // A tick while the box is open and the PLC runs leaves the window on the screen.
-        QTimer tick;
-        connect(&tick, &QTimer::timeout, this, [&] {
-            pWindow->controlVisibility();
-            bVisible = bVisible || pWindow->isVisible();
+        BoxWatcher watcher(800); // longer than a tick
+        // The window's own tick goes on while the box is open and leaves the window on the screen.
+        QTimer look;
+        connect(&look, &QTimer::timeout, this, [&] {
+            bVisible = bVisible || (QApplication::activeModalWidget() && pWindow->isFullScreen());
         });
-        tick.start(1);
+        look.start(1);
         startLinked(1);
         QVERIFY(bVisible);
         QVERIFY(!pWindow->isVisible()); // the box is closed, the PLC runs
@@ -424,6 +425,146 @@ private Q_SLOTS:
         if (state != 1) {
             QCOMPARE(page(), QStringLiteral("previewPage"));
         }
+    }
+
+    // A wish for the wizard that meets a PLC that has started is dropped: an invisible wizard would
+    // hang the panel.
+    void configRequestAndPlcStarts_data()
+    {
+        QTest::addColumn<bool>("beforeFirstStatus");
+        QTest::newRow("stopped, pressed, running") << false;
+        QTest::newRow("pressed before the first status, running") << true;
+    }
+    void configRequestAndPlcStarts()
+    {
+        QFETCH(bool, beforeFirstStatus);
+        root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
+        start();
+        pWindow->controlVisibility();
+        if (!beforeFirstStatus) {
+            pWindow->controlVisibility();
+        }
+        pWindow->configButtonPressed();
+        root().setFirmware(QStringLiteral("state"), QStringLiteral("1"));
+        pWindow->controlVisibility();
+        QVERIFY(!pWindow->isVisible());
+        root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
+        pWindow->controlVisibility();
+        QVERIFY(!pWindow->findChild<QDialog *>());
+    }
+
+    // What lies under the finger is the wizard, not the page behind it.
+    void wizardUnderTheFinger_data()
+    {
+        QTest::addColumn<QSize>("screen");
+        QTest::newRow("320x240") << QSize(320, 240);
+        QTest::newRow("800x480") << QSize(800, 480);
+    }
+    void wizardUnderTheFinger()
+    {
+        QFETCH(QSize, screen);
+        setScreen(screen);
+        startLinked(2);
+        QStringList under;
+        QTimer closer;
+        connect(&closer, &QTimer::timeout, this, [&] {
+            if (auto *pWizard = pWindow->findChild<QWizard *>()) {
+                for (const auto which : {QWizard::CancelButton, QWizard::NextButton}) {
+                    QWidget *pButton = pWizard->button(which);
+                    const QPoint centre = pButton->mapTo(pWindow.get(), pButton->rect().center());
+                    under += pWindow->childAt(centre)->objectName();
+                }
+                pWizard->reject();
+            }
+        });
+        closer.start(5);
+        pWindow->configButtonPressed();
+        pWindow->controlVisibility();
+        setScreen({800, 480});
+        QCOMPARE(under, QStringList({"qt_wizard_cancel", "__qt__passive_wizardbutton1"}));
+    }
+
+    // SAVE: restart page, ticks at rest, exactly one reboot.
+    void saveAndRestart()
+    {
+        root().writeCommand(QStringLiteral("/bin/syscfg"), "exit 0");
+        root().writeCommand(QStringLiteral("/sbin/reboot"), "echo reboot >>\"$PANEL_ROOT/log\"");
+        startLinked(2);
+        QTimer operatorHand;
+        connect(&operatorHand, &QTimer::timeout, this, [&] {
+            auto *pWizard = pWindow->findChild<QWizard *>();
+            if (!pWizard) {
+                return;
+            }
+            if (pWizard->currentId() == pWizard->startId()) {
+                find<QPushButton>("NetOpModeSelectButton")->click();
+            }
+            const bool bLast = pWizard->button(QWizard::FinishButton)->isVisible();
+            pWizard->button(bLast ? QWizard::FinishButton : QWizard::NextButton)->click();
+        });
+        operatorHand.start(5);
+        pWindow->configButtonPressed();
+        pWindow->controlVisibility();
+        operatorHand.stop();
+        QCOMPARE(page(), QStringLiteral("rebootPage"));
+        QCOMPARE(find<QLCDNumber>("lcdRestart")->intValue(), 10);
+        QTest::mouseClick(find<QPushButton>("buttonRestart"), Qt::LeftButton);
+        QCOMPARE(root().read(QStringLiteral("/log")), QByteArray("reboot\n"));
+        QCOMPARE(page(), QStringLiteral("rebootPage"));
+    }
+
+    // The window comes up under a box that is open, and leaves it the keys.
+    void boxStaysOnTop_data()
+    {
+        QTest::addColumn<bool>("linkLost");
+        QTest::newRow("PLC stops") << false;
+        QTest::newRow("link lost") << true;
+    }
+    void boxStaysOnTop()
+    {
+        QFETCH(bool, linkLost);
+        startLinked(1);
+        VeltaInfoBox box(QStringLiteral("text"), 0, nullptr, true, false);
+        QTRY_VERIFY(QApplication::activeWindow());
+        QWidget *pBox = QApplication::activeWindow();
+        if (linkLost) {
+            root().breakFirmware();
+        } else {
+            root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
+        }
+        pWindow->controlVisibility();
+        QVERIFY(pWindow->isVisible());
+        QTRY_COMPARE(QApplication::activeWindow(), pBox);
+    }
+
+    void textsFitSmallScreens_data()
+    {
+        QTest::addColumn<QSize>("screen");
+        for (const QSize &size :
+             {QSize(240, 320), QSize(272, 480), QSize(320, 240), QSize(480, 272)}) {
+            QTest::addRow("%dx%d", size.width(), size.height()) << size;
+        }
+    }
+    void textsFitSmallScreens()
+    {
+        QFETCH(QSize, screen);
+        setScreen(screen);
+        root().write(QStringLiteral("/etc/fwinfo.ini"),
+                     "[firmware]\nversion=03.10.08(22)\n[codesys]\nversion=3.5.19.30 SP19\n");
+        root().setFirmware(QStringLiteral("eth0.mode"), QStringLiteral("dhcp"));
+        root().setFirmware(QStringLiteral("eth0.ip"), QStringLiteral("192.168.200.200"));
+        startLinked(2);
+        const QList<QLabel *> labels = pWindow->findChildren<QLabel *>();
+        for (const QLabel *pLabel : labels) {
+            if (pLabel->isVisible()) {
+                QVERIFY2(pLabel->sizeHint().width() <= pLabel->width() + 1,
+                         qPrintable(pLabel->objectName()));
+                QVERIFY2(pWindow->rect().contains(
+                             QRect(pLabel->mapTo(pWindow.get(), QPoint()), pLabel->size())),
+                         qPrintable(pLabel->objectName()));
+            }
+        }
+        setScreen({800, 480});
     }
 
     void keyboards()

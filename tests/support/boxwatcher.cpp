@@ -5,10 +5,10 @@
 #include <QMessageBox>
 #include <QTextDocumentFragment>
 
-BoxWatcher::BoxWatcher()
+BoxWatcher::BoxWatcher(int nReadingMs)
 {
     connect(&timer, &QTimer::timeout, this, &BoxWatcher::look);
-    timer.start(5);
+    timer.start(nReadingMs);
 }
 
 void BoxWatcher::look()

@@ -13,7 +13,8 @@ class BoxWatcher : public QObject
     Q_OBJECT
 
 public:
-    BoxWatcher();
+    /// \a nReadingMs: how long the operator looks at a box before pressing.
+    explicit BoxWatcher(int nReadingMs = 5);
 
     /// Texts of the boxes seen, in order, on one line and without markup.
     const QStringList &texts() const { return seen; }
