@@ -19,7 +19,7 @@ constexpr int PageMargins = 2 * (11 + 5) + 2 * 6;
 constexpr int EditMargins = 8; // between a field's border and its text, both sides
 constexpr int SmallestPoints = 6;
 
-bool rowsFit(std::initializer_list<FieldRow> rows, int nWidth)
+bool rowsFit(const QList<FieldRow> &rows, int nWidth)
 {
     int nLabel = 0;
     int nRest = 0;
@@ -56,7 +56,7 @@ int wizardWidth(const SettingsRecord &record)
     return nScreenWidth < WideScreen ? nScreenWidth : WizardWidthOnWideScreen;
 }
 
-void fitRows(const SettingsRecord &record, std::initializer_list<FieldRow> rows)
+void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows)
 {
     const int nWidth = wizardWidth(record) - PageMargins;
     bool bSmaller = true;
@@ -73,7 +73,7 @@ void fitRows(const SettingsRecord &record, std::initializer_list<FieldRow> rows)
     }
 }
 
-void setCommonWidth(std::initializer_list<QLabel *> labels)
+void setCommonWidth(const QList<QLabel *> &labels)
 {
     int nWidth = 0;
     for (const QLabel *pLabel : labels) {
@@ -92,7 +92,7 @@ void shrinkSpacers(int nResolutionIndex, QSpacerItem *pAbove, QSpacerItem *pBelo
     }
 }
 
-void keepAsSpace(std::initializer_list<QWidget *> placeholders)
+void keepAsSpace(const QList<QWidget *> &placeholders)
 {
     for (QWidget *pWidget : placeholders) {
         QSizePolicy policy = pWidget->sizePolicy();

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 
-#include <initializer_list>
-
+class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -24,15 +24,23 @@ struct FieldRow
     QString longestText; ///< The longest text that the field has to show.
 };
 
+/// What surrounds the rows of a page.
+struct PageFrame
+{
+    QGroupBox *pGroupBox;
+    QSpacerItem *pAbove;
+    QSpacerItem *pBelow;
+};
+
 /// Width in pixels of the wizard on the screen of \a record.
 int wizardWidth(const SettingsRecord &record);
 
 /// Makes the captions and fields of \a rows smaller, all alike, until every row can show its texts
 /// whole in the wizard's width. No effect on wide screens.
-void fitRows(const SettingsRecord &record, std::initializer_list<FieldRow> rows);
+void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows);
 
 /// Gives all \a labels one fixed width, that of the widest of their texts in its font.
-void setCommonWidth(std::initializer_list<QLabel *> labels);
+void setCommonWidth(const QList<QLabel *> &labels);
 
 /// Pulls the rows of a page together on the small screen classes. \a nResolutionIndex: 0 to 24.
 /// \a pAbove and \a pBelow: the spacers above and below the rows.
@@ -40,4 +48,4 @@ void shrinkSpacers(int nResolutionIndex, QSpacerItem *pAbove, QSpacerItem *pBelo
 
 /// Hides the placeholder rows of a page but keeps their room, so that the rows of all pages stand
 /// at the same height. Empty fields and buttons without effect would only puzzle the operator.
-void keepAsSpace(std::initializer_list<QWidget *> placeholders);
+void keepAsSpace(const QList<QWidget *> &placeholders);

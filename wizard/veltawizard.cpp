@@ -3,8 +3,11 @@
 #include "app/veltakbdinput.h"
 #include "infobox/veltainfobox.h"
 #include "settings/errorcatalogue.h"
+#include "wizard/dnssettingspage.h"
+#include "wizard/ipaddressespage.h"
 #include "wizard/netopmodesettingspage.h"
 #include "wizard/pagelayout.h"
+#include "wizard/protectionpage.h"
 #include "wizard/summarypage.h"
 
 #include <QAbstractButton>
@@ -30,15 +33,11 @@ QWizardPage *createPage(VeltaSettings *pSettings, VeltaWizard *pWizard)
     return new (std::nothrow) Page(pSettings, pWizard);
 }
 
-// By WizardPageIndex. A page that the program does not have is left out of the order.
+// By WizardPageIndex.
 constexpr std::array<PageCreator, WizardPageCount> PageCreators = {
-    nullptr, createPage<NetOpModeSettingsPage>, nullptr, nullptr, createPage<SummaryPage>,
+    createPage<ProtectionPage>,  createPage<NetOpModeSettingsPage>, createPage<IPAddressesPage>,
+    createPage<DNSSettingsPage>, createPage<SummaryPage>,
 };
-
-bool pageExists(int nId)
-{
-    return PageCreators[std::size_t(nId)] != nullptr;
-}
 
 } // namespace
 
@@ -135,7 +134,7 @@ void VeltaWizard::setupButtons()
 void VeltaWizard::createPages()
 {
     for (int nId = 0; nId < WizardPageCount; ++nId) {
-        if (pSettings->bPageEnabled[nId] && pageExists(nId)) {
+        if (pSettings->bPageEnabled[nId]) {
             pPages[nId] = PageCreators[nId](pSettings.get(), this);
         }
     }
@@ -144,7 +143,7 @@ void VeltaWizard::createPages()
 bool VeltaWizard::allPagesCreated() const
 {
     for (int nId = 0; nId < WizardPageCount; ++nId) {
-        if (pSettings->bPageEnabled[nId] && pageExists(nId) && !pPages[nId]) {
+        if (pSettings->bPageEnabled[nId] && !pPages[nId]) {
             return false;
         }
     }
@@ -221,8 +220,7 @@ void VeltaWizard::applyGeometry()
 
 bool VeltaWizard::Run()
 {
-    // A protected panel is not to be configured without its password.
-    if (bSetupFailed || (pSettings->bPageEnabled[ProtectionPageId] && !pPages[ProtectionPageId])) {
+    if (bSetupFailed) {
         return false;
     }
     raise(); // the page behind it was shown after the wizard was made
@@ -243,7 +241,7 @@ int VeltaWizard::nextId() const
         return -1;
     }
     for (int nId = nCurrent + 1; nId < SummaryPageId; ++nId) {
-        if (pSettings->bPageEnabled[nId] && pageExists(nId)) {
+        if (pSettings->bPageEnabled[nId]) {
             return nId;
         }
     }

@@ -1,0 +1,142 @@
+#include "wizard/addresspage.h"
+
+#include "infobox/veltainfobox.h"
+#include "input/veltainputpanelcontext.h"
+#include "settings/errorcatalogue.h"
+#include "settings/veltasettings.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <algorithm>
+
+namespace {
+
+// What an emptied field still holds are the dots of its mask.
+bool holdsNoDigit(const QString &text)
+{
+    return std::none_of(text.cbegin(), text.cend(), [](QChar c) { return c.isDigit(); });
+}
+
+} // namespace
+
+AddressPage::AddressPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
+    : pSettings(pTheSettings), pWizard(pTheWizard)
+{ }
+
+AddressPage::~AddressPage() = default;
+
+void AddressPage::prepareForm(const QList<QWidget *> &placeholders, const PageFrame &frame,
+                              QWidget *pTheBoxOwner)
+{
+    pContexts.resize(std::size_t(fields.size()));
+    pBoxOwner = pTheBoxOwner;
+
+    VeltaUtils &utils = *pSettings->working.pUtils;
+    const int nIndex = pSettings->working.nResolutionIndex;
+    QList<QWidget *> scaled;
+    QList<QLabel *> labels;
+    QList<FieldRow> rows;
+    for (const AddressField &field : std::as_const(fields)) {
+        scaled << field.pLabel << field.pEdit << field.pButton;
+        labels << field.pLabel;
+        rows << FieldRow{field.pLabel, field.pEdit, field.pButton,
+                         QStringLiteral("255.255.255.255")};
+        field.pButton->setAttribute(Qt::WA_AcceptTouchEvents);
+        connect(field.pButton, &QPushButton::clicked, this, &AddressPage::Button_clicked);
+        connect(field.pEdit, &QLineEdit::selectionChanged, this, &AddressPage::DeselectText);
+    }
+    scaled << placeholders << frame.pGroupBox;
+    for (QWidget *pWidget : std::as_const(scaled)) {
+        utils.scaleFont(pWidget, nIndex);
+    }
+    for (const AddressField &field : std::as_const(fields)) {
+        utils.scaleWidth(field.pButton, false);
+    }
+    setAttribute(Qt::WA_AcceptTouchEvents);
+    keepAsSpace(placeholders);
+    fitRows(pSettings->working, rows);
+    setCommonWidth(labels);
+    shrinkSpacers(nIndex, frame.pAbove, frame.pBelow);
+    frame.pGroupBox->setTitle(utils.shortGroupBoxTitle(frame.pGroupBox));
+}
+
+IpEntry &AddressPage::entryOf(const AddressField &field) const
+{
+    return pSettings->working.ipEntries[field.entry];
+}
+
+// -1: not the button of a field.
+int AddressPage::fieldOf(const QObject *pButton) const
+{
+    const auto it =
+        std::find_if(fields.cbegin(), fields.cend(),
+                     [pButton](const AddressField &field) { return field.pButton == pButton; });
+    return it != fields.cend() ? int(it - fields.cbegin()) : -1;
+}
+
+void AddressPage::Button_clicked()
+{
+    pLastSender = sender();
+    const int nField = fieldOf(pLastSender);
+    if (nField < 0) {
+        return;
+    }
+    const AddressField &field = fields[nField];
+    sOldText = field.pEdit->text();
+    auto &pContext = pContexts[std::size_t(nField)];
+    if (!pContext) {
+        const SettingsRecord &record = pSettings->working;
+        pContext = std::make_unique<VeltaInputPanelContext>(
+            field.pEdit, field.pLabel, false, record.nScreenWidth[record.nResolutionIndex],
+            record.nScreenHeight[record.nResolutionIndex]);
+        connect(pContext.get(), &VeltaInputPanelContext::input_okay, this, &AddressPage::OnInputOk);
+    }
+    pContext->showPanel(field.pTitle);
+}
+
+void AddressPage::OnInputOk()
+{
+    const int nField = fieldOf(pLastSender);
+    if (nField < 0) {
+        return;
+    }
+    const AddressField &field = fields[nField];
+    QString text = field.pEdit->text();
+    if (text == sOldText) {
+        return;
+    }
+    if (holdsNoDigit(text)) {
+        text.clear();
+    }
+    IP4Validator validator;
+    validator.setZeroFirstOctetAllowed(field.bZeroAllowed);
+    int nMode = field.check;
+    switch (validator.validate(text, nMode)) {
+    case QValidator::Invalid:
+        refuse(field);
+        return;
+    case QValidator::Intermediate:
+        validator.fixup(text);
+        field.pEdit->setText(text);
+        break;
+    case QValidator::Acceptable:
+        break;
+    }
+    entryOf(field).value = text;
+}
+
+// Waits for the operator.
+void AddressPage::refuse(const AddressField &field)
+{
+    field.pEdit->setText(sOldText);
+    VeltaInfoBox box(ERR_IP_DATA_INVALID, field.sMessageName, 0, pBoxOwner, true, true);
+}
+
+void AddressPage::DeselectText()
+{
+    for (const AddressField &field : std::as_const(fields)) {
+        field.pEdit->deselect();
+    }
+}
