@@ -55,6 +55,23 @@ QString whiteBackground()
     return QStringLiteral("* { background-color: white; }");
 }
 
+/// The window that has the keys, or is to get them once what has just closed is out of the way.
+QWidget *windowBelow(const QWidget *pOwner)
+{
+    QWidget *pActive = QApplication::activeWindow();
+    if (pActive && pActive->isVisible()) {
+        return pActive;
+    }
+    if (pOwner) {
+        return pOwner->window();
+    }
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto it = std::find_if(windows.cbegin(), windows.cend(), [](const QWidget *pWindow) {
+        return pWindow->isVisible() && pWindow->windowType() == Qt::Window;
+    });
+    return it != windows.cend() ? *it : nullptr;
+}
+
 } // namespace
 
 /// The message box as a part of another window. On its own it would take a size by rules for a
@@ -85,10 +102,8 @@ public:
 protected:
     bool event(QEvent *event) override
     {
-        if (event->type() == QEvent::LayoutRequest) {
-            return QDialog::event(event); // NOLINT(bugprone-parent-virtual-call)
-        }
-        return QMessageBox::event(event);
+        return event->type() == QEvent::LayoutRequest ? QDialog::event(event)
+                                                      : QMessageBox::event(event);
     }
 
     void showEvent(QShowEvent *event) override
@@ -157,10 +172,7 @@ void VeltaInfoBox::showBox(bool modal)
         prepareMessage();
     }
     if (!pDialog->isVisible()) {
-        pActiveBefore = QApplication::activeWindow();
-        if (!pActiveBefore && pOwner) {
-            pActiveBefore = pOwner->window();
-        }
+        pActiveBefore = windowBelow(pOwner);
     }
     buildBox();
     connect(pMessageBox, &QMessageBox::buttonClicked, this, &VeltaInfoBox::ButtonPressed,
