@@ -1,91 +1,14 @@
-#include "app/veltakbdinput.h"
-#include "tests/support/boxwatcher.h"
-#include "tests/support/devicetest.h"
-#include "tests/support/screen.h"
 #include "tests/support/testmain.h"
-#include "wizard/veltawizard.h"
+#include "tests/wizard/wizardtest.h"
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QPushButton>
-
-namespace {
-
-const QByteArray StaticFile = "[network]\neth0.mode=static\neth0.ip=192.168.0.10\n"
-                              "eth0.netmask=255.255.255.0\ndefault_gateway=192.168.0.1\n"
-                              "dnsserver1=192.168.0.2\ndnsserver2=0.0.0.0\n";
-
-} // namespace
-
-class VeltaWizardTest : public DeviceTest
+class VeltaWizardTest : public WizardTest
 {
     Q_OBJECT
-
-private:
-    std::unique_ptr<QWidget> pParent;
-    std::unique_ptr<VeltaWizard> pWizard;
-
-    VeltaWizard &create()
-    {
-        pParent = std::make_unique<QWidget>();
-        pParent->setWindowFlags(Qt::FramelessWindowHint);
-        pParent->showFullScreen();
-        [this] { QVERIFY(QTest::qWaitForWindowActive(pParent.get())); }();
-        pWizard = std::make_unique<VeltaWizard>(pParent.get());
-        return *pWizard;
-    }
-
-    // Runs the wizard; the steps are taken one after the other inside its event loop.
-    bool run(const std::function<void()> &steps)
-    {
-        QTimer::singleShot(0, pWizard.get(), [this, steps] {
-            steps();
-            if (pWizard->isVisible()) {
-                pWizard->reject();
-            }
-        });
-        return pWizard->Run();
-    }
-
-    void press(QWizard::WizardButton which)
-    {
-        QAbstractButton *pButton = pWizard->button(which);
-        QVERIFY2(pButton->isVisible() && pButton->isEnabled(), qPrintable(pButton->text()));
-        QTest::mouseClick(pButton, Qt::LeftButton);
-    }
-
-    void toSummary()
-    {
-        while (pWizard->currentId() != SummaryPageId) {
-            press(QWizard::NextButton);
-        }
-    }
-
-    void toggleMode()
-    {
-        auto *pButton = pWizard->findChild<QPushButton *>(QStringLiteral("NetOpModeSelectButton"));
-        QTest::mouseClick(pButton, Qt::LeftButton);
-    }
-
-    QStringList changes() const
-    {
-        const auto *pList = pWizard->findChild<QListWidget *>();
-        QStringList lines;
-        for (int i = 0; i < pList->count() && pList->isVisible(); ++i) {
-            lines += pList->item(i)->text();
-        }
-        return lines;
-    }
 
 private Q_SLOTS:
     void cleanup()
     {
-        pWizard.reset();
-        pParent.reset();
-        setScreen({800, 480});
+        closeWizard();
         DeviceTest::cleanup();
     }
 
@@ -121,7 +44,7 @@ private Q_SLOTS:
 
     void pagesInOrder()
     {
-        root().write(QStringLiteral("/etc/settings.ini"), StaticFile);
+        writeSettings(staticFile);
         create();
         run([&] {
             QCOMPARE(pWizard->currentId(), int(NetModePageId));
@@ -133,7 +56,7 @@ private Q_SLOTS:
                 QVERIFY(!pWizard->button(QWizard::FinishButton)->isVisible());
                 press(QWizard::NextButton);
             }
-            QVERIFY(std::is_sorted(ids.cbegin(), ids.cend()));
+            QCOMPARE(ids, QList<int>({NetModePageId, IpPageId, DnsPageId}));
             QVERIFY(!pWizard->button(QWizard::NextButton)->isVisible());
             press(QWizard::BackButton);
             QCOMPARE(pWizard->currentId(), ids.last());
@@ -146,13 +69,13 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("file");
         QTest::addColumn<int>("toggles");
         QTest::addColumn<QStringList>("lines");
-        QTest::newRow("nothing") << StaticFile << 0 << QStringList();
-        QTest::newRow("to DHCP") << StaticFile << 1
+        QTest::newRow("nothing") << staticFile << 0 << QStringList();
+        QTest::newRow("to DHCP") << staticFile << 1
                                  << QStringList({"Network OP-Mode: Static -> DHCP"});
-        QTest::newRow("to static") << QByteArray(StaticFile).replace("static", "dhcp") << 1
+        QTest::newRow("to static") << QByteArray(staticFile).replace("static", "dhcp") << 1
                                    << QStringList({"Network OP-Mode: DHCP -> Static"});
-        QTest::newRow("there and back") << StaticFile << 2 << QStringList();
-        QTest::newRow("defaulted") << QByteArray(StaticFile).replace("255.255.255.0", "255.0.255.0")
+        QTest::newRow("there and back") << staticFile << 2 << QStringList();
+        QTest::newRow("defaulted") << QByteArray(staticFile).replace("255.255.255.0", "255.0.255.0")
                                    << 0 << QStringList({"set Netmask to: 255.255.255.0"});
     }
     void summary()
@@ -160,7 +83,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, file);
         QFETCH(int, toggles);
         QFETCH(QStringList, lines);
-        root().write(QStringLiteral("/etc/settings.ini"), file);
+        writeSettings(file);
         create();
         run([&] {
             for (int i = 0; i < toggles; ++i) {
@@ -204,7 +127,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, syscfg);
         QFETCH(bool, accepted);
         QFETCH(int, boxes);
-        root().write(QStringLiteral("/etc/settings.ini"), StaticFile);
+        writeSettings(staticFile);
         if (!syscfg.isEmpty()) {
             root().writeCommand(QStringLiteral("/bin/syscfg"),
                                 "echo run >>\"$PANEL_ROOT/log\"\n" + syscfg);

@@ -1,0 +1,130 @@
+#pragma once
+
+#include "input/qveltalineedit.h"
+#include "input/veltainputpanel.h"
+#include "tests/support/boxwatcher.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/screen.h"
+#include "wizard/veltawizard.h"
+
+#include <QtWidgets>
+
+#include <functional>
+
+/// Base of the tests that run the wizard on a full-screen window, as an operator would.
+class WizardTest : public DeviceTest
+{
+protected:
+    const QByteArray staticFile = "[network]\neth0.mode=static\neth0.ip=192.168.0.10\n"
+                                  "eth0.netmask=255.255.255.0\ndefault_gateway=192.168.0.1\n"
+                                  "dnsserver1=192.168.0.2\ndnsserver2=0.0.0.0\n";
+    std::unique_ptr<QWidget> pParent;
+    std::unique_ptr<VeltaWizard> pWizard;
+
+    void writeSettings(const QByteArray &file)
+    {
+        root().write(QStringLiteral("/etc/settings.ini"), file);
+    }
+
+    VeltaWizard &create()
+    {
+        pParent = std::make_unique<QWidget>();
+        pParent->setWindowFlags(Qt::FramelessWindowHint);
+        pParent->showFullScreen();
+        [this] { QVERIFY(QTest::qWaitForWindowActive(pParent.get())); }();
+        pWizard = std::make_unique<VeltaWizard>(pParent.get());
+        return *pWizard;
+    }
+
+    // Runs the wizard; the steps are taken one after the other inside its event loop.
+    bool run(const std::function<void()> &steps)
+    {
+        QTimer::singleShot(0, pWizard.get(), [this, steps] {
+            steps();
+            if (pWizard->isVisible()) {
+                pWizard->reject();
+            }
+        });
+        return pWizard->Run();
+    }
+
+    template <typename Widget = QPushButton>
+    Widget *find(const QString &name) const
+    {
+        return pWizard->findChild<Widget *>(name);
+    }
+
+    void press(QWizard::WizardButton which)
+    {
+        QAbstractButton *pButton = pWizard->button(which);
+        QVERIFY2(pButton->isVisible() && pButton->isEnabled(), qPrintable(pButton->text()));
+        QTest::mouseClick(pButton, Qt::LeftButton);
+    }
+
+    void toPage(int nId)
+    {
+        while (pWizard->currentId() != nId) {
+            press(QWizard::NextButton);
+        }
+    }
+    void toSummary() { toPage(SummaryPageId); }
+
+    void toggleMode()
+    {
+        QTest::mouseClick(find(QStringLiteral("NetOpModeSelectButton")), Qt::LeftButton);
+    }
+
+    QStringList changes() const
+    {
+        const auto *pList = pWizard->findChild<QListWidget *>();
+        QStringList lines;
+        for (int i = 0; i < pList->count() && pList->isVisible(); ++i) {
+            lines += pList->item(i)->text();
+        }
+        return lines;
+    }
+
+    /// The on-screen keyboard that is open; null when none is.
+    static VeltaInputPanel *keyboard()
+    {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        for (const QWidget *pWindow : windows) {
+            auto *pPanel = pWindow->findChild<VeltaInputPanel *>();
+            if (pPanel && pPanel->isVisible()) {
+                return pPanel;
+            }
+        }
+        return nullptr;
+    }
+    static QPushButton *key(const QString &name)
+    {
+        return keyboard()->findChild<QPushButton *>(QLatin1String("panelButton_") + name);
+    }
+    static void touch(QWidget *pWidget) { QTest::mouseClick(pWidget, Qt::LeftButton); }
+
+    /// Empties the keyboard's display and enters \a text: a digit or a dot is its key, '>' is the
+    /// right key.
+    static void enter(const QString &text)
+    {
+        const auto nLength = keyboard()->lineEdit()->displayText().size();
+        for (int i = 0; i < nLength; ++i) {
+            touch(key(QStringLiteral("right")));
+        }
+        for (int i = 0; i < nLength; ++i) {
+            touch(key(QStringLiteral("backspace")));
+        }
+        for (const QChar c : text) {
+            touch(key(c == u'>'       ? QStringLiteral("right")
+                          : c == u'.' ? QStringLiteral("dot")
+                                      : QString(c)));
+        }
+    }
+
+    /// What every test class calls in its cleanup().
+    void closeWizard()
+    {
+        pWizard.reset();
+        pParent.reset();
+        setScreen({800, 480});
+    }
+};
