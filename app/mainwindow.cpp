@@ -424,6 +424,7 @@ void MainWindow::changeEvent(QEvent *pEvent)
         pUi->retranslateUi(this);
         pUi->label_dummy->setText(BlankLabel);
         updateDeviceInfo();
+        appName.clear();
         updateAppName();
     }
 }
@@ -570,15 +571,18 @@ void MainWindow::closeRuntimeLink()
 
 void MainWindow::updateAppName()
 {
-    appName = tr("no codesys application");
+    QString name;
     if (nPlcHandle != 0 && plcStatus.state != PlcStateNoApplication) {
-        const QString name = plcStatus.firstAppName().simplified(); // one line
-        if (!name.isEmpty()) {
-            const QFontMetrics metrics(pUi->label_appname->font());
-            appName = metrics.elidedText(name, Qt::ElideRight,
-                                         primaryScreenSize().width() - AppNameMargin);
-        }
+        name = plcStatus.firstAppName().simplified(); // one line
     }
+    if (name == loadedName && !appName.isEmpty()) {
+        return; // as at nearly every tick: shaping a text costs more than all the rest of it
+    }
+    loadedName = name;
+    appName = name.isEmpty()
+        ? tr("no codesys application")
+        : QFontMetrics(pUi->label_appname->font())
+              .elidedText(name, Qt::ElideRight, primaryScreenSize().width() - AppNameMargin);
     pUi->label_appname->setText(appName);
 }
 
@@ -621,7 +625,7 @@ bool MainWindow::watchInputFolder()
     return QFileInfo::exists(folder) && pInputWatcher->addPath(folder);
 }
 
-void MainWindow::inputEventDirChanged(QString path)
+void MainWindow::inputEventDirChanged(const QString &path)
 {
     const QFileInfoList entries = QDir(path).entryInfoList(
         {QStringLiteral("keyboard*")}, QDir::Files | QDir::System, QDir::Unsorted);

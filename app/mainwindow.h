@@ -54,7 +54,7 @@ public Q_SLOTS:
     void systemRestart_Button();
     void startAppButtonPressed();
     /// Looks for keyboards that came or went. \a path: folder of the input devices.
-    void inputEventDirChanged(QString path);
+    void inputEventDirChanged(const QString &path);
 
 protected:
     void keyPressEvent(QKeyEvent *pEvent) override;
@@ -119,7 +119,8 @@ private:
     QString netmaskText;
     QString modeText;
     QString macText;
-    QString appName;
+    QString appName; // as shown
+    QString loadedName; // as the runtime reports it
     std::array<char, 20> ipBuffer{};
     std::array<char, 20> netmaskBuffer{};
     std::array<char, 84> modeBuffer{};

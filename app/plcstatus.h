@@ -41,7 +41,7 @@ struct PlcStatus
     {
         for (std::size_t i = 0; i < appCount && i * EntrySize < sizeof(entries); ++i) {
             const std::size_t nRoom = std::min(EntrySize, sizeof(entries) - i * EntrySize);
-            const QString name = firmwareText(std::span(entries + i * EntrySize, nRoom));
+            QString name = firmwareText(std::span(entries + i * EntrySize, nRoom));
             if (!name.isEmpty()) {
                 return name;
             }
