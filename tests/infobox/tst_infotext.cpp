@@ -38,7 +38,7 @@ void TestInfoText::composes_data()
         {"%1 data", "eth0 data", "x data", " data"},
         {"%1. Severe", "eth0. Severe", "x. Severe", ". Severe"},
         {"Wrong.%1", "Wrong. eth0", "Wrong.", "Wrong."},
-        {"(%1)", "(%1)", "(%1)", "()"},
+        {"(%1)", "(%1)", "(%1)", "(%1)"},
         {"Nothing", "Nothing", "Nothing", "Nothing"},
         {"%1 ", "eth0 ", "x ", " "},
     };
