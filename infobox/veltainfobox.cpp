@@ -86,6 +86,13 @@ public:
         setAttribute(Qt::WA_Moved); // the layout positions it
     }
 
+    /// Shows \a wrapped, whose lines are broken already. The "nobr" around it would turn blanks
+    /// into no-break spaces, which are twice as wide in the panel's font.
+    void setWrappedText(QString wrapped)
+    {
+        setText(wrapped.remove(QLatin1String("<nobr>")).remove(QLatin1String("</nobr>")));
+    }
+
     /// The least size that shows everything.
     QSize contentSize()
     {
@@ -279,7 +286,7 @@ void VeltaInfoBox::setMessage(const QString &text, int lineLength)
     sMessage = text.left(nScreenH / MinLinePixels * lineLength);
     nLineLength = lineLength;
     pMessageBox->setTextFormat(Qt::RichText);
-    pMessageBox->setText(InfoText::wrap(sMessage, nLineLength));
+    pMessageBox->setWrappedText(InfoText::wrap(sMessage, nLineLength));
 }
 
 void VeltaInfoBox::scaleToScreen()
@@ -400,7 +407,7 @@ QSize VeltaInfoBox::setLayout(int fontSize, int lineLength)
         pButton->setMinimumWidth(0);
         pButton->setMinimumWidth(pButton->sizeHint().width());
     }
-    pMessageBox->setText(InfoText::wrap(sMessage, lineLength));
+    pMessageBox->setWrappedText(InfoText::wrap(sMessage, lineLength));
 
     QFont titleFont = pMessageBox->font();
     titleFont.setBold(true);

@@ -20,7 +20,8 @@ class VeltaUtils;
 /// buttons. Any button, Return, Space and Escape close it; with a count-down it closes by itself.
 /// Made on the stack with \a showNow set; a modal box returns from the constructor once it has
 /// closed, another one stays open as long as its object lives. Of the catalogue's messages, errors
-/// and those with a count-down are always modal. The object itself is never visible. GUI thread only.
+/// and those with a count-down are always modal. The object itself is never visible. GUI thread
+/// only.
 ///
 /// \a countdown is in seconds, at most 120; 0 is none. \a owner, which may be null or hidden, does
 /// not position the box.

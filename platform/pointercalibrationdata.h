@@ -21,5 +21,6 @@ struct PointerCalibrationData
 
     std::array<RawPoint, PointCount> devPoints{};
     std::array<QPoint, PointCount> screenPoints{};
-    friend bool operator==(const PointerCalibrationData &, const PointerCalibrationData &) = default;
+    friend bool operator==(const PointerCalibrationData &,
+                           const PointerCalibrationData &) = default;
 };

@@ -5,6 +5,7 @@
 #include "settings/errorcatalogue.h"
 #include "settings/veltasettings.h"
 
+#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>

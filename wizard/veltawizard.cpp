@@ -209,8 +209,9 @@ void VeltaWizard::applyGeometry()
     setFixedWidth(wizardWidth(record));
     if (record.bFixedWidth) {
         const QRect area = screen()->availableGeometry();
-        move(int((area.left() + area.right()) / 2 - width() * 0.5),
-             int((area.top() + area.bottom()) / 2 - height() * 0.5 + 1));
+        const int nMiddleX = (area.left() + area.right()) / 2;
+        const int nMiddleY = (area.top() + area.bottom()) / 2;
+        move(int(nMiddleX - width() * 0.5), int(nMiddleY - height() * 0.5 + 1));
         return;
     }
     if (nScreenWidth > width() || nScreenHeight > height()) {

@@ -272,7 +272,7 @@ void TestVeltaInfoBox::wrapsByScreenClass()
     setScreen(screen);
     QString text;
     const auto look = [&] {
-        text = openBody()->text();
+        text = QStringLiteral("<nobr>") + openBody()->text() + QStringLiteral("</nobr>");
         openBody()->button(QMessageBox::Ok)->click();
     };
     VeltaInfoBox error(ERR_CAL_TIMEOUT, 0, nullptr, false, true);
