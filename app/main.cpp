@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "app/startup.h"
 #include "platform/fontconfiguration.h"
+#include "platform/terminationsignals.h"
 #include "platform/windowserver.h"
 
 #include <QApplication>
@@ -19,6 +20,8 @@ int main(int argc, char *argv[])
     const bool bFontsLoaded = loadFonts();
     fontConfiguration.reset();
 
+    // A calibration that nobody has accepted is taken back by a destructor.
+    const TerminationSignals terminationSignals;
     WindowServer windowServer;
     MainWindow window;
 

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QObject>
+
+#include <array>
+#include <csignal>
+
+class QSocketNotifier;
+
+/// Ends the program through its event loop, so that destructors run, when it is told to end by
+/// SIGTERM, SIGINT or SIGHUP. Modal loops that are open end as well, and no new one begins.
+///
+/// A signal that was ignored at the start stays ignored. From the first signal on the program is
+/// ending: more of them change nothing. One object per process, made after the application object
+/// and destroyed last before it, as whatever ends meanwhile must not be interrupted. GUI thread.
+class TerminationSignals : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit TerminationSignals(QObject *parent = nullptr);
+    /// Gives the signals back to whom they belonged before.
+    ~TerminationSignals() override;
+
+private:
+    static constexpr std::array<int, 3> Signals{SIGTERM, SIGINT, SIGHUP};
+
+    QSocketNotifier *pNotifier = nullptr;
+    std::array<struct sigaction, Signals.size()> previous{};
+};
