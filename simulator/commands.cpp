@@ -1,10 +1,11 @@
 #include "simulator/commands.h"
 
+#include "simulator/calibratecommand.h"
 #include "simulator/fifowriter.h"
+#include "simulator/finger.h"
 #include "simulator/firmwarestate.h"
 #include "simulator/initcommand.h"
 #include "simulator/keytable.h"
-#include "simulator/touchmapping.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -332,29 +333,14 @@ ExitCode keyboardCommand(const DeviceFolder &device, Arguments &arguments)
 
 // ---- touch --------------------------------------------------------------------------------------
 
-QByteArray touchSample(const RawPoint &raw, bool pressed)
-{
-    constexpr int SampleSize = 8;
-    constexpr char Pressure = 100;
-    QByteArray sample(SampleSize, '\0');
-    sample[0] = '\xaa';
-    sample[1] = pressed ? Pressure : '\0';
-    sample[2] = static_cast<char>(raw.x >> 8);
-    sample[3] = static_cast<char>(raw.x & 0xff);
-    sample[4] = static_cast<char>(raw.y >> 8);
-    sample[5] = static_cast<char>(raw.y & 0xff);
-    return sample;
-}
-
 ExitCode touchCommand(const DeviceFolder &device, Arguments &arguments)
 {
     constexpr int DefaultHoldMs = 120;
-    constexpr int SamplePeriodMs = 10;
 
-    const int holdMs =
-        arguments.takeNumberOption(QStringLiteral("--ms"), DefaultHoldMs, 0, LongestHoldMs);
-    const auto mapping = TouchMapping::load(device);
-    const QSize screen = mapping ? mapping->screenSize() : QSize(8192, 8192);
+    const std::chrono::milliseconds hold{
+        arguments.takeNumberOption(QStringLiteral("--ms"), DefaultHoldMs, 0, LongestHoldMs)};
+    Finger finger(device);
+    const QSize screen = finger.hasScreen() ? finger.screenSize() : QSize(8192, 8192);
     const auto takePoint = [&] {
         const int x = arguments.takeNumber(QStringLiteral("X"), 0, screen.width() - 1);
         const int y = arguments.takeNumber(QStringLiteral("Y"), 0, screen.height() - 1);
@@ -365,22 +351,30 @@ ExitCode touchCommand(const DeviceFolder &device, Arguments &arguments)
     if (!arguments.finish()) {
         return usageError(arguments.error());
     }
-    if (!mapping) {
-        return failure(QStringLiteral("this device has no single-touch screen"));
+    return finger.open() && finger.touch(from, to, hold) ? ExitCode::Done
+                                                         : failure(finger.errorText());
+}
+
+ExitCode touchscreenCommand(const DeviceFolder &device, Arguments &arguments)
+{
+    const QString node = QStringLiteral("/dev/input/touchscreen");
+    const QString drawer = QStringLiteral("/simulator/touchscreen");
+    const QString what = arguments.take(QStringLiteral("touchscreen: plug or unplug"));
+    if (what != u"plug" && what != u"unplug") {
+        arguments.setError(QStringLiteral("unknown touchscreen command '%1'").arg(what));
     }
-    FifoWriter touchscreen;
-    if (!touchscreen.open(device.path(QStringLiteral("/dev/input/touchscreen")))) {
-        return failure(touchscreen.errorText());
+    if (!arguments.finish()) {
+        return usageError(arguments.error());
     }
-    const int steps = holdMs / SamplePeriodMs;
-    bool ok = touchscreen.write(touchSample(mapping->toRaw(from), true));
-    for (int i = 1; ok && i <= steps; ++i) {
-        QThread::msleep(SamplePeriodMs);
-        const QPoint position = from + (to - from) * i / steps;
-        ok = touchscreen.write(touchSample(mapping->toRaw(position), true));
+    const bool bPlug = what == u"plug";
+    const QString &from = bPlug ? drawer : node;
+    const QString &to = bPlug ? node : drawer;
+    if (device.exists(to) || !device.exists(from)) {
+        return failure(QStringLiteral("there is no touchscreen to %1").arg(what));
     }
-    ok = ok && touchscreen.write(touchSample(mapping->toRaw(to), false));
-    return ok ? ExitCode::Done : failure(touchscreen.errorText());
+    return QFile::rename(device.path(from), device.path(to))
+        ? ExitCode::Done
+        : failure(QStringLiteral("cannot make %1").arg(device.path(to)));
 }
 
 // ---- files and commands of the device -----------------------------------------------------------
@@ -463,7 +457,7 @@ ExitCode writeRequest(const DeviceFolder &device, Arguments &arguments, const ch
 
 ExitCode calibrationRequestCommand(const DeviceFolder &device, Arguments &arguments)
 {
-    return writeRequest(device, arguments, "/tmp/.system/TouchCalibration");
+    return writeRequest(device, arguments, CalibrationRequest);
 }
 
 ExitCode calibrationMessageCommand(const DeviceFolder &device, Arguments &arguments)
@@ -497,6 +491,9 @@ constexpr Command Commands[] = {
     {"touch", "X Y [X2 Y2] [--ms N]",
      "Presses the screen at a pixel, holds (and drags) for N ms (default 120), releases.", true,
      touchCommand},
+    {"touchscreen", "plug | unplug",
+     "Plugs the touchscreen in and out. The panel notices when it opens it the next time.", true,
+     touchscreenCommand},
     {"screenshot", "FILE [--wait SECONDS]",
      "Has the panel take a screenshot and copies it to FILE.", true, screenshotCommand},
     {"log", "[--clear]", "Prints what the panel asked of syscfg, reboot and mount.", true,
@@ -505,6 +502,15 @@ constexpr Command Commands[] = {
      "Says what the device's configuration tool does when it is called.", true, syscfgCommand},
     {"calibration-request", "", "Asks the panel for a touchscreen calibration.", true,
      calibrationRequestCommand},
+    {"calibrate",
+     "[--start] [--accept|--no-accept] [--exit] [--noise PX] [--seed N]\n"
+     "[--wait SECONDS] [--ms N]",
+     "Plays the operator of one touchscreen calibration: asks the panel for it, waits for the run\n"
+     "(--start: presses Start Calibration), touches the five crosses, each for N ms (default "
+     "120),\n"
+     "and presses Accept Calibration, then with --exit Exit Calibration. With --noise the finger\n"
+     "misses each cross by a Gaussian error of PX pixels on each axis.",
+     true, calibrateCommand},
     {"cal-message", "", "Leaves the message that the calibration at start timed out.", true,
      calibrationMessageCommand},
     {"firmware", "KEY=[VALUE]...",

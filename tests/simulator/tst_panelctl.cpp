@@ -1,4 +1,6 @@
+#include "calibration/calibrationpage.h"
 #include "platform/libfirmware.h"
+#include "platform/pointertransform.h"
 #include "platform/windowserver.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
@@ -7,6 +9,7 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QProcess>
+#include <QTimer>
 
 namespace {
 
@@ -69,6 +72,9 @@ private Q_SLOTS:
     void bootFollowsTheSettings();
     void touchLandsWhereTheFingerIs_data();
     void touchLandsWhereTheFingerIs();
+    void touchscreenComesAndGoes();
+    void calibratePlaysTheOperator_data();
+    void calibratePlaysTheOperator();
     void keyboardTypes_data();
     void keyboardTypes();
     void nobodyListens();
@@ -95,6 +101,10 @@ void TestPanelctl::badUsageChangesNothing_data()
     row("touch 800 0", "800");
     row("touch 10", "Y");
     row("touch 10 10 --ms", "--ms");
+    row("touchscreen remove", "remove");
+    row("calibrate now", "now");
+    row("calibrate --noise much", "much");
+    row("calibrate --no-accept --exit", "--exit");
     row("keyboard type a<Foo>", "<Foo>");
     row("keyboard plug 11", "11");
     row("syscfg fail 256", "256");
@@ -240,6 +250,97 @@ void TestPanelctl::touchLandsWhereTheFingerIs()
     }
 }
 
+void TestPanelctl::touchscreenComesAndGoes()
+{
+    QCOMPARE(panelctl("init").code, 0);
+    QCOMPARE(panelctl("touchscreen plug").code, 1);
+    WindowServer windowServer;
+    QVERIFY(windowServer.openPointer());
+    QCOMPARE(panelctl("touchscreen unplug").code, 0);
+    QVERIFY(!root().exists(QStringLiteral("/dev/input/touchscreen")));
+    QCOMPARE(panelctl("touch 1 1").code, 1);
+    QCOMPARE(panelctl("touchscreen unplug").code, 1);
+    QCOMPARE(panelctl("touchscreen plug").code, 0);
+    QCOMPARE(panelctl("touch 1 1 --ms=0").code, 0);
+}
+
+void TestPanelctl::calibratePlaysTheOperator_data()
+{
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<QString>("mapping");
+    QTest::addColumn<QSize>("screen");
+    QTest::addColumn<bool>("kept"); // the new calibration
+    QTest::addColumn<int>("tolerance"); // pixels
+    // Exit is disabled until Accept is hit, so the request's end shows that both were, through the
+    // new calibration.
+    QTest::newRow("accepts and leaves")
+        << QStringLiteral("--exit") << QStringLiteral("swapped,mirror-y") << QSize(320, 240) << true
+        << 1;
+    QTest::newRow("trembles, starts by hand")
+        << QStringLiteral("--start --exit --noise 4 --seed 3") << QStringLiteral("plain")
+        << QSize(800, 480) << true << 12;
+    QTest::newRow("does not accept") << QStringLiteral("--no-accept") << QStringLiteral("mirror-x")
+                                     << QSize(480, 800) << false << 0;
+}
+
+/// The real pages on the real touchscreen driver, the operator in another process.
+void TestPanelctl::calibratePlaysTheOperator()
+{
+    QFETCH(QString, options);
+    QFETCH(QString, mapping);
+    QFETCH(QSize, screen);
+    QFETCH(bool, kept);
+    QFETCH(int, tolerance);
+    const QString request = QStringLiteral("/tmp/.system/TouchCalibration");
+    const QString file = QStringLiteral("/etc/pointercal");
+    setScreen(screen);
+    const auto init = [&](const QString &calibration) {
+        return panelctl({QStringLiteral("init"), QStringLiteral("--pointercal"), calibration,
+                         QStringLiteral("--mapping"), mapping, QStringLiteral("--screen"),
+                         QStringLiteral("%1x%2").arg(screen.width()).arg(screen.height())})
+            .code;
+    };
+    QCOMPARE(init(QStringLiteral("good")), 0);
+    const auto exact = PointerTransform::parse(root().read(file));
+    QVERIFY(exact);
+    QCOMPARE(init(QStringLiteral("wrong")), 0);
+    const QByteArray before = root().read(file);
+    WindowServer windowServer;
+    QVERIFY(windowServer.openPointer());
+    auto pPage = std::make_unique<CalibrationPage>();
+    QTimer tick; // as the main window's
+    connect(&tick, &QTimer::timeout, pPage.get(), [&] {
+        if (root().exists(request)) {
+            pPage->startAutoCalibration();
+        }
+    });
+    tick.start(50);
+
+    QProcess person;
+    person.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    person.start(QStringLiteral(PANELCTL),
+                 QStringList{QStringLiteral("calibrate")} + options.split(u' '));
+    QTRY_COMPARE_WITH_TIMEOUT(person.state(), QProcess::NotRunning, 60000);
+    QCOMPARE(person.exitCode(), 0);
+    QCOMPARE(root().exists(request), !options.contains(u"--exit"));
+    QVERIFY(root().read(file) != before);
+    tick.stop();
+    pPage.reset();
+    if (!kept) {
+        QCOMPARE(root().read(file), before);
+        return;
+    }
+    const auto measured = PointerTransform::parse(root().read(file));
+    QVERIFY(measured);
+    for (const QPoint &corner :
+         {QPoint(0, 0), QPoint(screen.width() - 1, 0), QPoint(0, screen.height() - 1),
+          QPoint(screen.width() - 1, screen.height() - 1)}) {
+        const QPoint error = measured->map(exact->inverse(corner)) - corner;
+        QVERIFY2(std::max(std::abs(error.x()), std::abs(error.y())) <= tolerance,
+                 qPrintable(QStringLiteral("%1,%2").arg(error.x()).arg(error.y())));
+    }
+}
+
 void TestPanelctl::keyboardTypes_data()
 {
     QTest::addColumn<QString>("options");
@@ -289,12 +390,14 @@ void TestPanelctl::nobodyListens()
 {
     QCOMPARE(panelctl("init").code, 0);
     QCOMPARE(panelctl("keyboard plug").code, 0);
-    for (const char *pLine : {"touch 1 1", "keyboard type a", "screenshot x.png --wait 1"}) {
+    for (const char *pLine :
+         {"touch 1 1", "calibrate", "keyboard type a", "screenshot x.png --wait 1"}) {
         const Result result = panelctl(pLine);
         QCOMPARE(result.code, 1);
         QVERIFY2(result.error.contains("is the panel running"), result.error.constData());
     }
     QVERIFY(!root().exists(QStringLiteral("/tmp/makeScreenshot")));
+    QVERIFY(!root().exists(QStringLiteral("/tmp/.system/TouchCalibration")));
 }
 
 void TestPanelctl::syscfgMerges_data()
