@@ -347,8 +347,8 @@ void MainWindow::showCalibrationMessage()
     bKeepVisible = true;
     // A timer does not fire inside its own slot: started anew, it ticks while the box is open.
     pVisibilityTimer->start(TickInterval);
-    VeltaInfoBox(ERR_CAL_TIMEOUT, QString(), tr("Autoclose in"), CalMessageSeconds, this, true,
-                 true);
+    const VeltaInfoBox box(ERR_CAL_TIMEOUT, QString(), tr("Autoclose in"), CalMessageSeconds, this,
+                           true, true);
     bKeepVisible = false;
 }
 

@@ -109,8 +109,10 @@ public:
 protected:
     bool event(QEvent *event) override
     {
-        return event->type() == QEvent::LayoutRequest ? QDialog::event(event)
-                                                      : QMessageBox::event(event);
+        if (event->type() == QEvent::LayoutRequest) {
+            return QDialog::event(event); // NOLINT(bugprone-parent-virtual-call)
+        }
+        return QMessageBox::event(event);
     }
 
     void showEvent(QShowEvent *event) override

@@ -185,9 +185,9 @@ void VeltaSettings::removeStaleNewSettings()
     const QFileInfo file(path);
     if (file.exists()) {
         if (!file.isWritable()) {
-            VeltaInfoBox(ERR_FILE_NOT_WRITABLE, sNewSettingsPath, 0, nullptr, true, true);
+            const VeltaInfoBox box(ERR_FILE_NOT_WRITABLE, sNewSettingsPath, 0, nullptr, true, true);
         } else if (!QFile::remove(path)) {
-            VeltaInfoBox(ERR_FILE_ERASE, sNewSettingsPath, 0, nullptr, true, true);
+            const VeltaInfoBox box(ERR_FILE_ERASE, sNewSettingsPath, 0, nullptr, true, true);
         }
     }
     // A process that was killed while saving leaves its lock; the next save would wait 30 s for it.
@@ -337,7 +337,7 @@ int VeltaSettings::saveSettings(bool bApply)
     }
     const int nResult = runSysCfgWithoutTouches();
     if (nResult != 0) {
-        VeltaInfoBox(ERR_SYSCFG_RESULT, QString::number(nResult), 0, nullptr, true, true);
+        const VeltaInfoBox box(ERR_SYSCFG_RESULT, QString::number(nResult), 0, nullptr, true, true);
     }
     return nResult;
 }
