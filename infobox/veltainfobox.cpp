@@ -28,6 +28,7 @@ constexpr int FontPointSize = 8;
 constexpr int FrameWidth = 1;
 constexpr int FrameSpacing = 2;
 constexpr int TitlePadding = 4;
+constexpr int ButtonHeight = 30; // pixels, for a finger
 
 /// Characters per line below the first class of SmallScreenClasses and from it on.
 constexpr int SmallScreenClasses = 8;
@@ -304,6 +305,7 @@ void VeltaInfoBox::scaleToScreen()
         pButton->setFont(font);
         pUtils->scaleFont(pButton, nResIndex);
         pUtils->scaleWidth(pButton, false);
+        pButton->setMinimumHeight(ButtonHeight);
     }
 }
 

@@ -119,6 +119,11 @@ void VeltaWizard::setupButtons()
         pSettings->utils.scaleFont(button(which), nIndex);
         button(which)->setMinimumHeight(nIndex < FirstRoomyClass ? ButtonHeight
                                                                  : RoomyButtonHeight);
+        if (nIndex < FirstRoomyClass) {
+            // The style's least width, three times, is more than a small screen has, and QWizard
+            // grows beyond its own maximum rather than squeeze its buttons.
+            button(which)->setMinimumWidth(1);
+        }
     }
     buttonOrder = {QWizard::BackButton, QWizard::CustomButton1, QWizard::CancelButton,
                    QWizard::NextButton, QWizard::FinishButton};
