@@ -1,0 +1,346 @@
+#include "app/mainwindow.h"
+#include "app/startup.h"
+#include "calibration/calibrationpage.h"
+#include "infobox/veltainfobox.h"
+#include "input/veltainputpanelcontext.h"
+#include "platform/windowserver.h"
+#include "settings/errorcatalogue.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/screen.h"
+#include "tests/support/testmain.h"
+#include "wizard/veltawizard.h"
+
+#include <QtWidgets>
+
+namespace {
+
+constexpr double LeastTargetMm = 5;
+constexpr double MmPerInch = 25.4;
+
+/// Dots per inch of the displays that are usual for a screen size, the densest of them.
+struct UsualDpi
+{
+    QSize screen;
+    int nDpi;
+};
+constexpr UsualDpi DpiTable[] = {
+    {{240, 320}, 125},  {{272, 480}, 128},   {{320, 240}, 114},  {{480, 272}, 128},
+    {{480, 640}, 140},  {{480, 800}, 133},   {{600, 800}, 119},  {{640, 480}, 140},
+    {{720, 1280}, 145}, {{768, 1024}, 123},  {{768, 1366}, 100}, {{800, 480}, 133},
+    {{800, 600}, 119},  {{800, 1280}, 149},  {{1024, 768}, 123}, {{1024, 1280}, 96},
+    {{1050, 1680}, 90}, {{1080, 1920}, 141}, {{1280, 720}, 145}, {{1280, 800}, 149},
+    {{1280, 1024}, 96}, {{1366, 768}, 100},  {{1680, 1050}, 90}, {{1920, 1080}, 141},
+};
+
+/// What a screen cannot give. The texts are regular expressions for screen, view and defect.
+struct KnownDefect
+{
+    const char *screen;
+    const char *view;
+    const char *defect;
+    const char *reason;
+};
+constexpr KnownDefect KnownDefects[] = {
+    {"240x320|320x240|272x480", "AlphaNumInput",
+     "panelButton_a([A-Z0-9]|dot|slash) is too small for a finger",
+     "Ten keys stand in a row. No field of the program uses this pad so far."},
+};
+
+bool isKnown(const QString &screen, const QString &view, const QString &defect)
+{
+    const auto matches = [](const char *pattern, const QString &text) {
+        return QRegularExpression(QRegularExpression::anchoredPattern(QLatin1String(pattern)))
+            .match(text)
+            .hasMatch();
+    };
+    return std::any_of(std::begin(KnownDefects), std::end(KnownDefects), [&](const auto &known) {
+        return matches(known.screen, screen) && matches(known.view, view)
+            && matches(known.defect, defect);
+    });
+}
+
+QSize textSize(const QLabel &label)
+{
+    if (Qt::mightBeRichText(label.text()) && label.textFormat() != Qt::PlainText) {
+        QTextDocument document;
+        document.setDefaultFont(label.font());
+        document.setDocumentMargin(0);
+        document.setHtml(label.text());
+        document.setTextWidth(label.wordWrap() ? label.width() : -1);
+        return QSize(int(document.idealWidth()), int(document.size().height()));
+    }
+    const int nFlags = label.wordWrap() ? int(Qt::TextWordWrap) : 0;
+    const int nWidth = label.wordWrap() ? label.contentsRect().width() : QWIDGETSIZE_MAX;
+    return label.fontMetrics()
+        .boundingRect(QRect(0, 0, nWidth, QWIDGETSIZE_MAX), nFlags, label.text().trimmed())
+        .size();
+}
+
+/// A line of text is whole when its ink is: what surrounds it may be cut.
+bool showsLine(const QLabel &label)
+{
+    const QFontMetrics metrics = label.fontMetrics();
+    const QRect ink = metrics.tightBoundingRect(label.text().trimmed());
+    const int nTop = (label.height() - metrics.height()) / 2 + metrics.ascent() + ink.top();
+    return ink.isEmpty()
+        || (ink.width() <= label.width() && nTop >= 0 && nTop + ink.height() <= label.height());
+}
+
+/// Whether a widget has room for the text that it shows.
+bool showsItsText(const QWidget &widget)
+{
+    const auto holds = [&widget](const QSize &text, int nMargin) {
+        return text.width() + nMargin <= widget.width() && text.height() <= widget.height();
+    };
+    const QFontMetrics metrics = widget.fontMetrics();
+    if (const auto *pLabel = qobject_cast<const QLabel *>(&widget)) {
+        return (!pLabel->wordWrap() && showsLine(*pLabel)) || holds(textSize(*pLabel), 0);
+    }
+    if (const auto *pButton = qobject_cast<const QAbstractButton *>(&widget)) {
+        return pButton->text().isEmpty()
+            || holds(metrics.size(Qt::TextShowMnemonic, pButton->text()), 4);
+    }
+    if (const auto *pEdit = qobject_cast<const QLineEdit *>(&widget)) {
+        return holds(metrics.size(Qt::TextSingleLine, pEdit->displayText()), 4);
+    }
+    if (const auto *pBox = qobject_cast<const QGroupBox *>(&widget)) {
+        return holds(metrics.size(Qt::TextShowMnemonic, pBox->title()), 4);
+    }
+    if (const auto *pText = qobject_cast<const QPlainTextEdit *>(&widget)) {
+        return pText->verticalScrollBar()->maximum() == 0;
+    }
+    if (const auto *pList = qobject_cast<const QListWidget *>(&widget)) {
+        return pList->viewport()->height() >= 2 * metrics.height(); // the rest is scrolled to
+    }
+    return true;
+}
+
+bool isLeaf(const QWidget &widget)
+{
+    return qobject_cast<const QLabel *>(&widget) || qobject_cast<const QAbstractButton *>(&widget)
+        || qobject_cast<const QLineEdit *>(&widget) || qobject_cast<const QLCDNumber *>(&widget)
+        || qobject_cast<const QProgressBar *>(&widget)
+        || qobject_cast<const QAbstractScrollArea *>(&widget);
+}
+
+QString nameOf(const QWidget &widget)
+{
+    if (!widget.objectName().isEmpty()) {
+        return widget.objectName();
+    }
+    const auto *pButton = qobject_cast<const QAbstractButton *>(&widget);
+    return pButton ? pButton->text() : QString::fromLatin1(widget.metaObject()->className());
+}
+
+} // namespace
+
+/// Opens every page of the program at every screen size and looks for what an operator could not
+/// read or hit. With PANEL_SCREENSHOTS=FOLDER it also saves a picture of each.
+class EveryPageTest : public DeviceTest
+{
+    Q_OBJECT
+
+private:
+    QSize size;
+    QString screenName;
+    QStringList defects;
+
+    void inspect(const QString &view, QWidget &root)
+    {
+        QTest::qWait(1); // layouts that are posted
+        const QRect screen(QPoint(), size);
+        QList<const QWidget *> leaves;
+        const auto report = [&](const QWidget &widget, const QString &what) {
+            const QString defect = nameOf(widget) + ' ' + what;
+            if (!isKnown(screenName, view, defect)) {
+                defects += view + ": " + defect;
+            }
+        };
+        QList<QWidget *> widgets = root.findChildren<QWidget *>();
+        widgets.prepend(&root);
+        for (const QWidget *pWidget : std::as_const(widgets)) {
+            if (!pWidget->isVisible() || pWidget->visibleRegion().isEmpty()) {
+                if (pWidget->isVisible() && isLeaf(*pWidget) && pWidget->width() > 0) {
+                    report(*pWidget, QStringLiteral("is covered"));
+                }
+                continue;
+            }
+            const QRect place(pWidget->mapToGlobal(QPoint()), pWidget->size());
+            if (!screen.contains(place)) {
+                report(*pWidget, QStringLiteral("stands outside of the screen"));
+            }
+            if (!showsItsText(*pWidget)) {
+                report(*pWidget, QStringLiteral("cuts its text"));
+            }
+            if (!isLeaf(*pWidget)) {
+                continue;
+            }
+            if (pWidget->visibleRegion().boundingRect() != pWidget->rect()) {
+                report(*pWidget, QStringLiteral("is cut off"));
+            }
+            for (const QWidget *pOther : std::as_const(leaves)) {
+                if (!pOther->isAncestorOf(pWidget)
+                    && place.intersects({pOther->mapToGlobal(QPoint()), pOther->size()})) {
+                    report(*pWidget, "overlaps " + nameOf(*pOther));
+                }
+            }
+            leaves += pWidget;
+            if (qobject_cast<const QAbstractButton *>(pWidget) && pWidget->isEnabled()) {
+                const int nShort = qMin(pWidget->width(), pWidget->height());
+                if (nShort * MmPerInch / dpi() < LeastTargetMm) {
+                    report(*pWidget, QStringLiteral("is too small for a finger"));
+                }
+            }
+        }
+        const QString folder = qEnvironmentVariable("PANEL_SCREENSHOTS");
+        if (!folder.isEmpty()) {
+            QGuiApplication::primaryScreen()->grabWindow(0).save(
+                QStringLiteral("%1/%2-%3.png").arg(folder, screenName, view));
+        }
+    }
+
+    int dpi() const
+    {
+        return std::find_if(std::begin(DpiTable), std::end(DpiTable),
+                            [this](const UsualDpi &row) { return row.screen == size; })
+            ->nDpi;
+    }
+
+    void inspectMainWindow(MainWindow &window)
+    {
+        inspect(QStringLiteral("start"), window);
+        window.controlVisibility();
+        window.controlVisibility();
+        inspect(QStringLiteral("preview"), window);
+        window.setCurrentWidget(window.findChild<QWidget *>(QStringLiteral("rebootPage")));
+        inspect(QStringLiteral("reboot"), window);
+        window.setCurrentWidget(window.findChild<QWidget *>(QStringLiteral("localConfigPage")));
+    }
+
+    void inspectWizard(MainWindow &window)
+    {
+        VeltaWizard wizard(&window);
+        wizard.show();
+        inspect(QStringLiteral("password"), wizard);
+        QTRY_VERIFY(openKeyboard());
+        inspect(QStringLiteral("password-keyboard"), *openKeyboard());
+        openKeyboard()->hide();
+        wizard.RestoreButtons();
+        wizard.RestartAtSecondPage();
+        inspect(QStringLiteral("mode"), wizard);
+        wizard.next();
+        inspect(QStringLiteral("addresses"), wizard);
+        wizard.findChild<QPushButton *>(QStringLiteral("FirstIPButton"))->click();
+        inspect(QStringLiteral("address-keyboard"), *openKeyboard());
+        openKeyboard()->hide();
+        wizard.next();
+        inspect(QStringLiteral("servers"), wizard);
+        wizard.next();
+        inspect(QStringLiteral("summary"), wizard);
+        for (int i = 0; i < 3; ++i) {
+            wizard.back();
+        }
+        wizard.findChild<QPushButton *>(QStringLiteral("NetOpModeSelectButton"))->click();
+        for (int i = 0; i < 3; ++i) {
+            wizard.next();
+        }
+        inspect(QStringLiteral("summary-changed"), wizard);
+    }
+
+    static VeltaInputPanelContext *openKeyboard()
+    {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        for (QWidget *pWindow : windows) {
+            auto *pContext = qobject_cast<VeltaInputPanelContext *>(pWindow);
+            if (pContext && pContext->isVisible()) {
+                return pContext;
+            }
+        }
+        return nullptr;
+    }
+
+    void inspectPads()
+    {
+        for (const char *mode : {"HexInput", "AlphaNumInput"}) {
+            QLineEdit target;
+            QLabel label(QStringLiteral("Netmask: "));
+            target.setWhatsThis(QLatin1String(mode));
+            VeltaInputPanelContext context(&target, &label, false, quint16(size.width()),
+                                           quint16(size.height()));
+            context.showPanel();
+            inspect(QLatin1String(mode), context);
+        }
+    }
+
+    void inspectBoxes()
+    {
+        const auto show = [this](const QString &view, qint16 nCode, const QString &text,
+                                 quint8 nCountdown) {
+            QTimer::singleShot(0, this, [this, view] {
+                auto *pBox = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+                QVERIFY(pBox);
+                inspect(view, *pBox);
+                pBox->reject();
+            });
+            VeltaInfoBox box(nCode, text, nCountdown, nullptr, true, true);
+        };
+        show(QStringLiteral("box-password"), ERR_PASSWORD,
+             QStringLiteral(" You have 2 tries left."), 10);
+        show(QStringLiteral("box-address"), ERR_IP_DATA_INVALID, QStringLiteral("netmask"), 0);
+        show(QStringLiteral("box-long"), ERR_CAL_TIMEOUT, QString(), 0);
+    }
+
+private Q_SLOTS:
+    static void initTestCase() { setUpLook(*qApp); }
+
+    void everyPage_data()
+    {
+        QTest::addColumn<QSize>("screen");
+        for (const QSize &screen : panelScreenSizes()) {
+            QTest::addRow("%dx%d", screen.width(), screen.height()) << screen;
+        }
+    }
+    void everyPage()
+    {
+        QFETCH(QSize, screen);
+        size = screen;
+        screenName = QString::fromLatin1(QTest::currentDataTag());
+        defects.clear();
+        setScreen(screen);
+        root().write(QStringLiteral("/etc/settings.ini"),
+                     "[options]\nconfig_passwd=1234\n[network]\neth0.mode=static\n"
+                     "eth0.ip=255.255.255.255\neth0.netmask=255.255.255.255\n"
+                     "default_gateway=255.255.255.255\ndnsserver1=255.255.255.255\n"
+                     "dnsserver2=255.255.255.255\n");
+        root().write(QStringLiteral("/etc/fwinfo.ini"),
+                     "[firmware]\nversion=3.1.2.4711\n[codesys]\nversion=3.5.16.40\n");
+        root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
+        root().setFirmware(QStringLiteral("app.0"), QStringLiteral("Conveyor"));
+        root().setFirmware(QStringLiteral("eth0.mode"), QStringLiteral("dhcp"));
+        root().setFirmware(QStringLiteral("eth0.ip"), QStringLiteral("255.255.255.255"));
+        root().setFirmware(QStringLiteral("eth0.netmask"), QStringLiteral("255.255.255.255"));
+
+        const WindowServer server;
+        {
+            MainWindow window;
+            QVERIFY(QTest::qWaitForWindowActive(&window));
+            inspectMainWindow(window);
+            inspectWizard(window);
+        }
+        inspectPads();
+        inspectBoxes();
+        {
+            CalibrationPage page;
+            page.showFullScreen();
+            inspect(QStringLiteral("calibration"), page);
+        }
+        defects.removeDuplicates();
+        for (const QString &defect : std::as_const(defects)) {
+            qInfo().noquote() << defect; // a failure's own message is cut
+        }
+        QVERIFY2(defects.isEmpty(), qPrintable(defects.join(QStringLiteral(", "))));
+    }
+};
+
+PANEL_TEST_MAIN(EveryPageTest)
+#include "tst_everypage.moc"
