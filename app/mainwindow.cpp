@@ -280,7 +280,9 @@ void MainWindow::controlVisibility()
         showWhileRunning();
     }
     handleCalibrationRequest();
-    if (bConfigRequested && !bKeepVisible) {
+    // Ticks rest around the wizard: a calibration page above it would never go.
+    const bool bCalibrating = pCalibrationPage && pCalibrationPage->isVisible();
+    if (bConfigRequested && !bKeepVisible && !bCalibrating) {
         runConfiguration();
     }
     scheduleNextTick();
@@ -322,6 +324,9 @@ void MainWindow::handleCalibrationRequest()
     if (bNoCalibration) {
         request.remove();
         return;
+    }
+    if (QApplication::activeModalWidget()) {
+        return; // it would cover a box that takes all input
     }
     if (!pCalibrationPage) {
         pCalibrationPage = std::make_unique<CalibrationPage>(); // rarely needed, and not small
