@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the release preset and prints every figure. Wants a machine that does nothing else.
-# PAIRS: pairs of starts that are compared; IDLE_SECONDS: length of each idle watch.
+# PAIRS: pairs of starts that are compared; IDLE_SECONDS: length of each idle watch;
+# WAIT_SECONDS: length of the watch on the calibration that waits for a touch.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -13,3 +14,4 @@ build=build/release
 "$build/benchmarks/bench_startup" "$build" "${PAIRS:-21}"
 "$build/benchmarks/bench_idle" "$build" "${IDLE_SECONDS:-20}"
 "$build/benchmarks/bench_panel"
+"$build/benchmarks/bench_calibration" "${WAIT_SECONDS:-10}"
