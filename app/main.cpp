@@ -1,4 +1,5 @@
 #include "app/cursor.h"
+#include "app/keyrepeatfilter.h"
 #include "app/mainwindow.h"
 #include "app/startup.h"
 #include "platform/fontconfiguration.h"
@@ -15,6 +16,8 @@ int main(int argc, char *argv[])
     std::optional<FontConfiguration> fontConfiguration(std::in_place);
     QApplication application(argc, argv);
     setUpLook(application);
+    KeyRepeatFilter keyRepeatFilter;
+    application.installEventFilter(&keyRepeatFilter);
     // Before the first text is measured, so that nothing is laid out twice; a warning waits until
     // the start-up page is there.
     const bool bFontsLoaded = loadFonts();

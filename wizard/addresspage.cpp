@@ -106,6 +106,7 @@ void AddressPage::OnInputOk()
     const AddressField &field = fields[nField];
     QString text = field.pEdit->text();
     if (text == sOldText) {
+        field.pEdit->setText(text); // the digits may stand elsewhere in the mask
         return;
     }
     if (holdsNoDigit(text)) {
@@ -120,11 +121,11 @@ void AddressPage::OnInputOk()
         return;
     case QValidator::Intermediate:
         validator.fixup(text);
-        field.pEdit->setText(text);
         break;
     case QValidator::Acceptable:
         break;
     }
+    field.pEdit->setText(text); // with no blanks between the digits: what is seen is what is stored
     entryOf(field).value = text;
 }
 

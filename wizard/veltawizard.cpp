@@ -72,6 +72,8 @@ int VeltaWizard::setup()
     int nResult = pSettings->init();
     if (nResult == 0) {
         nResult = setupPages();
+    } else {
+        release(); // the operator has been told
     }
     QCoreApplication::setApplicationName(QStringLiteral("service_menu"));
     return nResult;

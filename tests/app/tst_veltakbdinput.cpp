@@ -1,8 +1,11 @@
+#include "app/keyrepeatfilter.h"
 #include "app/veltakbdinput.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
+#include <QDialog>
 #include <QKeyEvent>
+#include <QPushButton>
 
 namespace {
 
@@ -59,6 +62,25 @@ private Q_SLOTS:
             : QStringList({QStringLiteral("+%1//0").arg(sent, 0, 16),
                            QStringLiteral("-%1//0").arg(sent, 0, 16)});
         QCOMPARE(target.log, expected);
+    }
+
+    // A Return that is held down presses a button once, every other key repeats.
+    void heldReturn()
+    {
+        KeyRepeatFilter filter;
+        qApp->installEventFilter(&filter);
+        QDialog dialog; // its buttons take Return
+        QPushButton button(&dialog);
+        QSignalSpy clicks(&button, &QPushButton::clicked);
+        for (const bool bRepeat : {false, true, true}) {
+            QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), bRepeat);
+            QCoreApplication::sendEvent(&button, &press);
+        }
+        QCOMPARE(clicks.size(), 1);
+        KeyLog other;
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), true);
+        QCoreApplication::sendEvent(&other, &press);
+        QCOMPARE(other.log.size(), 1);
     }
 
     void receivers()
