@@ -15,3 +15,4 @@ build=build/release
 "$build/benchmarks/bench_idle" "$build" "${IDLE_SECONDS:-20}"
 "$build/benchmarks/bench_panel"
 "$build/benchmarks/bench_calibration" "${WAIT_SECONDS:-10}"
+"$build/benchmarks/bench_keyboard"
