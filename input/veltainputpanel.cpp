@@ -615,10 +615,11 @@ void VeltaInputPanel::hideEvent(QHideEvent *event)
 void VeltaInputPanel::keyPressEvent(QKeyEvent *event)
 {
     event->accept();
-    if (event->isAutoRepeat()) {
+    const int key = event->key();
+    // The panel repeats held keys by itself, but for the cursor keys: those the keyboard repeats.
+    if (event->isAutoRepeat() && key != Qt::Key_Left && key != Qt::Key_Right) {
         return;
     }
-    const int key = event->key();
     switch (key) {
     case Qt::Key_Period:
         if (modeSpec().pad == KeyPad::Num) {

@@ -24,7 +24,8 @@ private Q_SLOTS:
     void repeatEnds_data();
     void repeatEnds();
     void touchedKeyStopsWhenHidden();
-    void windowSystemRepeatsAreIgnored();
+    void windowSystemRepeats_data();
+    void windowSystemRepeats();
     void countdown();
     void countdownOnlyForPasswords_data();
     void countdownOnlyForPasswords();
@@ -314,16 +315,29 @@ void TestVeltaInputPanel::touchedKeyStopsWhenHidden()
     QVERIFY(!pKey->isDown());
 }
 
-void TestVeltaInputPanel::windowSystemRepeatsAreIgnored()
+void TestVeltaInputPanel::windowSystemRepeats_data()
 {
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("cursor");
+    QTest::newRow("the panel repeats Backspace by itself") << Qt::Key_Backspace << "123" << 3;
+    QTest::newRow("a digit does not repeat") << Qt::Key_5 << "12345" << 5;
+    QTest::newRow("the keyboard repeats Left") << Qt::Key_Left << "1234" << 2;
+}
+
+void TestVeltaInputPanel::windowSystemRepeats()
+{
+    QFETCH(Qt::Key, key);
     const KeyboardFixture keyboard("NumInputPW", "1234", "", 20);
-    keyboard.press(Qt::Key_Backspace);
-    QKeyEvent press(QEvent::KeyPress, Qt::Key_Backspace, Qt::NoModifier, QString(), true);
-    QKeyEvent release(QEvent::KeyRelease, Qt::Key_Backspace, Qt::NoModifier, QString(), true);
-    QCoreApplication::sendEvent(QApplication::focusWidget(), &press);
-    QCoreApplication::sendEvent(QApplication::focusWidget(), &release);
-    QCOMPARE(keyboard.pDisplay->text(), QStringLiteral("123"));
-    QVERIFY(keyboard.timer("repeatTimer")->isActive());
+    keyboard.press(key);
+    const bool bRepeats = keyboard.timer("repeatTimer")->isActive();
+    for (const auto type : {QEvent::KeyRelease, QEvent::KeyPress}) {
+        QKeyEvent event(type, key, Qt::NoModifier, QString(), true);
+        QCoreApplication::sendEvent(QApplication::focusWidget(), &event);
+    }
+    QTEST(keyboard.pDisplay->text(), "text");
+    QTEST(keyboard.pDisplay->cursorPosition(), "cursor");
+    QCOMPARE(keyboard.timer("repeatTimer")->isActive(), bRepeats);
 }
 
 void TestVeltaInputPanel::countdown()
