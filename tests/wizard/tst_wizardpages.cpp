@@ -279,7 +279,7 @@ private Q_SLOTS:
         run([&] {
             const auto caption = [this] {
                 touch(find(QStringLiteral("dns1_ip_Button")));
-                const QString text =
+                QString text =
                     keyboard()->findChild<QLabel *>(QStringLiteral("panelLabel"))->text();
                 enter(QStringLiteral("300.300.1.1"));
                 touch(key(QStringLiteral("ok")));
