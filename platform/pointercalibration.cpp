@@ -6,31 +6,44 @@
 #include <QSaveFile>
 
 #include <algorithm>
+#include <cerrno>
+#include <unistd.h>
 
 namespace {
 
-/// Far more than a calibration file has; a larger file is cut off, and broken anyway.
+/// Far more than a calibration file has; a larger file is not read, as it is broken anyway.
 constexpr qint64 FileLimit = 1 << 20;
 /// How many of the calibrations handed out can be reinstated. A run takes one.
 constexpr std::size_t HandedOutLimit = 8;
 
-std::optional<QByteArray> readCalibrationFile()
+} // namespace
+
+PointerCalibration::File PointerCalibration::readFile()
 {
     QFile file(pointerCalibrationFile());
-    if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
+    if (file.open(QIODevice::ReadOnly)) {
+        const QByteArray content = file.read(FileLimit + 1);
+        if (file.error() == QFileDevice::NoError && content.size() <= FileLimit) {
+            return {File::Readable, content};
+        }
+        return {File::Unreadable, {}};
     }
-    return file.read(FileLimit);
+    errno = 0;
+    // Only a file that is certainly not there counts as absent: a restore removes it then.
+    const bool bAbsent = access(QFile::encodeName(file.fileName()).constData(), F_OK) != 0
+        && (errno == ENOENT || errno == ENOTDIR);
+    return {bAbsent ? File::Absent : File::Unreadable, {}};
 }
 
 /// Replaces the file whole: after a power cut there is the old one or the new one.
-bool writeCalibrationFile(const QByteArray &content)
+bool PointerCalibration::writeFile(const QByteArray &content)
 {
     QSaveFile file(pointerCalibrationFile());
     // Without flush() a full disk shows only inside commit(), which (Qt 6.4) then puts an empty
     // file in place of the old one and reports success.
     if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush()
         && file.commit()) {
+        lastWritten = content;
         return true;
     }
     qWarning("Cannot write the pointer calibration file %s: %s", qPrintable(file.fileName()),
@@ -38,7 +51,7 @@ bool writeCalibrationFile(const QByteArray &content)
     return false;
 }
 
-bool removeCalibrationFile()
+bool PointerCalibration::removeFile()
 {
     QFile file(pointerCalibrationFile());
     if (file.remove() || !file.exists()) {
@@ -49,32 +62,31 @@ bool removeCalibrationFile()
     return false;
 }
 
-} // namespace
+void PointerCalibration::takeOver(const File &file)
+{
+    inForce = file.state == File::Readable ? PointerTransform::parse(file.content) : std::nullopt;
+}
 
 void PointerCalibration::load()
 {
-    const std::optional<QByteArray> content = readCalibrationFile();
-    inForce = content ? PointerTransform::parse(*content) : std::nullopt;
-    if (content && !inForce) {
+    const File file = readFile();
+    takeOver(file);
+    if (file.state != File::Absent && !inForce) {
         qWarning("The pointer calibration file %s is broken: touches are not calibrated",
                  qPrintable(pointerCalibrationFile()));
     }
-}
-
-QString PointerCalibration::fileInForce() const
-{
-    return inForce ? pointerCalibrationFile() : QString();
 }
 
 bool PointerCalibration::calibrate(const PointerCalibrationData &data)
 {
     const auto known = std::ranges::find(handedOut, data, &HandedOut::data);
     if (known != handedOut.end()) {
-        if (reinstate(*known)) {
-            return true;
-        }
-    } else if (const auto transform = PointerTransform::fit(data)) {
-        if (writeCalibrationFile(transform->toFile())) {
+        // In force even when the file cannot follow: the operator must be able to touch.
+        inForce = known->inForce;
+        return reinstateFile(known->file);
+    }
+    if (const auto transform = PointerTransform::fit(data)) {
+        if (writeFile(transform->toFile())) {
             inForce = transform;
             return true;
         }
@@ -82,20 +94,27 @@ bool PointerCalibration::calibrate(const PointerCalibrationData &data)
         qWarning("The calibration points lie on one line or do not fit: calibration refused");
     }
     // Nothing has been replaced; the calibration that clear() may have dropped counts again.
-    const std::optional<QByteArray> content = readCalibrationFile();
-    inForce = content ? PointerTransform::parse(*content) : std::nullopt;
+    takeOver(readFile());
     return false;
 }
 
-bool PointerCalibration::reinstate(const HandedOut &record)
+bool PointerCalibration::reinstateFile(const File &file)
 {
+    const File present = readFile();
     // A file that is right already is left alone: its directory may be read-only.
-    if (readCalibrationFile() != record.content
-        && !(record.content ? writeCalibrationFile(*record.content) : removeCalibrationFile())) {
-        return false;
+    if (present == file) {
+        return true;
     }
-    inForce = record.inForce;
-    return true;
+    switch (file.state) {
+    case File::Readable:
+        return writeFile(file.content);
+    case File::Absent:
+        return removeFile();
+    case File::Unreadable:
+        // What it held is unknown, and nothing was in force: only what was written over it goes.
+        return present.state != File::Readable || present.content != lastWritten || removeFile();
+    }
+    Q_UNREACHABLE();
 }
 
 void PointerCalibration::getCalibration(PointerCalibrationData *data)
@@ -103,10 +122,16 @@ void PointerCalibration::getCalibration(PointerCalibrationData *data)
     std::ranges::transform(data->screenPoints, data->devPoints.begin(), [this](QPoint pixel) {
         return inForce ? inForce->inverse(pixel) : RawPoint{pixel.x(), pixel.y()};
     });
+    File file = readFile();
+    if (inForce
+        && (file.state != File::Readable || PointerTransform::parse(file.content) != inForce)) {
+        // It has changed since it was loaded: to go back is to go back to what is in force.
+        file = {File::Readable, inForce->toFile()};
+    }
     // The same pairs stand for the newest moment at which they were handed out.
     std::erase_if(handedOut, [&](const HandedOut &record) { return record.data == *data; });
     if (handedOut.size() == HandedOutLimit) {
         handedOut.erase(handedOut.begin());
     }
-    handedOut.push_back({*data, readCalibrationFile(), inForce});
+    handedOut.push_back({*data, file, inForce});
 }

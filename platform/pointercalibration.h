@@ -8,8 +8,8 @@
 
 /// The calibration in force and the pointer calibration file behind it.
 ///
-/// tslib itself applies the file, so what is in force is either what the file says or nothing:
-/// whoever changes the calibration here has tslib read fileInForce() next. GUI thread only.
+/// tslib applies contentInForce(), never the file itself, which others may break, remove or replace
+/// at any time: whoever changes the calibration here has tslib take that over. GUI thread only.
 class PointerCalibration
 {
 public:
@@ -22,25 +22,40 @@ public:
 
     /// Computes the calibration from \a data and writes the file; or, when getCalibration() has
     /// handed out \a data, brings file and calibration back to what they were at that moment.
-    /// When that fails (one warning line) the file stays as it is and is in force again.
+    /// When that fails (one warning line) the file stays as it is. What is handed back is in force
+    /// all the same; after other data it is what the file says.
     bool calibrate(const PointerCalibrationData &data);
 
     /// Fills data->devPoints for data->screenPoints and remembers the pairs for calibrate().
     void getCalibration(PointerCalibrationData *data);
 
-    /// The checked file that tslib is to apply; empty when no calibration is in force.
-    QString fileInForce() const;
+    /// The checked file content that tslib is to apply; empty when no calibration is in force.
+    QByteArray contentInForce() const { return inForce ? inForce->toFile() : QByteArray(); }
 
 private:
+    struct File
+    {
+        enum State { Absent, Readable, Unreadable };
+
+        State state = Absent;
+        QByteArray content; ///< whole, of a readable file
+        friend bool operator==(const File &, const File &) = default;
+    };
     struct HandedOut
     {
         PointerCalibrationData data;
-        std::optional<QByteArray> content; ///< of the file; none: there was no file
+        File file;
         std::optional<PointerTransform> inForce;
     };
 
-    bool reinstate(const HandedOut &record);
+    static File readFile();
+    bool writeFile(const QByteArray &content);
+    static bool removeFile();
+    /// Puts in force what \a file says, if anything.
+    void takeOver(const File &file);
+    bool reinstateFile(const File &file);
 
     std::optional<PointerTransform> inForce;
     std::vector<HandedOut> handedOut;
+    QByteArray lastWritten; ///< into the file by this object
 };

@@ -71,7 +71,7 @@ bool PointerHandler::openDevice()
                  qPrintable(qt_error_string(errno)));
         return false;
     }
-    const TslibEnvironment environment(calibration.fileInForce());
+    const TslibEnvironment environment(calibration.contentInForce());
     if (ts_config(pDevice.get()) != 0) {
         qWarning("tslib cannot configure the touchscreen %s", qPrintable(path));
         pDevice.reset();
@@ -100,7 +100,7 @@ void PointerHandler::reconfigure()
     }
     bool bDone = false;
     {
-        const TslibEnvironment environment(calibration.fileInForce());
+        const TslibEnvironment environment(calibration.contentInForce());
         bDone = ts_reconfig(pDevice.get()) == 0;
     }
     if (!bDone) {

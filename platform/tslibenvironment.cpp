@@ -5,6 +5,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 TslibEnvironment::Variable::Variable(const char *name)
     : pName(name), before(qgetenv(name)), bWasSet(qEnvironmentVariableIsSet(name))
 { }
@@ -23,16 +26,33 @@ void TslibEnvironment::Variable::set(const QString &path) const
     qputenv(pName, QFile::encodeName(path));
 }
 
-TslibEnvironment::TslibEnvironment(const QString &calibrationFile)
+TslibEnvironment::TslibEnvironment(const QByteArray &calibrationContent)
     : calibration("TSLIB_CALIBFILE"), configuration("TSLIB_CONFFILE")
 {
     // No file can ever have this name, and tslib takes a missing file for "no calibration".
-    calibration.set(calibrationFile.isEmpty() ? QStringLiteral("/dev/null/uncalibrated")
-                                              : calibrationFile);
+    QString calibrationFile = QStringLiteral("/dev/null/uncalibrated");
+    if (!calibrationContent.isEmpty()) {
+        // In memory, as a disk may be full or read-only just when the old calibration must return.
+        nCalibrationFd = memfd_create("pointercal", MFD_CLOEXEC);
+        if (nCalibrationFd >= 0
+            && write(nCalibrationFd, calibrationContent.constData(),
+                     static_cast<std::size_t>(calibrationContent.size()))
+                == calibrationContent.size()) {
+            calibrationFile = QStringLiteral("/proc/self/fd/%1").arg(nCalibrationFd);
+        } else {
+            qWarning("No memory for the pointer calibration: touches are not calibrated");
+        }
+    }
+    calibration.set(calibrationFile);
     const QString file = devicePath(QStringLiteral("/etc/ts.conf"));
     if (configuration.isEmpty() && QFileInfo::exists(file)) {
         configuration.set(file);
     }
 }
 
-TslibEnvironment::~TslibEnvironment() = default;
+TslibEnvironment::~TslibEnvironment()
+{
+    if (nCalibrationFd >= 0) {
+        close(nCalibrationFd);
+    }
+}

@@ -12,10 +12,11 @@
 class TslibEnvironment
 {
 public:
-    /// tslib applies the calibration in \a calibrationFile, which must have been checked before (a
-    /// divisor of 0 kills the process inside tslib). Without a file it applies none, whatever the
-    /// device's files say: that is for readers of raw samples too.
-    explicit TslibEnvironment(const QString &calibrationFile = QString());
+    /// tslib applies \a calibrationContent, the content of a calibration file that has been checked
+    /// before (a divisor of 0 kills the process inside tslib). It reads a copy of its own: the file
+    /// on the device can change behind the program at any moment. Without a content it applies no
+    /// calibration, whatever the device's files say: that is for readers of raw samples too.
+    explicit TslibEnvironment(const QByteArray &calibrationContent = QByteArray());
     ~TslibEnvironment();
     TslibEnvironment(const TslibEnvironment &) = delete;
     TslibEnvironment &operator=(const TslibEnvironment &) = delete;
@@ -40,4 +41,5 @@ private:
 
     Variable calibration;
     Variable configuration;
+    int nCalibrationFd = -1; ///< the copy, in memory
 };

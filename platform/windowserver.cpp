@@ -154,7 +154,7 @@ void WindowServer::clearCalibration()
 
 bool WindowServer::calibrate(const PointerCalibrationData &data)
 {
-    return pPointerHandler && pPointerHandler->calibrate(data);
+    return !pPointerHandler || pPointerHandler->calibrate(data);
 }
 
 void WindowServer::getCalibration(PointerCalibrationData *data) const

@@ -55,8 +55,9 @@ public:
     /// Computes the calibration from \a data, uses it at once and writes the pointer calibration
     /// file (replaced whole). Data that getCalibration() handed out reinstates the calibration of
     /// that moment exactly, the bytes of the file included. Returns false when the points are
-    /// degenerate or the file cannot be written (one warning line); the file is then as before, and
-    /// its calibration is in force again, also after clearCalibration().
+    /// degenerate or the file cannot be written (one warning line). The file is then as before; a
+    /// calibration that was to be reinstated is in force nevertheless, else the file's is again,
+    /// also after clearCalibration().
     bool calibrate(const PointerCalibrationData &data);
     /// Fills data->devPoints for the given data->screenPoints from the calibration in force.
     void getCalibration(PointerCalibrationData *data) const;

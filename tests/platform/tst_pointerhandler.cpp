@@ -137,6 +137,9 @@ private Q_SLOTS:
     void fileCannotBeWritten();
     void reinstates_data();
     void reinstates();
+    void fileChangesBehindProgram_data();
+    void fileChangesBehindProgram();
+    void restoreCannotWrite();
     void reinstatesEveryMoment();
 
 private:
@@ -554,8 +557,9 @@ void TestPointerHandler::fileCannotBeWritten()
         std::signal(SIGXFSZ, SIG_IGN);
         rlimit before{};
         getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit none{0, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &none);
+        // The new file is a byte too long; what tslib gets of the old one is not.
+        const rlimit old{sizeof SwappedFile - 1, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &old);
         const auto restore = qScopeGuard([&] { setrlimit(RLIMIT_FSIZE, &before); });
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot write")));
         QVERIFY(!pServer->calibrate(scaledPairs(20)));
@@ -619,6 +623,70 @@ void TestPointerHandler::reinstates()
             QCOMPARE(tap(probes[probe]), before[qsizetype(probe)]);
         }
     }
+}
+
+void TestPointerHandler::fileChangesBehindProgram_data()
+{
+    QTest::addColumn<QByteArray>("before"); ///< the file as it was loaded
+    QTest::addColumn<QByteArray>("change");
+    QTest::addColumn<QByteArray>("restored"); ///< the file after a run and its restore
+    const QByteArray zero("65536 0 0 0 65536 0 0\n");
+    QTest::newRow("broken") << QByteArray(SwappedFile) << zero << QByteArray(SwappedFile);
+    QTest::newRow("replaced") << QByteArray(SwappedFile) << QByteArray("65536 0 9 0 65536 9 65536")
+                              << QByteArray(SwappedFile);
+    QTest::newRow("deleted") << QByteArray(SwappedFile) << QByteArray() << QByteArray(SwappedFile);
+    QTest::newRow("broken, none before") << QByteArray() << zero << zero;
+    // A directory stands for a file that cannot be read.
+    QTest::newRow("unreadable") << QByteArray() << QByteArray("DIR") << QByteArray("DIR");
+}
+
+/// tslib never gets what has not been checked, and a restore is what was in force.
+void TestPointerHandler::fileChangesBehindProgram()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, change);
+    QFETCH(QByteArray, restored);
+    if (!before.isEmpty()) {
+        root().write(CalibrationFile, before);
+    }
+    start();
+    const QStringList touch = tap(swappedRaw(100, 200));
+    const QString path = root().path(CalibrationFile);
+    QFile::remove(path);
+    const bool bUnreadable = change == "DIR";
+    if (bUnreadable) {
+        QVERIFY(QDir().mkpath(path));
+    } else if (!change.isEmpty()) {
+        root().write(CalibrationFile, change);
+    }
+    PointerCalibrationData backup = targetsOnly();
+    pServer->getCalibration(&backup);
+    pServer->clearCalibration();
+    if (bUnreadable) {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot write")));
+    }
+    QCOMPARE(pServer->calibrate(scaledPairs(20)), !bUnreadable);
+    pServer->clearCalibration();
+    QVERIFY(pServer->calibrate(backup));
+    QCOMPARE(tap(swappedRaw(100, 200)), touch);
+    QCOMPARE(QFileInfo(path).isDir() ? QByteArray("DIR") : file(), restored);
+}
+
+/// The old calibration is live again although the file cannot follow.
+void TestPointerHandler::restoreCannotWrite()
+{
+    root().write(CalibrationFile, SwappedFile);
+    start();
+    PointerCalibrationData backup = targetsOnly();
+    pServer->getCalibration(&backup);
+    QVERIFY(pServer->calibrate(scaledPairs(20)));
+    qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot write")));
+    QVERIFY(!pServer->calibrate(backup));
+    QCOMPARE(tap(swappedRaw(100, 200)), tapAt(100, 200));
+    qunsetenv("POINTERCAL_FILE");
+    QVERIFY(pServer->calibrate(backup));
+    QCOMPARE(file(), QByteArray(SwappedFile));
 }
 
 void TestPointerHandler::reinstatesEveryMoment()
