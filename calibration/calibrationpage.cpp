@@ -93,7 +93,10 @@ void CalibrationPage::startAutoCalibration()
         return;
     }
     bRunning = true;
-    startCountdown();
+    // A calibration that waits for acceptance still counts down; its restore starts the next run.
+    if (!pAcceptTimer) {
+        startCountdown();
+    }
     showFullScreen();
 }
 
@@ -108,11 +111,9 @@ void CalibrationPage::setAcceptMode(bool bOn)
 
 void CalibrationPage::StartCalibration()
 {
+    bRunning = true;
     CancelTimer();
-    CancelStartTimer();
-    if (!sStartText.isEmpty()) {
-        pForm->startCalibrationButton->setText(sStartText);
-    }
+    stopCountdown();
     if (!pController) {
         pController = std::make_unique<VeltaCalibrationPanelContext>(this);
         connect(pController.get(), &VeltaCalibrationPanelContext::calibration_done, this,
@@ -125,8 +126,17 @@ void CalibrationPage::StartCalibration()
     pController->showCalibrationPanel();
 }
 
+void CalibrationPage::stopCountdown()
+{
+    CancelStartTimer();
+    if (!sStartText.isEmpty()) {
+        pForm->startCalibrationButton->setText(sStartText);
+    }
+}
+
 void CalibrationPage::CalibrationDone()
 {
+    stopCountdown(); // of a page that was hidden and raised behind a box of the run's end
     setAcceptMode(true);
     nAcceptCount = AcceptSeconds;
     removeTimer(pAcceptTimer);

@@ -27,9 +27,11 @@ public:
     CalibrationPage();
     ~CalibrationPage() override;
 
-    /// Shows the page full screen and counts down to a run, unless isRunning().
+    /// Shows the page full screen and counts down to a run, unless isRunning(). A calibration that
+    /// waits for acceptance waits on.
     void startAutoCalibration();
-    /// From startAutoCalibration() until the operator has left with "Exit Calibration".
+    /// From startAutoCalibration() or StartCalibration() until the operator has left with "Exit
+    /// Calibration".
     bool isRunning() const { return bRunning; }
 
 public Q_SLOTS:
@@ -53,6 +55,7 @@ private:
     void setAcceptMode(bool bOn);
     void setPointerVisible(bool bVisible);
     void startCountdown();
+    void stopCountdown();
     void showStartCount();
     static void removeTimer(QTimer *&pTimer);
 

@@ -38,6 +38,9 @@ TouchCalibrationData::~TouchCalibrationData()
 
 short TouchCalibrationData::openTouchscreen()
 {
+    if (pTouchscreen) {
+        closeTouchscreen();
+    }
     pTouchscreen = ts_open(QFile::encodeName(touchscreenDevice()).constData(), 0);
     if (!pTouchscreen) {
         qDebug("ts_open error");
@@ -60,6 +63,11 @@ short TouchCalibrationData::closeTouchscreen()
     const int result = ts_close(pTouchscreen);
     pTouchscreen = nullptr;
     return result == 0 ? 0 : ERR_TS_CLOSE;
+}
+
+void TouchCalibrationData::releaseBackup()
+{
+    bBackupLoaded = bBackupLoaded && bRestorePending;
 }
 
 short TouchCalibrationData::backupCalibration()
@@ -87,7 +95,10 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &pairs, boo
     }
     short code = makeCalibrationWritable(true);
     if (pServer && (code == 0 || bRestore) && !pServer->calibrate(data)) {
-        code = PointerTransform::fit(data) ? ERR_FILE_WRITE : ERR_CAL_CORRUPT;
+        code = bRestore || PointerTransform::fit(data) ? ERR_FILE_WRITE : ERR_CAL_CORRUPT;
+    }
+    if (!bRestore && code == 0) {
+        bRestorePending = false;
     }
     if (bRemounted) {
         const short protectCode = makeCalibrationWritable(false);
@@ -102,7 +113,8 @@ short TouchCalibrationData::restoreOldCalibration()
         return ERR_CAL_NO_BACKUP;
     }
     const short code = applyCalibration(backup, true);
-    bBackupLoaded = false;
+    bRestorePending = code == ERR_FILE_WRITE;
+    bBackupLoaded = bRestorePending;
     return code == RemountFailed ? 0 : code;
 }
 

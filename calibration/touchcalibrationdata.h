@@ -26,10 +26,13 @@ public:
 
     /// Opens and configures the touchscreen for raw samples; the operator is not told of failures.
     /// Nobody else may read the touchscreen from here to closeTouchscreen(): two readers of one
-    /// device can take each other's samples.
+    /// device can take each other's samples. One that is still open is closed first.
     short openTouchscreen();
     short closeTouchscreen();
 
+    /// Lets the next backupCalibration() take a new backup; one that could not be stored again
+    /// stays, as the file still is not what it should be.
+    void releaseBackup();
     /// Keeps the calibration in force, for a screen of nScreenWidth x nScreenHeight. A backup that
     /// is already held stays (and the result is a warning code).
     short backupCalibration();
@@ -42,8 +45,9 @@ public:
     /// measured points leave the pointer without calibration and the file as before; a restore
     /// reaches the pointer all the same.
     short applyCalibration(const CalibrationRecord &pairs, bool bRestore);
-    /// Puts the backup in force again and drops it. A failed remount, of which the operator has
-    /// been told, is no failure of the restore.
+    /// Puts the backup in force again and drops it, unless the file cannot be written
+    /// (ERR_FILE_WRITE): then it is in force, and kept for another try. A failed remount, of which
+    /// the operator has been told, is no failure of the restore.
     short restoreOldCalibration();
     /// Remounts the file system of the pointer calibration file's directory, for writing (unless
     /// the directory is writable) or for reading only. The operator is told of a failure.
@@ -56,12 +60,13 @@ public:
 
     int nScreenWidth = 0; ///< pixels, set at the start of a run
     int nScreenHeight = 0; ///< pixels, set at the start of a run
-    bool bBackupLoaded = false; ///< cleared at the start of a run, so that it takes a new backup
+    bool bBackupLoaded = false; ///< a backup is held
     tsdev *pTouchscreen = nullptr; ///< open only during a run
     CalibrationRecord points; ///< measured in this run
 
 private:
     bool bRemounted = false;
+    bool bRestorePending = false; ///< the backup is not in the file, and no newer run is either
     bool bSilent = false;
     int nRotation; ///< quarter turns of the screen, 0 to 3
     CalibrationRecord backup;

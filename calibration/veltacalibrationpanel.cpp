@@ -81,7 +81,7 @@ short VeltaCalibrationPanel::startCalibration()
     cancel();
     bRunning = true;
     nPoints = nCrossX = nCrossY = 0;
-    data.bBackupLoaded = false;
+    data.releaseBackup();
     screenColor = Qt::black;
 
     const QSize size = QGuiApplication::primaryScreen()->geometry().size();
@@ -139,16 +139,17 @@ void VeltaCalibrationPanel::CalThreadControl()
     bRunning = false;
     // No one samples any more, and a box that appears now needs the pointer.
     setPointerSuspended(false);
-    reportFailure(data.applyCalibration(data.points, false));
-    reportFailure(data.closeTouchscreen());
+    bApplying = true;
+    reportFailure(data.applyCalibration(data.points, false), pointerCalibrationName());
+    reportFailure(data.closeTouchscreen(), QStringLiteral("closeTouchscreen"));
+    bApplying = false;
     Q_EMIT CalibFinished();
 }
 
-void VeltaCalibrationPanel::reportFailure(short code)
+void VeltaCalibrationPanel::reportFailure(short code, const QString &text)
 {
     if (code != 0 && code != TouchCalibrationData::RemountFailed) {
-        const VeltaInfoBox box(code, pointerCalibrationName(), CalibrationBoxSeconds, this, true,
-                               true);
+        const VeltaInfoBox box(code, text, CalibrationBoxSeconds, this, true, true);
     }
 }
 

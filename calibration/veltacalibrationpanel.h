@@ -27,6 +27,9 @@ public:
     /// Ends a run in progress without result: nothing is signalled, the calibration stays as it is.
     void cancel();
     bool isRunning() const { return bRunning; }
+    /// Five points are being handed over, maybe behind a box: CalibFinished() follows. No run may
+    /// begin before it.
+    bool isApplying() const { return bApplying; }
 
     TouchCalibrationData &calibrationData() { return data; }
 
@@ -48,7 +51,8 @@ protected:
 private:
     void startPoint();
     void stopSampling();
-    void reportFailure(short code);
+    /// \a text is the "%1" of the code's message.
+    void reportFailure(short code, const QString &text);
     QFont fittingFont() const;
 
     TouchCalibrationData data;
@@ -58,6 +62,7 @@ private:
     int nCrossX = 0;
     int nCrossY = 0;
     bool bRunning = false;
+    bool bApplying = false;
     QColor screenColor = Qt::black;
     std::array<QString, 3> lines;
 };

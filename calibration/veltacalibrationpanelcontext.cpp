@@ -35,7 +35,7 @@ VeltaCalibrationPanelContext::~VeltaCalibrationPanelContext() = default;
 void VeltaCalibrationPanelContext::cancel()
 {
     pPanel->cancel();
-    hide();
+    leaveScreen();
 }
 
 void VeltaCalibrationPanelContext::restoreSilently()
@@ -44,8 +44,20 @@ void VeltaCalibrationPanelContext::restoreSilently()
     pPanel->calibrationData().restoreOldCalibration();
 }
 
+void VeltaCalibrationPanelContext::leaveScreen()
+{
+    hide();
+    // No window is active now on some platforms, and no key would reach the page.
+    if (parentWidget()->isVisible()) {
+        parentWidget()->activateWindow();
+    }
+}
+
 void VeltaCalibrationPanelContext::showCalibrationPanel()
 {
+    if (pPanel->isApplying()) {
+        return; // a box of the last run is open, and its outcome follows
+    }
     show();
     if (const short code = pPanel->startCalibration(); code != 0) {
         CalibrationError(code);
@@ -65,13 +77,13 @@ void VeltaCalibrationPanelContext::RestoreOldCalibrationData()
 
 void VeltaCalibrationPanelContext::CalibrationFinished()
 {
-    hide();
+    leaveScreen();
     Q_EMIT calibration_done();
 }
 
 void VeltaCalibrationPanelContext::CalibrationError(short nCode)
 {
-    hide();
+    leaveScreen();
     if (nCode != 0) {
         const VeltaInfoBox box(nCode, 0, this, true, true);
     }

@@ -35,5 +35,8 @@ public Q_SLOTS:
     void CalibrationError(short nCode);
 
 private:
+    /// Hides the window and makes the page, where it is shown, the active one again.
+    void leaveScreen();
+
     std::unique_ptr<VeltaCalibrationPanel> pPanel;
 };

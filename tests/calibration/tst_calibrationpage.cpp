@@ -10,6 +10,7 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
+#include <QApplication>
 #include <QLCDNumber>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -58,6 +59,8 @@ private Q_SLOTS:
     void cleanup();
     void acceptedByTouch();
     void nobodyAccepts();
+    void requestComesBack();
+    void startsBehindBox();
     void endsInTheMiddle_data();
     void endsInTheMiddle();
     void readErrorInTheMiddle();
@@ -103,6 +106,7 @@ void TestCalibrationPage::cleanup()
     pServer.reset();
     pFifo.reset();
     qunsetenv("TSLIB_TSDEVICE");
+    qunsetenv("POINTERCAL_FILE");
     setScreen({800, 480});
     DeviceTest::cleanup();
 }
@@ -166,6 +170,7 @@ void TestCalibrationPage::acceptedByTouch()
     touchCrosshairs();
 
     QVERIFY(!crosshairs()->isVisible());
+    QCOMPARE(QApplication::activeWindow(), pPage.get());
     QVERIFY(!button("startCalibrationButton")->isEnabled());
     QVERIFY(!button("cancelCalibrationButton")->isEnabled());
     auto *pCount = pPage->findChild<QLCDNumber *>();
@@ -215,6 +220,58 @@ void TestCalibrationPage::nobodyAccepts()
     QCOMPARE(root().read(CalibrationFile), OldFile);
     QCOMPARE(landing({1000, 1000}), before);
     QCOMPARE(timers(), 1);
+}
+
+/// A calibration that waits for acceptance waits on when the page is hidden and raised again.
+void TestCalibrationPage::requestComesBack()
+{
+    startPage();
+    touchCrosshairs();
+    pPage->hide();
+    QVERIFY(!pPage->isRunning());
+    pPage->startAutoCalibration();
+    QVERIFY(pPage->isRunning());
+    QVERIFY(inAcceptMode());
+    QCOMPARE(timers(), 1);
+    BoxWatcher operatorsEyes;
+    for (int i = 0; i <= 10; ++i) {
+        pPage->updateLCD();
+    }
+    QCOMPARE(root().read(CalibrationFile), OldFile);
+    QCOMPARE(button("startCalibrationButton")->text(), QStringLiteral("Start Calibration (5)"));
+}
+
+/// While the end of a run shows a box, the page is hidden, raised and started again.
+void TestCalibrationPage::startsBehindBox()
+{
+    landing({1, 1}); // opens the other end
+    const qsizetype open = openTouchscreens();
+    startPage();
+    VeltaCalibrationPanel *pPanel = crosshairs();
+    // Not even root can write into a directory that is not there.
+    qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
+    bool bRestarted = false;
+    QTimer again;
+    connect(&again, &QTimer::timeout, this, [&] {
+        if (!bRestarted && pPanel->isApplying()) {
+            bRestarted = true;
+            pPage->hide();
+            pPage->startAutoCalibration();
+            pPage->StartCalibration();
+            QVERIFY(!pPanel->isRunning());
+        }
+    });
+    again.start(1);
+    BoxWatcher operatorsEyes(200);
+    touchCrosshairs();
+    QVERIFY(bRestarted);
+    QVERIFY(!operatorsEyes.texts().isEmpty());
+    QVERIFY(!crosshairs()->isVisible());
+    QCOMPARE(timers(), 1);
+    qunsetenv("POINTERCAL_FILE");
+    pPage.reset();
+    QCOMPARE(openTouchscreens(), open);
+    QCOMPARE(root().read(CalibrationFile), OldFile);
 }
 
 void TestCalibrationPage::endsInTheMiddle_data()
@@ -308,6 +365,11 @@ void TestCalibrationPage::countdownAndExit()
     QVERIFY(!pPage->isRunning());
     QVERIFY(!root().exists(Request));
     QCOMPARE(timers(), 0);
+
+    // A start by hand is a run, too: the main window must not resume the pointer in it.
+    button("startCalibrationButton")->click();
+    QVERIFY(pPage->isRunning());
+    pPage->hide();
 
     // Start at once from the middle of a count-down.
     pPage->startAutoCalibration();

@@ -76,6 +76,7 @@ private Q_SLOTS:
     void readOnlyDirectory();
     void refusedPoints();
     void twoRuns();
+    void restoreCannotWrite();
     void openFails_data();
     void openFails();
     void withoutHandleOrBackup();
@@ -313,6 +314,31 @@ void TestTouchCalibrationData::twoRuns()
     QCOMPARE(landing(first.touch({600, 200})), QPoint(600, 200));
 }
 
+/// The old calibration is live, and stays the backup until it is in the file again.
+void TestTouchCalibrationData::restoreCannotWrite()
+{
+    openPointer({});
+    const QPoint before = landing({100, 100});
+    TouchCalibrationData data;
+    data.nScreenWidth = 800;
+    data.nScreenHeight = 480;
+    data.backupCalibration();
+    QCOMPARE(data.applyCalibration(measured({}), false), 0);
+    const QString path = root().path(calibrationFile);
+    QVERIFY(QFile::remove(path) && QDir().mkpath(path));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot remove")));
+    QCOMPARE(data.restoreOldCalibration(), ERR_FILE_WRITE);
+    QCOMPARE(landing({100, 100}), before);
+    data.releaseBackup();
+    QCOMPARE(data.backupCalibration(), WARN_CAL_BACKUP_LOADED);
+
+    QVERIFY(QDir().rmdir(path));
+    QCOMPARE(data.applyCalibration(measured({}), false), 0);
+    QCOMPARE(data.restoreOldCalibration(), 0);
+    QVERIFY(!root().exists(calibrationFile));
+    QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
+}
+
 void TestTouchCalibrationData::openFails_data()
 {
     QTest::addColumn<QByteArray>("device"); ///< in the environment
@@ -348,6 +374,7 @@ void TestTouchCalibrationData::withoutHandleOrBackup()
     QCOMPARE(data.closeTouchscreen(), ERR_NULL_POINTER);
     QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
     QCOMPARE(data.openTouchscreen(), 0);
+    QCOMPARE(data.openTouchscreen(), 0); // the first one is closed
     QCOMPARE(data.closeTouchscreen(), 0);
     QVERIFY(!data.pTouchscreen);
 }
