@@ -16,3 +16,4 @@ build=build/release
 "$build/benchmarks/bench_panel"
 "$build/benchmarks/bench_calibration" "${WAIT_SECONDS:-10}"
 "$build/benchmarks/bench_keyboard"
+"$build/benchmarks/bench_memory"
