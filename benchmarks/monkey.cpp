@@ -347,8 +347,13 @@ private:
     {
         if (++nClosingSteps > KeysUntilClosed) {
             const QWidget *pModal = QApplication::activeModalWidget();
-            qFatal("page %s cannot be left: modal is %s", place.name,
-                   pModal ? pModal->metaObject()->className() : "nothing");
+            qFatal("page %s cannot be left: modal is %s, tick posted %d, wizard %d, Cancel enabled "
+                   "%d, "
+                   "loop level %d",
+                   place.name, pModal ? pModal->metaObject()->className() : "nothing",
+                   int(bTickPosted), wizard() ? wizard()->currentId() : NoWizard,
+                   int(wizard() && wizard()->button(QWizard::CancelButton)->isEnabled()),
+                   QThread::currentThread()->loopLevel());
         }
         QWidget *pModal = QApplication::activeModalWidget();
         auto *pBox = qobject_cast<QMessageBox *>(pModal);
