@@ -374,7 +374,9 @@ private:
             }
         } else if (VeltaWizard *pWizard = wizard()) {
             pWizard->RestoreButtons();
-            pWizard->button(QWizard::CancelButton)->click();
+            // A summary without changes can only be saved or left backwards.
+            QAbstractButton *pCancel = pWizard->button(QWizard::CancelButton);
+            (pCancel->isEnabled() ? pCancel : pWizard->button(QWizard::BackButton))->click();
         } else if (!pModal && !bTickPosted && nClosingSteps > 3) {
             QApplication::quit();
         }
