@@ -1,12 +1,16 @@
 #include "app/panelstyle.h"
 
 #include <QPainter>
+#include <QStyleOptionButton>
 #include <QStyleOptionProgressBar>
+
+#include <algorithm>
 
 namespace {
 
 constexpr int BusySteps = 12; // values from one end of the bar to the other
 constexpr int BusyChunkDivisor = 4; // the moving piece takes this part of the bar
+constexpr qsizetype MostPalettes = 8;
 
 // Where the piece stands: it goes to the right end and back.
 QRect busyChunk(const QRect &bar, int nValue)
@@ -22,6 +26,33 @@ QRect busyChunk(const QRect &bar, int nValue)
 
 PanelStyle::PanelStyle() : QProxyStyle(QStringLiteral("Fusion"))
 { }
+
+void PanelStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *pOption,
+                               QPainter *pPainter, const QWidget *pWidget) const
+{
+    const auto *pButton = qstyleoption_cast<const QStyleOptionButton *>(pOption);
+    if (!pButton || element != PE_PanelButtonCommand) {
+        QProxyStyle::drawPrimitive(element, pOption, pPainter, pWidget);
+        return;
+    }
+    QStyleOptionButton button(*pButton);
+    button.palette = sharedPalette(pButton->palette);
+    QProxyStyle::drawPrimitive(element, &button, pPainter, pWidget);
+}
+
+// The palette of the same colours that was seen first.
+const QPalette &PanelStyle::sharedPalette(const QPalette &palette) const
+{
+    const auto it = std::find(palettes.cbegin(), palettes.cend(), palette);
+    if (it != palettes.cend()) {
+        return *it;
+    }
+    if (palettes.size() == MostPalettes) {
+        palettes.removeFirst();
+    }
+    palettes.append(palette);
+    return palettes.constLast();
+}
 
 void PanelStyle::drawControl(ControlElement element, const QStyleOption *pOption,
                              QPainter *pPainter, const QWidget *pWidget) const
