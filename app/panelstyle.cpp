@@ -1,5 +1,6 @@
 #include "app/panelstyle.h"
 
+#include <QAbstractButton>
 #include <QPainter>
 #include <QStyleOptionButton>
 #include <QStyleOptionProgressBar>
@@ -27,6 +28,14 @@ QRect busyChunk(const QRect &bar, int nValue)
 PanelStyle::PanelStyle() : QProxyStyle(QStringLiteral("Fusion"))
 { }
 
+void PanelStyle::polish(QWidget *pWidget)
+{
+    QProxyStyle::polish(pWidget);
+    if (qobject_cast<QAbstractButton *>(pWidget)) {
+        pWidget->setAttribute(Qt::WA_Hover, false); // nothing to repaint
+    }
+}
+
 void PanelStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *pOption,
                                QPainter *pPainter, const QWidget *pWidget) const
 {
@@ -37,6 +46,7 @@ void PanelStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *pOp
     }
     QStyleOptionButton button(*pButton);
     button.palette = sharedPalette(pButton->palette);
+    button.state &= ~State_MouseOver;
     QProxyStyle::drawPrimitive(element, &button, pPainter, pWidget);
 }
 

@@ -1,17 +1,24 @@
 #include "input/veltainputpanel.h"
 
 #include "input/inputpanellayout.h"
+#include "input/qveltalineedit.h"
+#include "platform/windowserver.h"
 #include "settings/fittedfont.h"
 #include "ui_veltainputpanelform.h"
 
 #include <QApplication>
+#include <QFontMetrics>
+#include <QGridLayout>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QPushButton>
 #include <QScreen>
+#include <QStackedWidget>
 
 #include <algorithm>
 #include <chrono>
 #include <map>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -85,6 +92,10 @@ VeltaInputPanel::VeltaInputPanel(QWidget *parent, bool highlightFocus, const QSt
     connect(&repeatTimer, &QTimer::timeout, this, &VeltaInputPanel::DoAutoRepeat);
     timeoutTimer.setObjectName(QStringLiteral("timeoutTimer"));
     connect(&timeoutTimer, &QTimer::timeout, this, [this] { UpdateTimeout(); });
+    if (const WindowServer *pServer = WindowServer::instance()) {
+        // An unplugged keyboard releases nothing any more.
+        connect(pServer, &WindowServer::keyboardClosed, this, &VeltaInputPanel::stopRepeat);
+    }
     connect(pForm->panelLineEdit, &QLineEdit::returnPressed, this, &VeltaInputPanel::EnterPressed);
 
     createKeys();
@@ -367,6 +378,7 @@ void VeltaInputPanel::deselectText()
 
 bool VeltaInputPanel::isLineEditEmpty() const
 {
+    // An empty mask's text is its separators, which only a line edit can tell.
     QLineEdit empty;
     empty.setInputMask(pForm->panelLineEdit->inputMask());
     return pForm->panelLineEdit->text() == empty.text();
@@ -374,6 +386,7 @@ bool VeltaInputPanel::isLineEditEmpty() const
 
 void VeltaInputPanel::focusFirstKey()
 {
+    window()->setAttribute(Qt::WA_KeyboardFocusChange); // who has a keypad sees where it starts
     firstButton()->setFocus(Qt::TabFocusReason);
 }
 
@@ -587,8 +600,12 @@ bool VeltaInputPanel::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::FocusIn) {
         // By itself the style marks the focused key only after a Tab key, which a keypad has not.
-        const bool bTouched = static_cast<QFocusEvent *>(event)->reason() == Qt::MouseFocusReason;
-        window()->setAttribute(Qt::WA_KeyboardFocusChange, !bTouched);
+        // A touched key stays unmarked, also when the keyboard's window gets active again: it may
+        // be a digit of the password.
+        const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
+        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
+            window()->setAttribute(Qt::WA_KeyboardFocusChange, reason != Qt::MouseFocusReason);
+        }
     }
     const bool bPress = event->type() == QEvent::KeyPress;
     if (!bPress && event->type() != QEvent::KeyRelease) {
@@ -616,7 +633,8 @@ void VeltaInputPanel::keyPressEvent(QKeyEvent *event)
 {
     event->accept();
     const int key = event->key();
-    // The panel repeats held keys by itself, but for the cursor keys: those the keyboard repeats.
+    // The panel repeats held keys by itself, but for the cursor keys: those the keyboard repeats. A
+    // digit under a resting glove must not fill the field.
     if (event->isAutoRepeat() && key != Qt::Key_Left && key != Qt::Key_Right) {
         return;
     }

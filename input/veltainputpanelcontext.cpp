@@ -1,11 +1,13 @@
 #include "input/veltainputpanelcontext.h"
 
+#include "input/inputkeys.h"
 #include "input/qveltalineedit.h"
 #include "input/veltainputpanel.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPalette>
 #include <QScreen>
 
 #include <utility>
@@ -98,7 +100,7 @@ void VeltaInputPanelContext::coverScreen(QSize requested)
     if (requested.isEmpty() && pTarget) {
         requested = pTarget->window()->size();
     }
-    // An area larger than the screen is centred on it, which leaves exactly the screen.
+    // An area larger than the screen and centred on it would stick out on all sides.
     setFixedSize(requested.boundedTo(area.size()));
     move(area.topLeft());
 }
@@ -200,6 +202,9 @@ void VeltaInputPanelContext::finish()
 {
     pPanel->deselectText();
     hide();
+    if (inputModes()[pPanel->mode()].bPassword) {
+        pPanel->setLineEditText({}); // a password stays no longer than it must
+    }
 }
 
 void VeltaInputPanelContext::hideEvent(QHideEvent *event)

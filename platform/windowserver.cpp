@@ -113,12 +113,16 @@ std::unique_ptr<QObject> WindowServer::createKeyboardHandler(const QString &spec
 
 void WindowServer::setKeyboardHandler(std::unique_ptr<QObject> handler)
 {
+    closeKeyboard();
     pKeyboardHandler = std::move(handler);
 }
 
 void WindowServer::closeKeyboard()
 {
-    pKeyboardHandler.reset();
+    if (pKeyboardHandler) {
+        pKeyboardHandler.reset();
+        Q_EMIT keyboardClosed();
+    }
 }
 
 bool WindowServer::hasKeyboard() const

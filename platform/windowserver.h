@@ -70,6 +70,10 @@ public:
     int transformationOrientation() const { return nRotation; }
     bool isTransformed() const { return nRotation != 0; }
 
+Q_SIGNALS:
+    /// The keyboard handler is gone: no release of a key that is held will come.
+    void keyboardClosed();
+
 private:
     std::unique_ptr<QObject> pKeyboardHandler;
     std::unique_ptr<PointerHandler> pPointerHandler;

@@ -1,5 +1,4 @@
 #include "app/mainwindow.h"
-#include "app/startup.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "input/veltainputpanelcontext.h"
@@ -291,7 +290,6 @@ private:
     }
 
 private Q_SLOTS:
-    static void initTestCase() { setUpLook(*qApp); }
 
     void everyPage_data()
     {

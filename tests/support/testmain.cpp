@@ -1,5 +1,6 @@
 #include "tests/support/testmain.h"
 
+#include "app/startup.h"
 #include "tests/support/screen.h"
 
 #include <QApplication>
@@ -20,6 +21,7 @@ int runPanelTest(int argc, char **argv, const char *name,
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QString::fromLatin1(name));
+    setUpLook(application);
     setScreen({800, 480});
     return run(argc, argv);
 }
