@@ -53,7 +53,6 @@ constexpr auto KeyMapFile = QLatin1String("/etc/kbd/de.qmap");
 constexpr int MaxKeyboards = 2;
 
 constexpr auto BlankLabel = QLatin1String("    ");
-constexpr auto UnknownAddress = QLatin1String("0.0.0.0");
 constexpr auto UnknownMac = QLatin1String("00:00:00:00:00:00");
 constexpr auto DhcpModeText = QLatin1String("dhcp");
 constexpr auto StaticModeText = QLatin1String("static");
@@ -290,7 +289,7 @@ void MainWindow::controlVisibility()
 
 void MainWindow::showWhileStopped()
 {
-    if (ipText.contains(QLatin1String("0.0.0.0"))) {
+    if (ipText.contains(NoAddress)) {
         updateDeviceInfo(); // a late lease becomes visible
     }
     showFullScreenOnce();
@@ -491,7 +490,7 @@ QString MainWindow::interfaceIp(int nInterface)
     ipBuffer.fill('\0');
     const int nResult =
         sysif_GetInterfaceIp(ipBuffer.data(), interfaceName(nInterface).constData());
-    ipText = nResult == 0 ? firmwareText(ipBuffer) : UnknownAddress;
+    ipText = nResult == 0 ? firmwareText(ipBuffer) : NoAddress;
     return ipText;
 }
 
@@ -500,7 +499,7 @@ QString MainWindow::interfaceNetmask(int nInterface)
     netmaskBuffer.fill('\0');
     const int nResult =
         sysif_GetInterfaceNetmask(netmaskBuffer.data(), interfaceName(nInterface).constData());
-    netmaskText = nResult == 0 ? firmwareText(netmaskBuffer) : UnknownAddress;
+    netmaskText = nResult == 0 ? firmwareText(netmaskBuffer) : NoAddress;
     return netmaskText;
 }
 
@@ -602,7 +601,7 @@ void MainWindow::startAppButtonPressed()
 
 bool MainWindow::readKeyboardMapping() const
 {
-    const QSettings settings(devicePath(QStringLiteral("/etc/settings.ini")), QSettings::IniFormat);
+    const QSettings settings(devicePath(SettingsPath), QSettings::IniFormat);
     return settings.value(QLatin1String("input/kbd_mapping"), QString()).toString()
         == QLatin1String("DE")
         && QFile::exists(devicePath(KeyMapFile));

@@ -3,6 +3,9 @@
 #include <QApplication>
 #include <QKeyEvent>
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
 
 struct KeyTranslation

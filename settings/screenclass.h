@@ -3,6 +3,7 @@
 #include <QSize>
 
 #include <array>
+#include <cstddef>
 
 /// The class of a screen: dialogs, the keyboard and fonts are looked up by it.
 struct ScreenClass

@@ -2,6 +2,7 @@
 
 #include "settings/screenclass.h"
 
+#include <QLatin1String>
 #include <QString>
 
 #include <array>
@@ -18,6 +19,9 @@ const QString &networkModeName(quint32 nNetMode);
 /// Order of SettingsRecord::ipEntries.
 enum IpEntryIndex { AddressEntry, GatewayEntry, NetmaskEntry, Dns1Entry, Dns2Entry };
 constexpr int IpEntryCount = 5;
+
+/// Text that stands for no address.
+inline constexpr QLatin1String NoAddress("0.0.0.0");
 
 /// One IPv4 setting.
 struct IpEntry

@@ -4,7 +4,7 @@
 #include "platform/devicepath.h"
 #include "platform/firmwaretext.h"
 #include "platform/libfirmware.h"
-#include "platform/windowserver.h"
+#include "platform/pendinginput.h"
 #include "settings/errorcatalogue.h"
 #include "wizard/ip4validator.h"
 
@@ -22,7 +22,6 @@ constexpr auto PasswordKey = QLatin1String("config_passwd");
 constexpr auto ProtectionKey = QLatin1String("config_protection_enabled");
 constexpr auto NetworkGroup = QLatin1String("network");
 constexpr auto ModeKey = QLatin1String("eth0.mode");
-constexpr auto NoAddress = QLatin1String("0.0.0.0");
 
 // The addresses in the order in which they are read and written.
 struct AddressKey
@@ -30,21 +29,21 @@ struct AddressKey
     IpEntryIndex index;
     QLatin1String key;
     const char *label;
-    const char *defaultValue;
-    bool bZeroFirstOctetAllowed; // "0.0.0.0" then stands for "none"
+    QLatin1String defaultValue;
+    bool bZeroFirstOctetAllowed; // NoAddress is then a value
     IP4Validator::Mode validateMode;
 };
 
 constexpr AddressKey AddressKeys[] = {
-    {AddressEntry, QLatin1String("eth0.ip"), QT_TRANSLATE_NOOP("QObject", "Address"), "0.0.0.0",
+    {AddressEntry, QLatin1String("eth0.ip"), QT_TRANSLATE_NOOP("QObject", "Address"), NoAddress,
      false, IP4Validator::Address},
     {NetmaskEntry, QLatin1String("eth0.netmask"), QT_TRANSLATE_NOOP("QObject", "Netmask"),
-     "255.255.255.0", false, IP4Validator::Netmask},
+     QLatin1String("255.255.255.0"), false, IP4Validator::Netmask},
     {GatewayEntry, QLatin1String("default_gateway"), QT_TRANSLATE_NOOP("QObject", "Gateway"),
-     "0.0.0.0", true, IP4Validator::Address},
-    {Dns1Entry, QLatin1String("dnsserver1"), QT_TRANSLATE_NOOP("QObject", "DNS1"), "0.0.0.0", true,
+     NoAddress, true, IP4Validator::Address},
+    {Dns1Entry, QLatin1String("dnsserver1"), QT_TRANSLATE_NOOP("QObject", "DNS1"), NoAddress, true,
      IP4Validator::Address},
-    {Dns2Entry, QLatin1String("dnsserver2"), QT_TRANSLATE_NOOP("QObject", "DNS2"), "0.0.0.0", true,
+    {Dns2Entry, QLatin1String("dnsserver2"), QT_TRANSLATE_NOOP("QObject", "DNS2"), NoAddress, true,
      IP4Validator::Address},
 };
 
@@ -114,7 +113,7 @@ constexpr LiveValue LiveValues[] = {
      [](FirmwareBuffer &buffer) {
          const int result = sysgw_GetDefaultGateway(buffer.data(), int(buffer.size()));
          if (result == 0) { // no default route, and the buffer is not filled
-             qstrncpy(buffer.data(), "0.0.0.0", buffer.size());
+             qstrncpy(buffer.data(), NoAddress.data(), buffer.size());
          }
          return result;
      },
@@ -142,7 +141,7 @@ VeltaSettings::VeltaSettings(const QString &settingsPath, const QString &newSett
         working.nScreenHeight[i] = snapshot.nScreenHeight[i] = quint16(size.height());
     }
     for (const AddressKey &row : AddressKeys) {
-        defaults[row.index] = QString::fromLatin1(row.defaultValue);
+        defaults[row.index] = row.defaultValue;
     }
     working.pUtils = &utils;
 }
@@ -335,25 +334,12 @@ int VeltaSettings::saveSettings(bool bApply)
     if (!bApply) {
         return 0;
     }
-    const int nResult = runSysCfgWithoutTouches();
+    const int nResult = utils.runSysCfg();
+    // The tool blocks everything for a while. Who taps SAVE or presses Return again meanwhile must
+    // not press what comes up in its place.
+    discardPendingInput();
     if (nResult != 0) {
         const VeltaInfoBox box(ERR_SYSCFG_RESULT, QString::number(nResult), 0, nullptr, true, true);
-    }
-    return nResult;
-}
-
-// The tool blocks everything for a while. Who taps SAVE again meanwhile must not press what comes
-// up in its place.
-int VeltaSettings::runSysCfgWithoutTouches()
-{
-    WindowServer *pServer = WindowServer::instance();
-    const bool bSuspend = pServer && !pServer->isPointerSuspended();
-    if (bSuspend) {
-        pServer->suspendPointer();
-    }
-    const int nResult = utils.runSysCfg();
-    if (bSuspend) {
-        pServer->resumePointer();
     }
     return nResult;
 }

@@ -65,7 +65,6 @@ private:
     void readStoredValues();
     void checkStaticValues();
     bool entryChanged(int index) const;
-    int runSysCfgWithoutTouches();
     void writeChanges();
 
     const QString sNewSettingsPath; ///< On the device, for messages.

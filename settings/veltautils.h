@@ -6,6 +6,7 @@
 class QWidget;
 
 /// Where a changed configuration is handed to the system configuration tool.
+inline constexpr QLatin1String SettingsPath("/etc/settings.ini");
 inline constexpr QLatin1String NewSettingsPath("/tmp/newsettings.ini");
 
 /// Adapts widgets to the screen they are shown on, and runs the system configuration tool.

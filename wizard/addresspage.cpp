@@ -11,8 +11,11 @@
 #include <QPushButton>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
+
+constexpr auto WidestAddress = QLatin1String("255.255.255.255");
 
 // What an emptied field still holds are the dots of its mask.
 bool holdsNoDigit(const QString &text)
@@ -42,8 +45,7 @@ void AddressPage::prepareForm(const QList<QWidget *> &placeholders, const PageFr
     for (const AddressField &field : std::as_const(fields)) {
         scaled << field.pLabel << field.pEdit << field.pButton;
         labels << field.pLabel;
-        rows << FieldRow{field.pLabel, field.pEdit, field.pButton,
-                         QStringLiteral("255.255.255.255")};
+        rows << FieldRow{field.pLabel, field.pEdit, field.pButton, WidestAddress};
         field.pButton->setAttribute(Qt::WA_AcceptTouchEvents);
         connect(field.pButton, &QPushButton::clicked, this, &AddressPage::Button_clicked);
         connect(field.pEdit, &QLineEdit::selectionChanged, this, &AddressPage::DeselectText);

@@ -13,9 +13,6 @@ class VeltaInputPanelContext;
 class VeltaSettings;
 class VeltaWizard;
 
-/// Stands for no address, where one may be missing.
-constexpr auto NoAddress = QLatin1String("0.0.0.0");
-
 /// What the address pages have in common: rows of a caption, an address and an Edit button, which
 /// opens the on-screen keyboard. What is entered there goes at once into the working record:
 /// as it is, repaired, or, when it is no address, not at all.

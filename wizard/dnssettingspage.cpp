@@ -3,6 +3,8 @@
 #include "settings/veltasettings.h"
 #include "ui_veltadnssettingspage.h"
 
+#include <utility>
+
 DNSSettingsPage::DNSSettingsPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
     : AddressPage(pTheSettings, pTheWizard), pForm(std::make_unique<Ui::VeltaDNSSettingsPage>())
 {

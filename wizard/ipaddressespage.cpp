@@ -3,6 +3,8 @@
 #include "settings/veltasettings.h"
 #include "ui_veltaipaddressesform.h"
 
+#include <utility>
+
 IPAddressesPage::IPAddressesPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
     : AddressPage(pTheSettings, pTheWizard), pForm(std::make_unique<Ui::VeltaIPAddressesForm>())
 {

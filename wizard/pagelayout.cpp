@@ -3,15 +3,19 @@
 #include "settings/settingsrecord.h"
 
 #include <QFontMetrics>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QSpacerItem>
 
 namespace {
 
-constexpr int WideScreen = 800; // pixels
-constexpr int WizardWidthOnWideScreen = 640;
+// Pixels; from here on the wizard leaves room beside, or above and below.
+constexpr int WideScreen = 800;
+constexpr int TallScreen = 500;
+constexpr QSize WizardOnLargeScreen(640, 480);
 
 // Pixels of a page's width that are not for its rows: margins of wizard and group box, and the two
 // gaps inside a row.
@@ -26,7 +30,7 @@ bool rowsFit(const QList<FieldRow> &rows, int nWidth)
     for (const FieldRow &row : rows) {
         nLabel = qMax(nLabel, row.pLabel->fontMetrics().horizontalAdvance(row.pLabel->text()));
         nRest = qMax(nRest,
-                     row.pEdit->fontMetrics().horizontalAdvance(row.longestText) + EditMargins
+                     row.pEdit->fontMetrics().horizontalAdvance(row.sLongestText) + EditMargins
                          + row.pButton->minimumWidth());
     }
     return nLabel + nRest <= nWidth;
@@ -47,18 +51,25 @@ bool makeSmaller(QWidget *pWidget)
 
 } // namespace
 
-int wizardWidth(const SettingsRecord &record)
+QSize wizardSize(const SettingsRecord &record)
 {
+    QSize size(record.nScreenWidth[record.nResolutionIndex],
+               record.nScreenHeight[record.nResolutionIndex]);
     if (record.bFixedWidth) {
-        return record.nFixedWidth;
+        size.setWidth(record.nFixedWidth);
+    } else if (size.width() >= WideScreen) {
+        size.setWidth(WizardOnLargeScreen.width());
     }
-    const int nScreenWidth = record.nScreenWidth[record.nResolutionIndex];
-    return nScreenWidth < WideScreen ? nScreenWidth : WizardWidthOnWideScreen;
+    if (size.height() >= TallScreen) {
+        size.setHeight(WizardOnLargeScreen.height());
+    }
+    // A screen of no usual size may be smaller than its class.
+    return size.boundedTo(QGuiApplication::primaryScreen()->size());
 }
 
 void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows)
 {
-    const int nWidth = wizardWidth(record) - PageMargins;
+    const int nWidth = wizardSize(record).width() - PageMargins;
     bool bSmaller = true;
     while (bSmaller && !rowsFit(rows, nWidth)) {
         bSmaller = false;

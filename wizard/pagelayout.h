@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QSize>
 #include <QString>
 
 class QGroupBox;
@@ -21,7 +22,7 @@ struct FieldRow
     QLabel *pLabel;
     QLineEdit *pEdit;
     QPushButton *pButton;
-    QString longestText; ///< The longest text that the field has to show.
+    QString sLongestText; ///< The longest text that the field has to show.
 };
 
 /// What surrounds the rows of a page.
@@ -32,8 +33,8 @@ struct PageFrame
     QSpacerItem *pBelow;
 };
 
-/// Width in pixels of the wizard on the screen of \a record.
-int wizardWidth(const SettingsRecord &record);
+/// Size in pixels of the wizard on the screen of \a record.
+QSize wizardSize(const SettingsRecord &record);
 
 /// Makes the captions and fields of \a rows smaller, all alike, until every row can show its texts
 /// whole in the wizard's width. No effect on wide screens.

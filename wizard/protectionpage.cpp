@@ -8,6 +8,8 @@
 #include "wizard/pagelayout.h"
 #include "wizard/veltawizard.h"
 
+#include <QEvent>
+#include <QPalette>
 #include <QPointer>
 #include <QTimer>
 

@@ -8,6 +8,7 @@
 class VeltaSettings;
 class VeltaWizard;
 
+class QStyle;
 namespace Ui {
 class VeltaSummaryForm;
 }

@@ -14,14 +14,15 @@
 #include <QCoreApplication>
 #include <QScreen>
 
+#include <algorithm>
+#include <new>
+#include <utility>
+
 namespace {
 
-constexpr auto SettingsFile = QLatin1String("/etc/settings.ini");
 constexpr auto OrganizationName = QLatin1String("Tarnwik Automation GmbH");
 constexpr auto OrganizationDomain = QLatin1String("tarnwik-automation.example");
 
-constexpr int TallScreen = 500; // pixels; from here on the wizard leaves room above and below
-constexpr int WizardHeightOnTallScreen = 480;
 constexpr int ButtonHeight = 30; // pixels, for a finger
 constexpr int RoomyButtonHeight = 40;
 
@@ -67,7 +68,7 @@ int VeltaWizard::setup()
     QCoreApplication::setOrganizationName(OrganizationName);
     QCoreApplication::setOrganizationDomain(OrganizationDomain);
     pSettings =
-        std::make_unique<VeltaSettings>(SettingsFile, NewSettingsPath, QSettings::IniFormat);
+        std::make_unique<VeltaSettings>(SettingsPath, NewSettingsPath, QSettings::IniFormat);
     nLastPageId = -1;
     int nResult = pSettings->init();
     if (nResult == 0) {
@@ -114,7 +115,7 @@ void VeltaWizard::setupButtons()
     for (const WizardButton which :
          {QWizard::NextButton, QWizard::BackButton, QWizard::CancelButton, QWizard::FinishButton,
           QWizard::CustomButton1}) {
-        // Not in the wizard's layout yet, they have not all got its font.
+        // A button gets the wizard's font only with its place in the layout.
         QFont buttonFont = font();
         buttonFont.setBold(true);
         button(which)->setFont(buttonFont);
@@ -210,10 +211,7 @@ void VeltaWizard::applyWindowFlags()
 void VeltaWizard::applyGeometry()
 {
     const SettingsRecord &record = pSettings->working;
-    const int nScreenWidth = record.nScreenWidth[record.nResolutionIndex];
-    const int nScreenHeight = record.nScreenHeight[record.nResolutionIndex];
-    setFixedHeight(nScreenHeight < TallScreen ? nScreenHeight : WizardHeightOnTallScreen);
-    setFixedWidth(wizardWidth(record));
+    setFixedSize(wizardSize(record));
     if (record.bFixedWidth) {
         const QRect area = screen()->availableGeometry();
         const int nMiddleX = (area.left() + area.right()) / 2;
@@ -221,8 +219,11 @@ void VeltaWizard::applyGeometry()
         move(int(nMiddleX - width() * 0.5), int(nMiddleY - height() * 0.5 + 1));
         return;
     }
-    if (nScreenWidth > width() || nScreenHeight > height()) {
-        move((nScreenWidth - width()) / 2, (nScreenHeight - height()) / 2);
+    const QSize room = QSize(record.nScreenWidth[record.nResolutionIndex],
+                             record.nScreenHeight[record.nResolutionIndex])
+                           .boundedTo(screen()->size());
+    if (room.width() > width() || room.height() > height()) {
+        move((room.width() - width()) / 2, (room.height() - height()) / 2);
     }
 }
 

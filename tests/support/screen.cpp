@@ -8,6 +8,7 @@
 #include <private/qguiapplication_p.h>
 #include <qpa/qplatformintegration.h>
 #include <qpa/qplatformnativeinterface.h>
+#include <qpa/qwindowsysteminterface.h>
 
 void setScreen(const QSize &size, int dpi)
 {
@@ -36,6 +37,13 @@ void setScreen(const QSize &size, int dpi)
     }
     if (!taken()) {
         qFatal("the screen did not take the size %d x %d", size.width(), size.height());
+    }
+}
+
+void queueKey(Qt::Key key)
+{
+    for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        QWindowSystemInterface::handleKeyEvent(nullptr, type, key, Qt::NoModifier);
     }
 }
 

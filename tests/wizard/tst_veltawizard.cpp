@@ -1,6 +1,38 @@
 #include "tests/support/testmain.h"
 #include "tests/wizard/wizardtest.h"
 
+#include <unistd.h>
+
+/// A keyboard whose Return waits in the kernel until the program looks at it.
+class WaitingReturn
+{
+public:
+    WaitingReturn()
+    {
+        if (pipe(ends) != 0) {
+            qFatal("no pipe");
+        }
+        pNotifier = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
+        QObject::connect(pNotifier.get(), &QSocketNotifier::activated, [this] {
+            char byte = 0;
+            if (read(ends[0], &byte, 1) == 1) {
+                queueKey(Qt::Key_Return);
+            }
+        });
+    }
+    ~WaitingReturn()
+    {
+        pNotifier.reset();
+        close(ends[0]);
+        close(ends[1]);
+    }
+    void press() const { QVERIFY(write(ends[1], "", 1) == 1); }
+
+private:
+    int ends[2];
+    std::unique_ptr<QSocketNotifier> pNotifier;
+};
+
 class VeltaWizardTest : public WizardTest
 {
     Q_OBJECT
@@ -29,6 +61,12 @@ private Q_SLOTS:
         row(800, 600, QRect(79, 60, 640, 480));
         row(1280, 800, QRect(319, 160, 640, 480));
         row(1920, 1080, QRect(639, 300, 640, 480));
+        // Sizes that no class has
+        row(2560, 1440, QRect(959, 480, 640, 480));
+        row(1024, 600, QRect(191, 60, 640, 480));
+        row(800, 400, QRect(79, 0, 640, 400));
+        row(640, 360, QRect(0, 0, 640, 360));
+        row(500, 300, QRect(0, 0, 500, 300));
     }
     void geometry()
     {
@@ -39,6 +77,7 @@ private Q_SLOTS:
         run([&] {
             QCOMPARE(pWizard->geometry(), area);
             QVERIFY(!pWizard->isWindow());
+            toSummary(); // by buttons that can be touched
         });
     }
 
@@ -112,13 +151,17 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("syscfg");
         QTest::addColumn<bool>("accepted");
         QTest::addColumn<int>("boxes");
+        QTest::addColumn<bool>("unwritable");
         const int nFinish = QWizard::FinishButton;
         const int nCancel = QWizard::CancelButton;
-        QTest::newRow("save") << true << nFinish << QByteArray("exit 0") << true << 0;
-        QTest::newRow("okay") << false << nFinish << QByteArray("exit 0") << false << 0;
-        QTest::newRow("cancel") << true << nCancel << QByteArray("exit 0") << false << 0;
-        QTest::newRow("tool fails") << true << nFinish << QByteArray("exit 3") << false << 1;
-        QTest::newRow("tool missing") << true << nFinish << QByteArray() << false << 1;
+        QTest::newRow("save") << true << nFinish << QByteArray("exit 0") << true << 0 << false;
+        QTest::newRow("okay") << false << nFinish << QByteArray("exit 0") << false << 0 << false;
+        QTest::newRow("cancel") << true << nCancel << QByteArray("exit 0") << false << 0 << false;
+        QTest::newRow("tool fails")
+            << true << nFinish << QByteArray("exit 3") << false << 1 << false;
+        QTest::newRow("tool missing") << true << nFinish << QByteArray() << false << 1 << false;
+        QTest::newRow("file in the way") << true << nFinish << QByteArray("exit 0") << false << 2
+                                         << true; // at loading, at saving
     }
     void outcome()
     {
@@ -127,23 +170,32 @@ private Q_SLOTS:
         QFETCH(QByteArray, syscfg);
         QFETCH(bool, accepted);
         QFETCH(int, boxes);
+        QFETCH(bool, unwritable);
         writeSettings(staticFile);
         if (!syscfg.isEmpty()) {
             root().writeCommand(QStringLiteral("/bin/syscfg"),
                                 "echo run >>\"$PANEL_ROOT/log\"\n" + syscfg);
         }
-        BoxWatcher watcher;
+        if (unwritable) {
+            root().write(QStringLiteral("/tmp/newsettings.ini/in-the-way"), "");
+        }
+        const WaitingReturn keyboard;
+        BoxWatcher watcher(100);
         create();
         const bool bResult = run([&] {
             if (change) {
                 toggleMode();
             }
             toSummary();
+            if (!unwritable) {
+                keyboard.press(); // while the tool runs: must close no box unread
+            }
             press(QWizard::WizardButton(button));
         });
         QCOMPARE(bResult, accepted);
         QCOMPARE(watcher.texts().size(), boxes);
-        const bool bRan = change && button == QWizard::FinishButton && !syscfg.isEmpty();
+        const bool bRan =
+            !unwritable && change && button == QWizard::FinishButton && !syscfg.isEmpty();
         QCOMPARE(root().read(QStringLiteral("/log")), QByteArray(bRan ? "run\n" : ""));
     }
 
@@ -172,14 +224,21 @@ private Q_SLOTS:
         });
     }
 
-    void skipsWhenGoingBack()
+    void expertPage()
     {
         create();
-        auto *pPlain = new QWizardPage;
-        pWizard->AddPage(10, nullptr, false, false); // ignored
+        pWizard->AddPage(10, nullptr, true, true); // ignored
         QVERIFY(!pWizard->page(10));
-        pWizard->AddPage(10, pPlain, true, true);
-        QCOMPARE(pWizard->page(10), pPlain);
+        pWizard->AddPage(ProtectionPageId, new QWizardPage, true, true);
+        pWizard->setStartId(ProtectionPageId);
+        run([&] {
+            QCOMPARE(pWizard->button(QWizard::CustomButton1)->text(), QStringLiteral("Expert"));
+            press(QWizard::CustomButton1);
+            QCOMPARE(pWizard->currentId(), int(NetModePageId));
+            QVERIFY(!pWizard->button(QWizard::CustomButton1)->isVisible());
+            press(QWizard::BackButton);
+            QCOMPARE(pWizard->currentId(), int(ProtectionPageId)); // skipped, but the first
+        });
     }
 
     // S, T and R of a keypad: Tab, Backtab, Backspace.
