@@ -16,15 +16,19 @@ QFont fittedFont(const QFont &font, const QString &text, int nWidth)
 
 QFont fittedFont(const QFont &font, const QString &text, const QSize &room)
 {
+    return fittedFont(font, [&text, &room](const QFont &fitted) {
+        const QFontMetrics metrics(fitted);
+        return metrics.horizontalAdvance(text) <= room.width() && metrics.height() <= room.height();
+    });
+}
+
+QFont fittedFont(const QFont &font, const std::function<bool(const QFont &)> &fits)
+{
     QFont fitted = font;
     const bool bPixels = font.pixelSize() > 0;
     const int nSmallest = bPixels ? SmallestPixels : SmallestPoints;
     int nSize = bPixels ? font.pixelSize() : font.pointSize();
-    const auto fits = [&fitted, &text, &room] {
-        const QFontMetrics metrics(fitted);
-        return metrics.horizontalAdvance(text) <= room.width() && metrics.height() <= room.height();
-    };
-    while (nSize > nSmallest && !fits()) {
+    while (!fits(fitted) && nSize > nSmallest) {
         --nSize;
         if (bPixels) {
             fitted.setPixelSize(nSize);

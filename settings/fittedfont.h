@@ -2,6 +2,8 @@
 
 #include <QFont>
 
+#include <functional>
+
 class QSize;
 class QString;
 
@@ -12,3 +14,6 @@ QFont fittedFont(const QFont &font, const QString &text, int nWidth);
 
 /// The same, until the text fits into \a room in height as well.
 QFont fittedFont(const QFont &font, const QString &text, const QSize &room);
+
+/// The same, until \a fits says so, which is asked for each font in turn.
+QFont fittedFont(const QFont &font, const std::function<bool(const QFont &)> &fits);

@@ -1,10 +1,13 @@
 #include "wizard/summarypage.h"
 
+#include "settings/fittedfont.h"
 #include "settings/veltasettings.h"
 #include "ui_veltasummaryform.h"
 #include "wizard/veltawizard.h"
 
 #include <QAbstractButton>
+#include <QEvent>
+#include <QScrollBar>
 #include <QStyle>
 #include <QStyleFactory>
 
@@ -20,6 +23,8 @@ SummaryPage::SummaryPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
     for (QWidget *pWidget : scaled) {
         utils.scaleFont(pWidget, pSettings->working.nResolutionIndex);
     }
+    listFont = pForm->listChangedData->font();
+    pForm->listChangedData->viewport()->installEventFilter(this);
     pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
 }
 
@@ -67,7 +72,30 @@ void SummaryPage::buildChangeList()
     if (!changeList.isEmpty()) {
         pForm->listChangedData->clear();
         pForm->listChangedData->addItems(changeList);
+        fitChangeList();
     }
+}
+
+// On the smallest screens with all lines there: the list can be scrolled by touch alone, and who
+// saves shall see everything that is saved.
+void SummaryPage::fitChangeList()
+{
+    bFitting = true;
+    fittedFont(listFont, [pList = pForm->listChangedData](const QFont &font) {
+        pList->setFont(font);
+        pList->doItemsLayout();
+        return pList->verticalScrollBar()->maximum() == 0;
+    });
+    bFitting = false;
+}
+
+bool SummaryPage::eventFilter(QObject *pWatched, QEvent *pEvent)
+{
+    // A scroll bar that comes or goes is of its own doing.
+    if (pEvent->type() == QEvent::Resize && !bFitting) {
+        fitChangeList();
+    }
+    return QWizardPage::eventFilter(pWatched, pEvent);
 }
 
 void SummaryPage::cleanupPage()

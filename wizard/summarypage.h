@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QStringList>
 #include <QWizardPage>
 
@@ -26,12 +27,18 @@ public:
     void initializePage() override;
     void cleanupPage() override;
 
+protected:
+    bool eventFilter(QObject *pWatched, QEvent *pEvent) override;
+
 private:
     void buildChangeList();
+    void fitChangeList();
 
     VeltaSettings *pSettings;
     VeltaWizard *pWizard;
     std::unique_ptr<Ui::VeltaSummaryForm> pForm;
     std::unique_ptr<QStyle> pStyle;
     QStringList changeList;
+    QFont listFont; ///< of the list, where there is room for it
+    bool bFitting = false;
 };

@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
+#include "input/qveltalineedit.h"
 #include "input/veltainputpanelcontext.h"
 #include "platform/windowserver.h"
 #include "settings/errorcatalogue.h"
@@ -109,7 +110,7 @@ bool showsItsText(const QWidget &widget)
         return pText->verticalScrollBar()->maximum() == 0;
     }
     if (const auto *pList = qobject_cast<const QListWidget *>(&widget)) {
-        return pList->viewport()->height() >= 2 * metrics.height(); // the rest is scrolled to
+        return pList->verticalScrollBar()->maximum() == 0;
     }
     return true;
 }
@@ -236,14 +237,28 @@ private:
         inspect(QStringLiteral("servers"), wizard);
         wizard.next();
         inspect(QStringLiteral("summary"), wizard);
-        for (int i = 0; i < 3; ++i) {
-            wizard.back();
-        }
+        wizard.back();
+        enter(wizard, {"dns1_ip_Button", "dns2_ip_Button"});
+        wizard.back();
+        enter(wizard, {"FirstIPButton", "SecondIPButton", "ThirdIPButton"});
+        wizard.back();
         wizard.findChild<QPushButton *>(QStringLiteral("NetOpModeSelectButton"))->click();
         for (int i = 0; i < 3; ++i) {
             wizard.next();
         }
+        const auto *pList = wizard.findChild<QListWidget *>();
+        QCOMPARE(pList->count(), 6);
         inspect(QStringLiteral("summary-changed"), wizard);
+    }
+
+    /// The longest address that is also a netmask, by each of \a buttons.
+    static void enter(VeltaWizard &wizard, std::initializer_list<const char *> buttons)
+    {
+        for (const char *name : buttons) {
+            wizard.findChild<QPushButton *>(QLatin1String(name))->click();
+            openKeyboard()->findChild<QVeltaLineEdit *>()->setText("255.255.255.254");
+            openKeyboard()->findChild<QPushButton *>(QStringLiteral("panelButton_ok"))->click();
+        }
     }
 
     static VeltaInputPanelContext *openKeyboard()
