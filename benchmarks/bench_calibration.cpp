@@ -4,7 +4,7 @@
 //
 // bench_calibration [SECONDS]
 
-#include "app/startup.h"
+#include "benchmarks/benchapplication.h"
 #include "calibration/calibrationrecord.h"
 #include "calibration/touchcalibrationdata.h"
 #include "calibration/veltacalibrationthread.h"
@@ -16,7 +16,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMouseEvent>
-#include <QTemporaryDir>
 #include <QWidget>
 
 #include <benchmark/benchmark.h>
@@ -333,19 +332,7 @@ BENCHMARK(touchSample)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char **argv)
 {
-    const QTemporaryDir root;
-    qputenv("PANEL_ROOT", QFile::encodeName(root.path()));
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(root.path()));
-    for (const char *variable :
-         {"TSLIB_TSDEVICE", "TSLIB_CONFFILE", "TSLIB_CALIBFILE", "POINTERCAL_FILE"}) {
-        qunsetenv(variable);
-    }
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    prepareEnvironment();
-    QApplication application(argc, argv);
-    setUpLook(application);
+    const BenchApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
     const int nSeconds = argc > 1 ? std::max(1, atoi(argv[1])) : 10;
 

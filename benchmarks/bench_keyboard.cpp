@@ -4,18 +4,15 @@
 //
 // bench_keyboard [ROUNDS]: how often each line edit is filled and emptied, 100 unless told.
 
-#include "app/startup.h"
+#include "benchmarks/benchapplication.h"
 #include "input/qveltalineedit.h"
 #include "input/veltainputpanel.h"
 #include "input/veltainputpanelcontext.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QTemporaryDir>
 #include <QVBoxLayout>
 #include <QWindow>
 
@@ -212,26 +209,7 @@ void measureOpening(const char *mode)
 int main(int argc, char **argv)
 {
     const int nRounds = argc > 1 ? std::max(1, atoi(argv[1])) : 100;
-    const QTemporaryDir root;
-    qputenv("PANEL_ROOT", QFile::encodeName(root.path()));
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(root.path()));
-    QDir().mkpath(root.filePath(QStringLiteral("dev/input")));
-    QFile screen(root.filePath(QStringLiteral("screen.json")));
-    if (!screen.open(QIODevice::WriteOnly)) {
-        qFatal("cannot write %s", qPrintable(screen.fileName()));
-    }
-    screen.write(QStringLiteral(R"({"screens":[{"name":"panel","x":0,"y":0,"width":%1,"height":%2,)"
-                                R"("logicalDpi":96,"logicalBaseDpi":96,"dpr":1}]})")
-                     .arg(ScreenWidth)
-                     .arg(ScreenHeight)
-                     .toUtf8());
-    screen.close();
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + QFile::encodeName(screen.fileName()));
-    }
-    prepareEnvironment();
-    QApplication application(argc, argv);
-    setUpLook(application);
+    const BenchApplication application(argc, argv);
     for (const char *mode : {"NumInput", "HexInput", "AlphaNumInput"}) {
         measureOpening(mode);
     }

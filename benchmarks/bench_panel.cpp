@@ -2,7 +2,7 @@
 // the settings. Google Benchmark's own options apply.
 
 #include "app/mainwindow.h"
-#include "app/startup.h"
+#include "benchmarks/benchapplication.h"
 #include "infobox/infotext.h"
 #include "platform/windowserver.h"
 #include "settings/errorcatalogue.h"
@@ -11,7 +11,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 
@@ -97,16 +96,7 @@ BENCHMARK(loadSettings)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char **argv)
 {
-    const QTemporaryDir root;
-    qputenv("PANEL_ROOT", QFile::encodeName(root.path()));
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(root.path()));
-    QDir().mkpath(root.filePath(QStringLiteral("dev/input")));
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    prepareEnvironment();
-    QApplication application(argc, argv);
-    setUpLook(application);
+    const BenchApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;

@@ -7,7 +7,6 @@
 
 #include "app/keyrepeatfilter.h"
 #include "app/mainwindow.h"
-#include "app/startup.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "input/veltainputpanel.h"
@@ -16,6 +15,7 @@
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
 #include "tests/support/deviceroot.h"
+#include "tests/support/openkeyboard.h"
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 #include "wizard/veltawizard.h"
@@ -70,18 +70,6 @@ constexpr int Keys[] = {
     Qt::Key_Backtab, Qt::Key_Delete,    Qt::Key_Home,   Qt::Key_End,    Qt::Key_F1,
     Qt::Key_Menu,
 };
-
-VeltaInputPanel *openKeyboard()
-{
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (const QWidget *pWindow : windows) {
-        auto *pPanel = pWindow->findChild<VeltaInputPanel *>();
-        if (pPanel && pPanel->isVisible()) {
-            return pPanel;
-        }
-    }
-    return nullptr;
-}
 
 class Monkey : public QObject
 {
@@ -464,7 +452,6 @@ int main(int argc, char **argv)
     const auto nSeed = quint32(strtoul(argv[1], nullptr, 10));
     const QByteArray only = argc > 2 ? argv[2] : "";
     return runPanelTest(argc, argv, "monkey", [nSeed, only](int, char **) {
-        setUpLook(*qApp);
         KeyRepeatFilter filter;
         qApp->installEventFilter(&filter);
         for (const Place &place : Places) {

@@ -2,10 +2,12 @@
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "input/qveltalineedit.h"
+#include "input/veltainputpanel.h"
 #include "input/veltainputpanelcontext.h"
 #include "platform/windowserver.h"
 #include "settings/errorcatalogue.h"
 #include "tests/support/devicetest.h"
+#include "tests/support/openkeyboard.h"
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 #include "wizard/veltawizard.h"
@@ -223,16 +225,16 @@ private:
         wizard.show();
         inspect(QStringLiteral("password"), wizard);
         QTRY_VERIFY(openKeyboard());
-        inspect(QStringLiteral("password-keyboard"), *openKeyboard());
-        openKeyboard()->hide();
+        inspect(QStringLiteral("password-keyboard"), *openKeyboard()->window());
+        openKeyboard()->window()->hide();
         wizard.RestoreButtons();
         wizard.RestartAtSecondPage();
         inspect(QStringLiteral("mode"), wizard);
         wizard.next();
         inspect(QStringLiteral("addresses"), wizard);
         wizard.findChild<QPushButton *>(QStringLiteral("FirstIPButton"))->click();
-        inspect(QStringLiteral("address-keyboard"), *openKeyboard());
-        openKeyboard()->hide();
+        inspect(QStringLiteral("address-keyboard"), *openKeyboard()->window());
+        openKeyboard()->window()->hide();
         wizard.next();
         inspect(QStringLiteral("servers"), wizard);
         wizard.next();
@@ -259,18 +261,6 @@ private:
             openKeyboard()->findChild<QVeltaLineEdit *>()->setText("255.255.255.254");
             openKeyboard()->findChild<QPushButton *>(QStringLiteral("panelButton_ok"))->click();
         }
-    }
-
-    static VeltaInputPanelContext *openKeyboard()
-    {
-        const QWidgetList windows = QApplication::topLevelWidgets();
-        for (QWidget *pWindow : windows) {
-            auto *pContext = qobject_cast<VeltaInputPanelContext *>(pWindow);
-            if (pContext && pContext->isVisible()) {
-                return pContext;
-            }
-        }
-        return nullptr;
     }
 
     void inspectPads()

@@ -89,7 +89,7 @@ private:
             touch(key(QStringLiteral("ok")));
             return;
         }
-        const auto nLength = keyboard()->lineEdit()->displayText().size();
+        const auto nLength = openKeyboard()->lineEdit()->displayText().size();
         for (int i = 0; i < nLength; ++i) {
             type(Qt::Key_Right);
         }
@@ -170,10 +170,10 @@ private Q_SLOTS:
         run([&] {
             toPage(field.page);
             touch(find(field.button));
-            QVERIFY(keyboard());
+            QVERIFY(openKeyboard());
             enter(entered);
             touch(key(QStringLiteral("ok")));
-            QVERIFY(!keyboard());
+            QVERIFY(!openKeyboard());
             QTEST(find<QLineEdit>(field.edit)->text(), "field");
             toSummary();
             QCOMPARE(changes(), change.isEmpty() ? QStringList() : QStringList(change));
@@ -280,7 +280,7 @@ private Q_SLOTS:
             const auto caption = [this] {
                 touch(find(QStringLiteral("dns1_ip_Button")));
                 QString text =
-                    keyboard()->findChild<QLabel *>(QStringLiteral("panelLabel"))->text();
+                    openKeyboard()->findChild<QLabel *>(QStringLiteral("panelLabel"))->text();
                 enter(QStringLiteral("300.300.1.1"));
                 touch(key(QStringLiteral("ok")));
                 return text;
@@ -340,26 +340,26 @@ private Q_SLOTS:
         run([&] {
             QCOMPARE(pWizard->currentId(), int(ProtectionPageId));
             for (const QString &entry : std::as_const(entries)) {
-                QTRY_VERIFY(keyboard());
+                QTRY_VERIFY(openKeyboard());
                 QVERIFY(!anyWizardButtonVisible());
-                QCOMPARE(keyboard()->findChild<QLabel *>(QStringLiteral("panelLabel"))->text(),
+                QCOMPARE(openKeyboard()->findChild<QLabel *>(QStringLiteral("panelLabel"))->text(),
                          QStringLiteral("Password: "));
-                QCOMPARE(keyboard()->lineEdit()->text(), QString());
+                QCOMPARE(openKeyboard()->lineEdit()->text(), QString());
                 if (entry == QLatin1String("timeout")) {
                     for (int i = 0; i < 20; ++i) {
-                        QVERIFY(keyboard());
-                        QMetaObject::invokeMethod(keyboard(), "UpdateTimeout");
+                        QVERIFY(openKeyboard());
+                        QMetaObject::invokeMethod(openKeyboard(), "UpdateTimeout");
                     }
                 } else if (entry == QLatin1String("cancel")) {
                     touch(key(entry));
                 } else {
                     enter(entry);
-                    const QString display = keyboard()->lineEdit()->displayText();
+                    const QString display = openKeyboard()->lineEdit()->displayText();
                     QVERIFY(std::none_of(display.cbegin(), display.cend(),
                                          [](QChar c) { return c.isDigit(); }));
                     touch(key(QStringLiteral("ok")));
                 }
-                QVERIFY(!keyboard());
+                QVERIFY(!openKeyboard());
             }
             QCOMPARE(pWizard->isVisible(), unlocked);
             if (unlocked) {
@@ -387,7 +387,7 @@ private Q_SLOTS:
         writeSettings(Protection + staticFile);
         create();
         run([&] {
-            QTRY_VERIFY(keyboard());
+            QTRY_VERIFY(openKeyboard());
             auto *pEdit = find<QLineEdit>(QStringLiteral("ProtectionLineEdit"));
             const QImage empty = pEdit->grab().toImage();
             pEdit->setText(QStringLiteral("1234"));
@@ -411,9 +411,9 @@ private Q_SLOTS:
         BoxWatcher watcher;
         create();
         const bool bSaved = run([&] {
-            QTRY_VERIFY(keyboard());
+            QTRY_VERIFY(openKeyboard());
             enterAndConfirm(QStringLiteral("999"));
-            QTRY_VERIFY(keyboard());
+            QTRY_VERIFY(openKeyboard());
             enterAndConfirm(QStringLiteral("1234"));
             QCOMPARE(pWizard->currentId(), int(NetModePageId));
             activate(find(QStringLiteral("NetOpModeSelectButton")));
@@ -424,7 +424,7 @@ private Q_SLOTS:
                 }
                 for (const char *text : {"300.300.0.0", texts[i]}) {
                     activate(find(Fields[i].button));
-                    QVERIFY(keyboard());
+                    QVERIFY(openKeyboard());
                     enterAndConfirm(QLatin1String(text));
                 }
                 QCOMPARE(find<QLineEdit>(Fields[i].edit)->text(), QLatin1String(texts[i]));

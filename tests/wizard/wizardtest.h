@@ -4,6 +4,7 @@
 #include "input/veltainputpanel.h"
 #include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
+#include "tests/support/openkeyboard.h"
 #include "tests/support/screen.h"
 #include "wizard/veltawizard.h"
 
@@ -84,21 +85,9 @@ protected:
         return lines;
     }
 
-    /// The on-screen keyboard that is open; null when none is.
-    static VeltaInputPanel *keyboard()
-    {
-        const QWidgetList windows = QApplication::topLevelWidgets();
-        for (const QWidget *pWindow : windows) {
-            auto *pPanel = pWindow->findChild<VeltaInputPanel *>();
-            if (pPanel && pPanel->isVisible()) {
-                return pPanel;
-            }
-        }
-        return nullptr;
-    }
     static QPushButton *key(const QString &name)
     {
-        return keyboard()->findChild<QPushButton *>(QLatin1String("panelButton_") + name);
+        return openKeyboard()->findChild<QPushButton *>(QLatin1String("panelButton_") + name);
     }
     static void touch(QWidget *pWidget) { QTest::mouseClick(pWidget, Qt::LeftButton); }
 
@@ -106,7 +95,7 @@ protected:
     /// right key.
     static void enter(const QString &text)
     {
-        const auto nLength = keyboard()->lineEdit()->displayText().size();
+        const auto nLength = openKeyboard()->lineEdit()->displayText().size();
         for (int i = 0; i < nLength; ++i) {
             touch(key(QStringLiteral("right")));
         }
