@@ -5,12 +5,12 @@
 #include "platform/devicepath.h"
 #include "platform/pointertransform.h"
 #include "platform/touchscreenpaths.h"
+#include "platform/tslibdevice.h"
 #include "platform/tslibenvironment.h"
 #include "platform/windowserver.h"
 #include "settings/errorcatalogue.h"
 
 #include <QDebug>
-#include <QFile>
 #include <QFileInfo>
 
 #include <tslib.h>
@@ -41,7 +41,7 @@ short TouchCalibrationData::openTouchscreen()
     if (pTouchscreen) {
         closeTouchscreen();
     }
-    pTouchscreen = ts_open(QFile::encodeName(touchscreenDevice()).constData(), 0);
+    pTouchscreen = openTslibDevice(false);
     if (!pTouchscreen) {
         qDebug("ts_open error");
         return ERR_TS_OPEN;
@@ -53,6 +53,13 @@ short TouchCalibrationData::openTouchscreen()
         return ERR_TS_CONFIG;
     }
     return 0;
+}
+
+void TouchCalibrationData::shareTouchscreen()
+{
+    if (pTouchscreen) {
+        releaseGrab(pTouchscreen);
+    }
 }
 
 short TouchCalibrationData::closeTouchscreen()

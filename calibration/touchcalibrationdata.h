@@ -29,6 +29,9 @@ public:
     /// device can take each other's samples. One that is still open is closed first.
     short openTouchscreen();
     short closeTouchscreen();
+    /// Lets the pointer have the touches of a touchscreen that is still open, but not read any
+    /// more.
+    void shareTouchscreen();
 
     /// Lets the next backupCalibration() take a new backup; one that could not be stored again
     /// stays, as the file still is not what it should be.

@@ -138,6 +138,7 @@ void VeltaCalibrationPanel::CalThreadControl()
     }
     bRunning = false;
     // No one samples any more, and a box that appears now needs the pointer.
+    data.shareTouchscreen();
     setPointerSuspended(false);
     bApplying = true;
     reportFailure(data.applyCalibration(data.points, false), pointerCalibrationName());

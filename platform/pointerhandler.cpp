@@ -2,9 +2,9 @@
 
 #include "platform/screenrotation.h"
 #include "platform/touchscreenpaths.h"
+#include "platform/tslibdevice.h"
 #include "platform/tslibenvironment.h"
 
-#include <QFile>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QSocketNotifier>
@@ -64,8 +64,7 @@ bool PointerHandler::openDevice()
 {
     const QString path = touchscreenDevice();
     errno = 0;
-    // tslib opens for reading and writing, so not even a FIFO without a writer blocks.
-    pDevice.reset(ts_open(QFile::encodeName(path).constData(), 1));
+    pDevice.reset(openTslibDevice(true));
     if (!pDevice) {
         qWarning("Cannot open the touchscreen %s: %s", qPrintable(path),
                  qPrintable(qt_error_string(errno)));
@@ -81,6 +80,7 @@ bool PointerHandler::openDevice()
     connect(pNotifier.get(), &QSocketNotifier::activated, this, &PointerHandler::readSamples);
     pNotifier->setEnabled(!bSuspended);
     nFruitlessReads = 0;
+    bGrabReleased = false;
     return true;
 }
 
@@ -99,6 +99,7 @@ void PointerHandler::reconfigure()
         return;
     }
     bool bDone = false;
+    bGrabReleased = false; // tslib forgets its grab, too
     {
         const TslibEnvironment environment(calibration.contentInForce());
         bDone = ts_reconfig(pDevice.get()) == 0;
@@ -117,6 +118,9 @@ void PointerHandler::suspend()
         pNotifier->setEnabled(false);
     }
     sendRelease();
+    if (pDevice && releaseGrab(pDevice.get())) {
+        bGrabReleased = true;
+    }
 }
 
 void PointerHandler::resume()
@@ -126,6 +130,9 @@ void PointerHandler::resume()
     }
     if (!pDevice && !openDevice()) {
         return;
+    }
+    if (std::exchange(bGrabReleased, false)) {
+        takeGrab(pDevice.get());
     }
     drain(DiscardLimit, false);
     if (pNotifier) {

@@ -30,6 +30,7 @@ public:
     bool open();
 
     /// Stops reading, so that someone else can read the device; a touch that is down is released.
+    /// The device stays open and configured: whatever happens meanwhile, resume() needs nothing.
     void suspend();
     /// Reads again. Samples from before are thrown away.
     void resume();
@@ -66,6 +67,7 @@ private:
     bool bSuspended = false;
     bool bPressed = false;
     bool bMoved = false; ///< lastPosition has not been sent yet
+    bool bGrabReleased = false; ///< by suspend(), for the other reader
     int nFruitlessReads = 0; ///< in a row, although the device said it had data
     QPoint lastPosition;
 };

@@ -9,8 +9,14 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
+#include <QDir>
 #include <QProcess>
 
+#include <cstdarg>
+#include <linux/input.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <tslib.h>
 #include <unistd.h>
 
 namespace {
@@ -61,7 +67,57 @@ private:
     bool bDropped = false;
 };
 
+/// Stands for the kernel where a test lets the FIFO pass for an event device.
+struct FakeEventDevice
+{
+    bool bPresent = false;
+    int nGrabber = -1; ///< the descriptor that has grabbed it
+};
+FakeEventDevice eventDevice;
+
+int fakeIoctl(int fd, unsigned long request, void *pArgument)
+{
+    const unsigned long number = _IOC_NR(request);
+    if (request == EVIOCGRAB) {
+        const bool bGrab = pArgument != nullptr;
+        if (eventDevice.nGrabber != (bGrab ? -1 : fd)) {
+            errno = bGrab ? EBUSY : EINVAL;
+            return -1;
+        }
+        eventDevice.nGrabber = bGrab ? fd : -1;
+        return 0;
+    }
+    if (request == EVIOCGVERSION) {
+        *static_cast<int *>(pArgument) = EV_VERSION;
+        return 0;
+    }
+    if (number == _IOC_NR(EVIOCGBIT(EV_ABS, 0))) {
+        memset(pArgument, 0, _IOC_SIZE(request));
+        static_cast<uchar *>(pArgument)[0] = (1 << ABS_X) | (1 << ABS_Y);
+        static_cast<uchar *>(pArgument)[ABS_PRESSURE / 8] = 1 << ABS_PRESSURE % 8;
+        return 0;
+    }
+    if (number >= _IOC_NR(EVIOCGBIT(0, 0)) && number <= _IOC_NR(EVIOCGBIT(EV_MAX, 0))) {
+        memset(pArgument, 0xff, _IOC_SIZE(request));
+        return 0;
+    }
+    errno = ENOTTY;
+    return -1;
+}
+
 } // namespace
+
+/// In place of the C library's, for tslib's modules too.
+extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, request);
+    void *pArgument = va_arg(arguments, void *);
+    va_end(arguments);
+    return eventDevice.bPresent && _IOC_TYPE(request) == 'E'
+        ? fakeIoctl(fd, request, pArgument)
+        : static_cast<int>(syscall(SYS_ioctl, fd, request, pArgument));
+}
 
 class TestTouchCalibrationData : public DeviceTest
 {
@@ -79,6 +135,7 @@ private Q_SLOTS:
     void restoreCannotWrite();
     void openFails_data();
     void openFails();
+    void grabbedTouchscreen();
     void withoutHandleOrBackup();
 
 private:
@@ -103,6 +160,7 @@ void TestTouchCalibrationData::cleanup()
     pSheet.reset();
     pServer.reset();
     pFifo.reset();
+    eventDevice = {};
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qunsetenv("POINTERCAL_FILE");
     qunsetenv("TSLIB_TSDEVICE");
@@ -366,6 +424,66 @@ void TestTouchCalibrationData::openFails()
     QTest::ignoreMessage(QtDebugMsg, message.constData());
     QTEST(int(data.openTouchscreen()), "code");
     QVERIFY(!data.pTouchscreen);
+}
+
+/// tslib may keep an event device to itself. Pointer and run still have it in turn, and no command
+/// that the panel runs has it at all.
+void TestTouchCalibrationData::grabbedTouchscreen()
+{
+    eventDevice.bPresent = true;
+    root().write(TsConf, "module_raw input grab_events=1\nmodule linear\n");
+    const int fifo =
+        open(QFile::encodeName(pFifo->path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    const auto tap = [fifo](int x, int y) {
+        for (const int pressure : {50, 0}) {
+            const std::array<std::array<int, 3>, 5> events{{{EV_ABS, ABS_X, x},
+                                                            {EV_ABS, ABS_Y, y},
+                                                            {EV_ABS, ABS_PRESSURE, pressure},
+                                                            {EV_KEY, BTN_TOUCH, pressure != 0},
+                                                            {EV_SYN, SYN_REPORT, 0}}};
+            for (const auto &[type, code, value] : events) {
+                input_event event{};
+                event.type = static_cast<quint16>(type);
+                event.code = static_cast<quint16>(code);
+                event.value = value;
+                QCOMPARE(write(fifo, &event, sizeof event), ssize_t(sizeof event));
+            }
+        }
+    };
+    openPointer({});
+    tap(100, 200);
+    QCOMPARE(pSheet->takeTouch(), QPoint(100, 200));
+    const int pointer = eventDevice.nGrabber;
+    QVERIFY(pointer >= 0);
+
+    pServer->suspendPointer();
+    pServer->suspendPointer();
+    TouchCalibrationData data;
+    QCOMPARE(data.openTouchscreen(), 0);
+    tap(300, 200);
+    ts_sample sample{};
+    QCOMPARE(ts_read_raw(data.pTouchscreen, &sample, 1), 1);
+    QCOMPARE(sample.x, 300);
+    QCOMPARE(eventDevice.nGrabber, ts_fd(data.pTouchscreen));
+    for (const int fd : {pointer, ts_fd(data.pTouchscreen)}) {
+        QVERIFY(fcntl(fd, F_GETFD) & FD_CLOEXEC);
+    }
+
+    // The run is over, but a box of its end is open.
+    data.shareTouchscreen();
+    for (const bool bReconfigured : {false, true}) {
+        pServer->resumePointer();
+        if (bReconfigured) {
+            pServer->clearCalibration();
+        }
+        tap(100, 200);
+        QCOMPARE(pSheet->takeTouch(), QPoint(100, 200));
+        QCOMPARE(eventDevice.nGrabber, pointer);
+    }
+    QCOMPARE(data.closeTouchscreen(), 0);
+    tap(120, 200);
+    QCOMPARE(pSheet->takeTouch(), QPoint(120, 200));
+    ::close(fifo);
 }
 
 void TestTouchCalibrationData::withoutHandleOrBackup()

@@ -1,0 +1,17 @@
+#pragma once
+
+struct tsdev;
+
+/// \file
+/// What everyone who opens the touchscreen through tslib needs besides tslib.
+
+/// Opens touchscreenDevice(), not yet configured, for this process alone: no command that it runs
+/// inherits it. The caller closes it with ts_close(). nullptr with errno set on failure.
+tsdev *openTslibDevice(bool bNonBlocking);
+
+/// Lets other readers have the touches of \a pDevice, which tslib takes for itself at the first
+/// read when its configuration says "grab_events=1". Returns false when it had not taken them.
+bool releaseGrab(tsdev *pDevice);
+/// Takes the touches back after a releaseGrab() that returned true. tslib does so by itself only
+/// after a ts_reconfig().
+void takeGrab(tsdev *pDevice);
