@@ -3,6 +3,7 @@
 #include "platform/touchscreenpaths.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -16,11 +17,25 @@ constexpr qint64 FileLimit = 1 << 20;
 /// How many of the calibrations handed out can be reinstated. A run takes one.
 constexpr std::size_t HandedOutLimit = 8;
 
+/// The longest chain of symbolic links that is followed, as by QSaveFile.
+constexpr int LinkLimit = 128;
+
+/// The file itself behind symbolic links, also when it does not exist: the links are the device's
+/// and stay, whether the file is written or removed.
+QString resolvedFile()
+{
+    QFileInfo file(pointerCalibrationFile());
+    for (int i = 0; i < LinkLimit && file.isSymLink(); ++i) {
+        file.setFile(file.symLinkTarget());
+    }
+    return file.filePath();
+}
+
 } // namespace
 
 PointerCalibration::File PointerCalibration::readFile()
 {
-    QFile file(pointerCalibrationFile());
+    QFile file(resolvedFile());
     if (file.open(QIODevice::ReadOnly)) {
         const QByteArray content = file.read(FileLimit + 1);
         if (file.error() == QFileDevice::NoError && content.size() <= FileLimit) {
@@ -38,7 +53,7 @@ PointerCalibration::File PointerCalibration::readFile()
 /// Replaces the file whole: after a power cut there is the old one or the new one.
 bool PointerCalibration::writeFile(const QByteArray &content)
 {
-    QSaveFile file(pointerCalibrationFile());
+    QSaveFile file(resolvedFile());
     // Without flush() a full disk shows only inside commit(), which (Qt 6.4) then puts an empty
     // file in place of the old one and reports success.
     if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush()
@@ -53,7 +68,7 @@ bool PointerCalibration::writeFile(const QByteArray &content)
 
 bool PointerCalibration::removeFile()
 {
-    QFile file(pointerCalibrationFile());
+    QFile file(resolvedFile());
     if (file.remove() || !file.exists()) {
         return true;
     }

@@ -581,22 +581,33 @@ void TestPointerHandler::reinstates_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<bool>("exists");
-    QTest::newRow("own file") << QByteArray(SwappedFile) << true;
+    QTest::addColumn<bool>("linked"); ///< the calibration file is a symbolic link
+    QTest::newRow("own file") << QByteArray(SwappedFile) << true << false;
     QTest::newRow("of ts_calibrate")
-        << QByteArray("13107 0 -65536 0 8738 -131072 65536 800 480 1") << true;
+        << QByteArray("13107 0 -65536 0 8738 -131072 65536 800 480 1") << true << false;
     QTest::newRow("coarser than the screen, own layout")
-        << QByteArray("700000 11 -7\r\n12 400000 33\r\n65536\r\n") << true;
-    QTest::newRow("almost singular") << QByteArray("1 0 0 0 1 0 65536\n") << true;
-    QTest::newRow("broken") << QByteArray("1 2 3") << true;
-    QTest::newRow("none") << QByteArray() << false;
+        << QByteArray("700000 11 -7\r\n12 400000 33\r\n65536\r\n") << true << false;
+    QTest::newRow("almost singular") << QByteArray("1 0 0 0 1 0 65536\n") << true << false;
+    QTest::newRow("broken") << QByteArray("1 2 3") << true << false;
+    QTest::newRow("none") << QByteArray() << false << false;
+    QTest::newRow("link") << QByteArray(SwappedFile) << true << true;
+    QTest::newRow("dangling link") << QByteArray() << false << true;
 }
 
 void TestPointerHandler::reinstates()
 {
     QFETCH(QByteArray, content);
     QFETCH(bool, exists);
+    QFETCH(bool, linked);
+    const QString target = QStringLiteral("/flash/pointercal");
+    const QString link = root().path(CalibrationFile);
+    if (linked) {
+        root().write(target, {});
+        QVERIFY(QFile::link(root().path(target), link));
+        root().remove(target);
+    }
     if (exists) {
-        root().write(CalibrationFile, content);
+        root().write(linked ? target : CalibrationFile, content);
         if (!PointerTransform::parse(content)) {
             QTest::ignoreMessage(QtWarningMsg,
                                  QRegularExpression(QStringLiteral("pointercal is broken")));
@@ -618,6 +629,7 @@ void TestPointerHandler::reinstates()
         pServer->clearCalibration();
         QVERIFY(pServer->calibrate(backup));
         QCOMPARE(root().exists(CalibrationFile), exists);
+        QCOMPARE(QFileInfo(link).isSymLink(), linked);
         QCOMPARE(file(), content);
         for (std::size_t probe = 0; probe < probes.size(); ++probe) {
             QCOMPARE(tap(probes[probe]), before[qsizetype(probe)]);
