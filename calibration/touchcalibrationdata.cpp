@@ -101,7 +101,7 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &pairs, boo
         pServer->clearCalibration();
     }
     short code = makeCalibrationWritable(true);
-    if (pServer && (code == 0 || bRestore) && !pServer->calibrate(data)) {
+    if (pServer && (code == 0 || bRestore) && !pServer->calibrate(data, bRestore)) {
         code = bRestore || PointerTransform::fit(data) ? ERR_FILE_WRITE : ERR_CAL_CORRUPT;
     }
     if (!bRestore && code == 0) {

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -77,24 +78,30 @@ bool PointerCalibration::removeFile()
     return false;
 }
 
-void PointerCalibration::takeOver(const File &file)
-{
-    inForce = file.state == File::Readable ? PointerTransform::parse(file.content) : std::nullopt;
-}
-
 void PointerCalibration::load()
 {
     const File file = readFile();
-    takeOver(file);
+    inForce = file.state == File::Readable ? PointerTransform::parse(file.content) : std::nullopt;
     if (file.state != File::Absent && !inForce) {
         qWarning("The pointer calibration file %s is broken: touches are not calibrated",
                  qPrintable(pointerCalibrationFile()));
     }
 }
 
-bool PointerCalibration::calibrate(const PointerCalibrationData &data)
+void PointerCalibration::clear()
 {
-    const auto known = std::ranges::find(handedOut, data, &HandedOut::data);
+    if (inForce) {
+        dropped = std::exchange(inForce, std::nullopt);
+    }
+}
+
+bool PointerCalibration::calibrate(const PointerCalibrationData &data, bool bRestore)
+{
+    const auto before = std::exchange(dropped, std::nullopt);
+    // Measured points are never looked up: on a panel that is right without a calibration they may
+    // be the very pairs that were handed out, and still are to be stored.
+    const auto known =
+        bRestore ? std::ranges::find(handedOut, data, &HandedOut::data) : handedOut.end();
     if (known != handedOut.end()) {
         // In force even when the file cannot follow: the operator must be able to touch.
         inForce = known->inForce;
@@ -108,8 +115,9 @@ bool PointerCalibration::calibrate(const PointerCalibrationData &data)
     } else {
         qWarning("The calibration points lie on one line or do not fit: calibration refused");
     }
-    // Nothing has been replaced; the calibration that clear() may have dropped counts again.
-    takeOver(readFile());
+    if (!inForce) {
+        inForce = before;
+    }
     return false;
 }
 

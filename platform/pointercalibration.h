@@ -2,8 +2,9 @@
 
 #include "platform/pointertransform.h"
 
-#include <QString>
+#include <QByteArray>
 
+#include <optional>
 #include <vector>
 
 /// The calibration in force and the pointer calibration file behind it.
@@ -17,14 +18,14 @@ public:
     /// warning line.
     void load();
 
-    /// Puts no calibration in force. The file stays.
-    void clear() { inForce.reset(); }
+    /// Puts no calibration in force until calibrate(). The file stays.
+    void clear();
 
-    /// Computes the calibration from \a data and writes the file; or, when getCalibration() has
-    /// handed out \a data, brings file and calibration back to what they were at that moment.
-    /// When that fails (one warning line) the file stays as it is. What is handed back is in force
-    /// all the same; after other data it is what the file says.
-    bool calibrate(const PointerCalibrationData &data);
+    /// Computes the calibration from \a data and writes the file. With \a bRestore brings file and
+    /// calibration back to what they were when getCalibration() handed out \a data.
+    /// When that fails (one warning line) the file stays as it is. A calibration to be restored is
+    /// in force all the same; else it is the one from before, which clear() may have dropped.
+    bool calibrate(const PointerCalibrationData &data, bool bRestore);
 
     /// Fills data->devPoints for data->screenPoints and remembers the pairs for calibrate().
     void getCalibration(PointerCalibrationData *data);
@@ -51,11 +52,10 @@ private:
     static File readFile();
     bool writeFile(const QByteArray &content);
     static bool removeFile();
-    /// Puts in force what \a file says, if anything.
-    void takeOver(const File &file);
     bool reinstateFile(const File &file);
 
     std::optional<PointerTransform> inForce;
+    std::optional<PointerTransform> dropped; ///< by clear(), and nothing has come in its place
     std::vector<HandedOut> handedOut;
     QByteArray lastWritten; ///< into the file by this object
 };

@@ -146,9 +146,9 @@ void PointerHandler::clearCalibration()
     reconfigure();
 }
 
-bool PointerHandler::calibrate(const PointerCalibrationData &data)
+bool PointerHandler::calibrate(const PointerCalibrationData &data, bool bRestore)
 {
-    const bool bDone = calibration.calibrate(data);
+    const bool bDone = calibration.calibrate(data, bRestore);
     reconfigure();
     return bDone;
 }

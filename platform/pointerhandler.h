@@ -38,7 +38,7 @@ public:
 
     /// See the functions of WindowServer with these names.
     void clearCalibration();
-    bool calibrate(const PointerCalibrationData &data);
+    bool calibrate(const PointerCalibrationData &data, bool bRestore);
     void getCalibration(PointerCalibrationData *data) { calibration.getCalibration(data); }
 
 private Q_SLOTS:

@@ -156,9 +156,9 @@ void WindowServer::clearCalibration()
     }
 }
 
-bool WindowServer::calibrate(const PointerCalibrationData &data)
+bool WindowServer::calibrate(const PointerCalibrationData &data, bool bRestore)
 {
-    return !pPointerHandler || pPointerHandler->calibrate(data);
+    return !pPointerHandler || pPointerHandler->calibrate(data, bRestore);
 }
 
 void WindowServer::getCalibration(PointerCalibrationData *data) const

@@ -53,12 +53,12 @@ public:
     /// The pointer calibration file stays.
     void clearCalibration();
     /// Computes the calibration from \a data, uses it at once and writes the pointer calibration
-    /// file (replaced whole). Data that getCalibration() handed out reinstates the calibration of
-    /// that moment exactly, the bytes of the file included. Returns false when the points are
-    /// degenerate or the file cannot be written (one warning line). The file is then as before; a
-    /// calibration that was to be reinstated is in force nevertheless, else the file's is again,
-    /// also after clearCalibration().
-    bool calibrate(const PointerCalibrationData &data);
+    /// file (replaced whole). With \a bRestore and data that getCalibration() handed out it
+    /// reinstates the calibration of that moment exactly, the bytes of the file included. Returns
+    /// false when the points are degenerate or the file cannot be written (one warning line). The
+    /// file is then as before; a calibration to be restored is in force nevertheless, else the one
+    /// from before is again, also after clearCalibration().
+    bool calibrate(const PointerCalibrationData &data, bool bRestore = false);
     /// Fills data->devPoints for the given data->screenPoints from the calibration in force.
     void getCalibration(PointerCalibrationData *data) const;
 

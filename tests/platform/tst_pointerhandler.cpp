@@ -132,6 +132,7 @@ private Q_SLOTS:
     void configurationVanishes();
 
     void calibrates();
+    void panelNeedsNoCalibration();
     void clears();
     void refusesDegeneratePoints();
     void fileCannotBeWritten();
@@ -520,6 +521,19 @@ void TestPointerHandler::calibrates()
     QCOMPARE(tap({420, 820}), tapAt(100, 200));
 }
 
+/// A run measures the very pairs that were handed out. They are stored like any others.
+void TestPointerHandler::panelNeedsNoCalibration()
+{
+    start();
+    PointerCalibrationData data = targetsOnly();
+    pServer->getCalibration(&data);
+    QVERIFY(pServer->calibrate(data));
+    QVERIFY(root().exists(CalibrationFile));
+    QCOMPARE(tap({100, 200}), tapAt(100, 200));
+    QVERIFY(pServer->calibrate(data, true));
+    QVERIFY(!root().exists(CalibrationFile));
+}
+
 void TestPointerHandler::clears()
 {
     root().write(CalibrationFile, SwappedFile);
@@ -564,7 +578,7 @@ void TestPointerHandler::fileCannotBeWritten()
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot write")));
         QVERIFY(!pServer->calibrate(scaledPairs(20)));
         // What is there already needs no writing.
-        QVERIFY(pServer->calibrate(backup));
+        QVERIFY(pServer->calibrate(backup, true));
     }
     QCOMPARE(file(), QByteArray(SwappedFile));
     QCOMPARE(tap(swappedRaw(100, 200)), tapAt(100, 200));
@@ -574,7 +588,7 @@ void TestPointerHandler::fileCannotBeWritten()
     qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot write")));
     QVERIFY(!pServer->calibrate(scaledPairs(20)));
-    QCOMPARE(tap({100, 200}), tapAt(100, 200));
+    QCOMPARE(tap(swappedRaw(100, 200)), tapAt(100, 200));
 }
 
 void TestPointerHandler::reinstates_data()
@@ -627,7 +641,7 @@ void TestPointerHandler::reinstates()
         QVERIFY(pServer->calibrate(scaledPairs(20)));
         QVERIFY(file() != content);
         pServer->clearCalibration();
-        QVERIFY(pServer->calibrate(backup));
+        QVERIFY(pServer->calibrate(backup, true));
         QCOMPARE(root().exists(CalibrationFile), exists);
         QCOMPARE(QFileInfo(link).isSymLink(), linked);
         QCOMPARE(file(), content);
@@ -671,6 +685,14 @@ void TestPointerHandler::fileChangesBehindProgram()
     } else if (!change.isEmpty()) {
         root().write(CalibrationFile, change);
     }
+    // A run that is refused leaves in force what was, not what the file says now.
+    PointerCalibrationData line = targetsOnly();
+    line.devPoints.fill({2000, 2000});
+    pServer->clearCalibration();
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("calibration refused")));
+    QVERIFY(!pServer->calibrate(line));
+    QCOMPARE(tap(swappedRaw(100, 200)), touch);
+
     PointerCalibrationData backup = targetsOnly();
     pServer->getCalibration(&backup);
     pServer->clearCalibration();
@@ -679,7 +701,7 @@ void TestPointerHandler::fileChangesBehindProgram()
     }
     QCOMPARE(pServer->calibrate(scaledPairs(20)), !bUnreadable);
     pServer->clearCalibration();
-    QVERIFY(pServer->calibrate(backup));
+    QVERIFY(pServer->calibrate(backup, true));
     QCOMPARE(tap(swappedRaw(100, 200)), touch);
     QCOMPARE(QFileInfo(path).isDir() ? QByteArray("DIR") : file(), restored);
 }
@@ -694,10 +716,16 @@ void TestPointerHandler::restoreCannotWrite()
     QVERIFY(pServer->calibrate(scaledPairs(20)));
     qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot write")));
-    QVERIFY(!pServer->calibrate(backup));
+    QVERIFY(!pServer->calibrate(backup, true));
+    QCOMPARE(tap(swappedRaw(100, 200)), tapAt(100, 200));
+    // Nor does a run that cannot be stored bring back what the file still says.
+    pServer->clearCalibration();
+    pServer->clearCalibration();
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot write")));
+    QVERIFY(!pServer->calibrate(scaledPairs(40)));
     QCOMPARE(tap(swappedRaw(100, 200)), tapAt(100, 200));
     qunsetenv("POINTERCAL_FILE");
-    QVERIFY(pServer->calibrate(backup));
+    QVERIFY(pServer->calibrate(backup, true));
     QCOMPARE(file(), QByteArray(SwappedFile));
 }
 
@@ -713,7 +741,7 @@ void TestPointerHandler::reinstatesEveryMoment()
         pServer->getCalibration(&backups.last());
     }
     for (const int i : {0, 2, 1}) {
-        QVERIFY(pServer->calibrate(backups[i]));
+        QVERIFY(pServer->calibrate(backups[i], true));
         QCOMPARE(file(), files[i]);
         QCOMPARE(tap({1000, 1000}).value(0),
                  QStringLiteral("press %1,%1").arg((1000 - 100 * i) / 4));
