@@ -44,8 +44,8 @@ CalibrationPage::CalibrationPage() : pForm(std::make_unique<Ui::VeltaCalibration
 
 CalibrationPage::~CalibrationPage()
 {
-    if (pAcceptTimer && pController) {
-        pController->restoreSilently();
+    if (pController) {
+        pController->restoreSilently(pAcceptTimer != nullptr);
     }
 }
 

@@ -12,6 +12,7 @@
 
 #include <QDebug>
 #include <QFileInfo>
+#include <QScopedValueRollback>
 
 #include <tslib.h>
 
@@ -74,7 +75,11 @@ short TouchCalibrationData::closeTouchscreen()
 
 void TouchCalibrationData::releaseBackup()
 {
-    bBackupLoaded = bBackupLoaded && bRestorePending;
+    if (bRestoreDue) {
+        const QScopedValueRollback silent(bSilent, true);
+        restoreOldCalibration();
+    }
+    bBackupLoaded = bRestoreDue;
 }
 
 short TouchCalibrationData::backupCalibration()
@@ -105,7 +110,9 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &pairs, boo
         code = bRestore || PointerTransform::fit(data) ? ERR_FILE_WRITE : ERR_CAL_CORRUPT;
     }
     if (!bRestore && code == 0) {
-        bRestorePending = false;
+        bRestoreDue = false;
+    } else if (!bRestore && code == RemountFailed) {
+        bRestoreDue = bBackupLoaded;
     }
     if (bRemounted) {
         const short protectCode = makeCalibrationWritable(false);
@@ -120,8 +127,7 @@ short TouchCalibrationData::restoreOldCalibration()
         return ERR_CAL_NO_BACKUP;
     }
     const short code = applyCalibration(backup, true);
-    bRestorePending = code == ERR_FILE_WRITE;
-    bBackupLoaded = bRestorePending;
+    bRestoreDue = bBackupLoaded = code == ERR_FILE_WRITE;
     return code == RemountFailed ? 0 : code;
 }
 

@@ -2,8 +2,6 @@
 
 #include "calibration/calibrationrecord.h"
 
-#include <QString>
-
 struct tsdev;
 
 /// Seconds after which a box about the calibration file closes by itself: the touchscreen that
@@ -33,9 +31,12 @@ public:
     /// more.
     void shareTouchscreen();
 
-    /// Lets the next backupCalibration() take a new backup; one that could not be stored again
-    /// stays, as the file still is not what it should be.
+    /// Lets the next backupCalibration() take a new backup. One that is due for a restore is
+    /// restored first, without a word to the operator, and stays when that fails again.
     void releaseBackup();
+    /// The backup is the only good copy of the calibration: a restore could not be stored, or
+    /// measured points have cost the pointer its calibration; and no later run has succeeded.
+    bool isRestoreDue() const { return bRestoreDue; }
     /// Keeps the calibration in force, for a screen of nScreenWidth x nScreenHeight. A backup that
     /// is already held stays (and the result is a warning code).
     short backupCalibration();
@@ -69,7 +70,7 @@ public:
 
 private:
     bool bRemounted = false;
-    bool bRestorePending = false; ///< the backup is not in the file, and no newer run is either
+    bool bRestoreDue = false;
     bool bSilent = false;
     int nRotation; ///< quarter turns of the screen, 0 to 3
     CalibrationRecord backup;

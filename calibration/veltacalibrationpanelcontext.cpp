@@ -38,10 +38,13 @@ void VeltaCalibrationPanelContext::cancel()
     leaveScreen();
 }
 
-void VeltaCalibrationPanelContext::restoreSilently()
+void VeltaCalibrationPanelContext::restoreSilently(bool bUnaccepted)
 {
-    pPanel->calibrationData().setSilent();
-    pPanel->calibrationData().restoreOldCalibration();
+    TouchCalibrationData &record = pPanel->calibrationData();
+    record.setSilent();
+    if (bUnaccepted || record.isRestoreDue()) {
+        record.restoreOldCalibration();
+    }
 }
 
 void VeltaCalibrationPanelContext::leaveScreen()

@@ -19,8 +19,9 @@ public:
 
     /// Ends a run in progress without result and hides the window.
     void cancel();
-    /// Restores the old calibration without a word to the operator, for the end of the program.
-    void restoreSilently();
+    /// For the end of the program: without a word to the operator, restores the old calibration
+    /// when the new one is \a bUnaccepted or an earlier restore is still due.
+    void restoreSilently(bool bUnaccepted);
 
 Q_SIGNALS:
     /// A run has measured its five points; the operator has yet to accept the calibration.

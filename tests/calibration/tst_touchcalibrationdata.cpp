@@ -325,6 +325,13 @@ void TestTouchCalibrationData::readOnlyDirectory()
         QVERIFY2(text.contains(QStringLiteral("remount%1to").arg(shown)), qPrintable(text));
     }
 
+    if (result != 0) {
+        // Accepted all the same. The next run does not forget what was there before.
+        const qsizetype shown = operatorsEyes.texts().size();
+        data.releaseBackup();
+        QCOMPARE(operatorsEyes.texts().size(), shown);
+        data.backupCalibration();
+    }
     QCOMPARE(data.restoreOldCalibration(), 0);
     QCOMPARE(root().read(calibrationFile), OldFile);
     QCOMPARE(landing(raw), before);
@@ -387,12 +394,13 @@ void TestTouchCalibrationData::restoreCannotWrite()
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot remove")));
     QCOMPARE(data.restoreOldCalibration(), ERR_FILE_WRITE);
     QCOMPARE(landing({100, 100}), before);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot remove")));
     data.releaseBackup();
     QCOMPARE(data.backupCalibration(), WARN_CAL_BACKUP_LOADED);
 
     QVERIFY(QDir().rmdir(path));
-    QCOMPARE(data.applyCalibration(measured({}), false), 0);
-    QCOMPARE(data.restoreOldCalibration(), 0);
+    root().write(calibrationFile, OldFile);
+    data.releaseBackup();
     QVERIFY(!root().exists(calibrationFile));
     QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
 }
