@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Rest after the descriptor was readable but gave no sample: a driver that never consumes what
+/// Rest after the descriptor was readable but gave no sample: a driver that does not consume what
 /// it cannot read would otherwise keep the CPU busy.
 constexpr auto FruitlessRest = 10ms;
 
@@ -29,7 +29,8 @@ void makeNonBlocking(int descriptor)
 
 } // namespace
 
-TouchSampler::TouchSampler() : nStopEvent(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+TouchSampler::TouchSampler(int nLimit)
+    : nStopEvent(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), nFruitlessLimit(nLimit)
 { }
 
 TouchSampler::~TouchSampler()
@@ -47,13 +48,16 @@ TouchSampler::Result TouchSampler::read(tsdev *pTouchscreen, ts_sample *pSample)
     }
     const int device = ts_fd(pTouchscreen);
     makeNonBlocking(device);
+    int nFruitless = 0;
     for (;;) {
         pollfd waited[] = {{nStopEvent, POLLIN, 0}, {device, POLLIN, 0}};
-        if (poll(waited, 2, -1) < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
+        const int ready = poll(waited, 2, nFruitless > 0 ? 0 : -1);
+        if (ready < 0 && errno != EINTR) {
             return Result::Failed;
+        }
+        if (ready <= 0) {
+            nFruitless = 0; // what could not be read has gone: wait again
+            continue;
         }
         if (waited[0].revents != 0) {
             return Result::Stopped;
@@ -65,7 +69,7 @@ TouchSampler::Result TouchSampler::read(tsdev *pTouchscreen, ts_sample *pSample)
         }
         const bool bNothingYet = result == 0 || errno == EAGAIN || errno == EINTR;
         const bool bGone = (waited[1].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0;
-        if (!bNothingYet || bGone) {
+        if (!bNothingYet || bGone || ++nFruitless >= nFruitlessLimit) {
             return Result::Failed;
         }
         if (!pause(FruitlessRest)) {

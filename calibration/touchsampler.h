@@ -16,12 +16,14 @@ public:
         Failed ///< the touchscreen cannot be read (any more)
     };
 
-    TouchSampler();
+    /// \a nFruitlessReads: see read().
+    explicit TouchSampler(int nFruitlessReads = 500);
     ~TouchSampler();
     TouchSampler(const TouchSampler &) = delete;
     TouchSampler &operator=(const TouchSampler &) = delete;
 
-    /// Waits for the next sample of \a pTouchscreen, as long as it takes.
+    /// Waits for the next sample of \a pTouchscreen, as long as it takes. It counts as failed when
+    /// it has data nFruitlessReads times in a row, 10 ms apart, but no sample in them.
     Result read(tsdev *pTouchscreen, ts_sample *pSample) const;
     /// Waits for \a time. Returns false at once when stop() is or was called.
     bool pause(std::chrono::milliseconds time) const;
@@ -33,4 +35,5 @@ public:
 
 private:
     int nStopEvent;
+    int nFruitlessLimit; ///< reads without a sample
 };

@@ -3,7 +3,14 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
+#include <QElapsedTimer>
+#include <QMap>
+
+#include <chrono>
+#include <limits>
+#include <memory>
 #include <pty.h>
+#include <thread>
 #include <tslib.h>
 
 using namespace std::chrono_literals;
@@ -73,6 +80,7 @@ private Q_SLOTS:
     void readError_data();
     void readError();
     void unplugged();
+    void neverASample();
 
 private:
     Touchscreen open(const QString &path);
@@ -185,16 +193,26 @@ void TestCalibrationThread::secondPoint()
 void TestCalibrationThread::stops_data()
 {
     QTest::addColumn<int>("index");
-    QTest::addColumn<int>("samples");
-    QTest::newRow("before the touch") << 0 << 0;
-    QTest::newRow("during the touch") << 0 << 1;
-    QTest::newRow("while gliding") << 1 << 0;
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("pressed"); ///< samples with pressure
+    QTest::addColumn<bool>("released"); ///< and one without
+    QTest::addColumn<char>("colour"); ///< of the screen at the stop
+    const QString corner = QStringLiteral("Top right");
+    QTest::newRow("before the touch") << 0 << corner << 0 << false << 'b';
+    QTest::newRow("during the touch") << 0 << corner << 2 << false << 'y';
+    QTest::newRow("during a long touch") << 0 << corner << 300 << false << 'y';
+    QTest::newRow("while gliding") << 1 << corner << 0 << false << 'g';
+    QTest::newRow("in the pause of a bad touch") << 1 << corner << 1 << true << 'r';
+    QTest::newRow("in the last pause") << 0 << QStringLiteral("Center") << 1 << true << 'g';
 }
 
 void TestCalibrationThread::stops()
 {
     QFETCH(int, index);
-    QFETCH(int, samples);
+    QFETCH(QString, name);
+    QFETCH(int, pressed);
+    QFETCH(bool, released);
+    QFETCH(char, colour);
     const Touchscreen touchscreen = open(pFifo->path);
     VeltaCalibrationThread thread;
     if (index > 0) {
@@ -203,12 +221,15 @@ void TestCalibrationThread::stops()
         sample(thread);
     }
     const Listener gui(&thread);
-    thread.setup(touchscreen.get(), &record, index, 750, 50, QStringLiteral("Top right"));
-    for (int i = 0; i < samples; ++i) {
-        pFifo->send({2000, 2000}, 1);
+    thread.setup(touchscreen.get(), &record, index, 750, 50, name);
+    for (int i = 0; i < pressed; ++i) {
+        pFifo->send({1000, 1000}, 1);
+    }
+    if (released) {
+        pFifo->send({1000, 1000}, 0);
     }
     thread.start();
-    QTRY_VERIFY(!gui.crosses.isEmpty());
+    QTRY_VERIFY(gui.colours.endsWith(colour) && gui.crosses.size() > pressed);
 
     QElapsedTimer time;
     time.start();
@@ -273,6 +294,23 @@ void TestCalibrationThread::unplugged()
     QCoreApplication::processEvents();
     QCOMPARE(gui.errors, {-217});
     close(device);
+}
+
+/// A module that makes nothing of what the device sends, which never ends.
+void TestCalibrationThread::neverASample()
+{
+    root().write(QStringLiteral("/etc/ts.conf"), "module_raw touchkit\n");
+    const Touchscreen touchscreen = open(QStringLiteral("/dev/zero"));
+    ts_sample sample{};
+    QCOMPARE(TouchSampler(3).read(touchscreen.get(), &sample), TouchSampler::Result::Failed);
+
+    const TouchSampler patient(std::numeric_limits<int>::max());
+    std::thread stopper([&patient] {
+        std::this_thread::sleep_for(50ms);
+        patient.stop();
+    });
+    QCOMPARE(patient.read(touchscreen.get(), &sample), TouchSampler::Result::Stopped);
+    stopper.join();
 }
 
 PANEL_TEST_MAIN(TestCalibrationThread)
