@@ -13,6 +13,7 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -57,9 +58,9 @@ void setPointerSuspended(bool bSuspended)
 } // namespace
 
 VeltaCalibrationPanel::VeltaCalibrationPanel(QWidget *parent)
-    : QWidget(parent), lines{tr("Touch crosshair a few seconds to calibrate"),
-                             tr("screen colors: touch pressed (yellow)"),
-                             tr("touch released (green = good, red = bad)")}
+    : QWidget(parent), thread(this), lines{tr("Touch crosshair a few seconds to calibrate"),
+                                           tr("screen colors: touch pressed (yellow)"),
+                                           tr("touch released (green = good, red = bad)")}
 {
     connect(&thread, &VeltaCalibrationThread::updateScreenpos, this,
             &VeltaCalibrationPanel::updateScreen, Qt::QueuedConnection);
@@ -113,6 +114,7 @@ void VeltaCalibrationPanel::cancel()
 
 void VeltaCalibrationPanel::startPoint()
 {
+    bPointMeasured = false;
     const QPoint target = crosshairTargets({data.nScreenWidth, data.nScreenHeight})[nPoints];
     thread.setup(data.pTouchscreen, &sampled, nPoints, target.x(), target.y(),
                  QLatin1String(PointNames[nPoints]));
@@ -128,10 +130,15 @@ void VeltaCalibrationPanel::stopSampling()
 
 void VeltaCalibrationPanel::CalThreadControl()
 {
-    if (!bRunning) {
+    if (!bRunning || !thread.isFinished()) {
         return;
     }
     thread.join();
+    if (!bPointMeasured) {
+        // It has ended without a word, so something keeps it from waiting for touches.
+        CalThreadError(ErrTouchReadPress);
+        return;
+    }
     if (++nPoints < CalibrationRecord::PointCount) {
         startPoint();
         return;
@@ -173,6 +180,7 @@ void VeltaCalibrationPanel::updateCData(void *pCalData)
 {
     thread.join();
     data.points = *static_cast<const CalibrationRecord *>(pCalData);
+    bPointMeasured = true;
 }
 
 /// The widget's font, smaller where the lines would be cut off or run through a crosshair.
@@ -189,7 +197,8 @@ QFont VeltaCalibrationPanel::fittingFont() const
 
 void VeltaCalibrationPanel::paintEvent(QPaintEvent * /*event*/)
 {
-    if (!bRunning) {
+    // While the points are being handed over a box may be open in front of this.
+    if (!bRunning && !bApplying) {
         return;
     }
     QPainter painter(this);

@@ -4,6 +4,7 @@
 #include "calibration/veltacalibrationthread.h"
 
 #include <QColor>
+#include <QString>
 #include <QWidget>
 
 #include <array>
@@ -41,7 +42,10 @@ Q_SIGNALS:
 
 public Q_SLOTS:
     void updateScreen(int x, int y, QColor eBrush);
+    /// \a pCalData is a CalibrationRecord that the thread has completed: for its signal alone, as
+    /// this waits for the thread, which would wait for the operator.
     void updateCData(void *pCalData);
+    /// Goes on to the next point, or ends the run. Does nothing while the thread is sampling.
     void CalThreadControl();
     void CalThreadError(short nCode);
 
@@ -62,6 +66,7 @@ private:
     int nCrossX = 0;
     int nCrossY = 0;
     bool bRunning = false;
+    bool bPointMeasured = false; ///< the record of the present point has come
     bool bApplying = false;
     QColor screenColor = Qt::black;
     std::array<QString, 3> lines;

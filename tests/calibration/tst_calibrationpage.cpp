@@ -11,10 +11,16 @@
 #include "tests/support/testmain.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFile>
 #include <QLCDNumber>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSignalSpy>
+#include <QTimer>
+
+#include <memory>
 
 namespace {
 
@@ -60,11 +66,15 @@ private Q_SLOTS:
     void acceptedByTouch();
     void nobodyAccepts_data();
     void nobodyAccepts();
-    void requestComesBack();
+    void withdrawnBeforeAcceptance_data();
+    void withdrawnBeforeAcceptance();
     void startsBehindBox();
+    void endsBehindBox();
     void endsInTheMiddle_data();
     void endsInTheMiddle();
     void readErrorInTheMiddle();
+    void pointWithoutResult();
+    void cannotOpen_data();
     void cannotOpen();
     void countdownAndExit();
     void startsAgainAndAgain();
@@ -244,15 +254,26 @@ void TestCalibrationPage::nobodyAccepts()
     QCOMPARE(root().read(CalibrationFile), OldFile);
 }
 
-/// A calibration that waits for acceptance waits on when the page is hidden and raised again.
-void TestCalibrationPage::requestComesBack()
+void TestCalibrationPage::withdrawnBeforeAcceptance_data()
 {
+    QTest::addColumn<bool>("comesBack"); ///< the request, and with it the page
+    QTest::addColumn<QString>("start"); ///< the start button's text in the end
+    QTest::newRow("raised again") << true << QStringLiteral("Start Calibration (5)");
+    QTest::newRow("for good") << false << QStringLiteral("Start Calibration");
+}
+
+/// A calibration that waits for acceptance waits on when the page is hidden and raised again.
+void TestCalibrationPage::withdrawnBeforeAcceptance()
+{
+    QFETCH(bool, comesBack);
     startPage();
     touchCrosshairs();
     pPage->hide();
     QVERIFY(!pPage->isRunning());
-    pPage->startAutoCalibration();
-    QVERIFY(pPage->isRunning());
+    if (comesBack) {
+        pPage->startAutoCalibration();
+    }
+    QCOMPARE(pPage->isRunning(), comesBack);
     QVERIFY(inAcceptMode());
     QCOMPARE(timers(), 1);
     BoxWatcher operatorsEyes;
@@ -260,7 +281,9 @@ void TestCalibrationPage::requestComesBack()
         pPage->updateLCD();
     }
     QCOMPARE(root().read(CalibrationFile), OldFile);
-    QCOMPARE(button("startCalibrationButton")->text(), QStringLiteral("Start Calibration (5)"));
+    QTEST(button("startCalibrationButton")->text(), "start");
+    QCOMPARE(timers(), comesBack ? 1 : 0);
+    QCOMPARE(pPage->isVisible(), comesBack);
 }
 
 /// While the end of a run shows a box, the page is hidden, raised and started again.
@@ -277,6 +300,9 @@ void TestCalibrationPage::startsBehindBox()
     connect(&again, &QTimer::timeout, this, [&] {
         if (!bRestarted && pPanel->isApplying()) {
             bRestarted = true;
+            QCOMPARE(pPanel->grab().toImage().pixelColor(790, 470), QColor(Qt::green));
+            // As if someone else had closed it.
+            QCOMPARE(pPanel->calibrationData().closeTouchscreen(), 0);
             pPage->hide();
             pPage->startAutoCalibration();
             pPage->StartCalibration();
@@ -287,13 +313,44 @@ void TestCalibrationPage::startsBehindBox()
     BoxWatcher operatorsEyes(200);
     touchCrosshairs();
     QVERIFY(bRestarted);
-    QVERIFY(!operatorsEyes.texts().isEmpty());
+    const QStringList boxes = operatorsEyes.texts();
+    QCOMPARE(boxes.size(), 3);
+    QVERIFY(boxes[0].startsWith(QStringLiteral("Error -233")));
+    QVERIFY(boxes[1].startsWith(QStringLiteral("Error -234")));
+    QVERIFY(boxes[2].startsWith(QStringLiteral("Error -210")));
+    QVERIFY(boxes[2].contains(QStringLiteral("closeTouchscreen")));
     QVERIFY(!crosshairs()->isVisible());
     QCOMPARE(timers(), 1);
     qunsetenv("POINTERCAL_FILE");
     pPage.reset();
     QCOMPARE(openTouchscreens(), open);
     QCOMPARE(root().read(CalibrationFile), OldFile);
+}
+
+/// The program is told to end while the end of a run shows a box.
+void TestCalibrationPage::endsBehindBox()
+{
+    const QPoint before = landing({1000, 1000});
+    const qsizetype open = openTouchscreens();
+    startPage();
+    qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
+    QTimer look;
+    connect(&look, &QTimer::timeout, this, [&] {
+        if (QApplication::activeModalWidget() || inAcceptMode()) {
+            QCoreApplication::quit();
+        }
+    });
+    look.start(5);
+    for (const QPoint target : crosshairTargets(Glass.picture())) {
+        touch(target);
+    }
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Cannot write")));
+    QCoreApplication::exec();
+    look.stop();
+    QVERIFY(inAcceptMode()); // nobody has accepted it
+    pPage.reset();
+    QCOMPARE(landing({1000, 1000}), before);
+    QCOMPARE(openTouchscreens(), open);
 }
 
 void TestCalibrationPage::endsInTheMiddle_data()
@@ -364,16 +421,51 @@ void TestCalibrationPage::readErrorInTheMiddle()
     QCOMPARE(openTouchscreens(), open);
 }
 
+/// A thread that ends without data must not stand for a measured point.
+void TestCalibrationPage::pointWithoutResult()
+{
+    startPage();
+    QTRY_COMPARE(samplingThreads(), 1);
+    auto *pThread = crosshairs()->findChild<VeltaCalibrationThread *>();
+    crosshairs()->CalThreadControl(); // too early: it does not wait for the touch
+    BoxWatcher operatorsEyes;
+    QTest::ignoreMessage(QtDebugMsg, "CalibrationPanel CalThreadError\n");
+    pThread->stop();
+    QTRY_COMPARE(operatorsEyes.texts().size(), 1);
+    QVERIFY(!crosshairs()->isRunning());
+    QCOMPARE(samplingThreads(), 0);
+}
+
+void TestCalibrationPage::cannotOpen_data()
+{
+    QTest::addColumn<QByteArray>("device");
+    QTest::addColumn<QByteArray>("configuration");
+    QTest::addColumn<QByteArray>("message");
+    QTest::addColumn<QString>("box");
+    QTest::newRow("no device") << QByteArray("/nowhere") << QByteArray("module_raw waveshare\n")
+                               << QByteArray("ts_open error") << QStringLiteral("Error -207");
+    QTest::newRow("broken configuration")
+        << QByteArray() << QByteArray("module_raw nosuch\n") << QByteArray("ts_config error")
+        << QStringLiteral("Error -208");
+}
+
+/// The run has failed, the page is idle, and the pointer is as alive as before.
 void TestCalibrationPage::cannotOpen()
 {
-    qputenv("TSLIB_TSDEVICE", "/nowhere");
+    QFETCH(QByteArray, message);
+    QFETCH(QString, box);
     const QPoint before = landing({1000, 1000});
+    QFETCH(QByteArray, device);
+    QFETCH(QByteArray, configuration);
+    qputenv("TSLIB_TSDEVICE", device);
+    root().write(QStringLiteral("/etc/ts.conf"), configuration);
     BoxWatcher operatorsEyes;
-    QTest::ignoreMessage(QtDebugMsg, "ts_open error");
+    QTest::ignoreMessage(QtDebugMsg, message.constData());
     startPage();
     QCOMPARE(operatorsEyes.texts().size(), 1);
-    QVERIFY(operatorsEyes.texts().constFirst().startsWith(QStringLiteral("Error -207")));
+    QVERIFY(operatorsEyes.texts().constFirst().startsWith(box));
     QVERIFY(!crosshairs()->isVisible());
+    QVERIFY(!inAcceptMode());
     QCOMPARE(landing({1000, 1000}), before);
     QCOMPARE(timers(), 0);
 }
