@@ -13,6 +13,8 @@
 #include <QScreen>
 #include <QTimer>
 
+#include <chrono>
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -111,6 +113,7 @@ void CalibrationPage::setAcceptMode(bool bOn)
 
 void CalibrationPage::StartCalibration()
 {
+    // By the operator's hand, too: while isRunning() the main window leaves the pointer suspended.
     bRunning = true;
     CancelTimer();
     stopCountdown();

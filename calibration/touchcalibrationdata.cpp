@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <QScopedValueRollback>
 
+#include <chrono>
 #include <tslib.h>
 
 namespace {

@@ -7,6 +7,9 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <array>
+#include <chrono>
+#include <span>
 #include <tslib.h>
 
 namespace {
@@ -74,8 +77,6 @@ void VeltaCalibrationThread::samplePoint()
     if (nOriginX != NoOrigin && !glideToTarget()) {
         return;
     }
-    nDrawnX = nTargetX;
-    nDrawnY = nTargetY;
     showTarget(Qt::black);
 
     const auto index = static_cast<std::size_t>(nIndex);
@@ -119,9 +120,7 @@ bool VeltaCalibrationThread::glideToTarget()
     const int stepX = (nTargetX - (nOriginX >> FixedPointShift)) * FixedPointOne / GlideSteps;
     const int stepY = (nTargetY - (nOriginY >> FixedPointShift)) * FixedPointOne / GlideSteps;
     for (int i = 0; i < GlideSteps; ++i) {
-        nDrawnX = nOriginX >> FixedPointShift;
-        nDrawnY = nOriginY >> FixedPointShift;
-        Q_EMIT updateScreenpos(nDrawnX, nDrawnY, Qt::green);
+        Q_EMIT updateScreenpos(nOriginX >> FixedPointShift, nOriginY >> FixedPointShift, Qt::green);
         nOriginX += stepX;
         nOriginY += stepY;
         if (!sampler.pause(GlideInterval)) {

@@ -4,6 +4,7 @@
 #include "calibration/touchsampler.h"
 
 #include <QColor>
+#include <QString>
 #include <QThread>
 
 #include <atomic>
@@ -71,8 +72,6 @@ private:
     int nIndex = 0;
     int nTargetX = 0;
     int nTargetY = 0;
-    int nDrawnX = 0;
-    int nDrawnY = 0;
     /// Where the crosshair comes from, 16.16 fixed point; NoOrigin in x: it does not move.
     int nOriginX = NoOrigin;
     int nOriginY = NoOrigin;

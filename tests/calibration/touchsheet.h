@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <optional>
+#include <utility>
 
 /// A window over the whole screen that notes where it is touched.
 class TouchSheet : public QWidget

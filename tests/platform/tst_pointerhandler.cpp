@@ -8,13 +8,18 @@
 #include <QMouseEvent>
 #include <QProcess>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScopeGuard>
 #include <QStandardPaths>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
+#include <memory>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <tslib.h>
+#include <utility>
 
 namespace {
 
