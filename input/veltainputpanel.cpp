@@ -386,7 +386,7 @@ bool VeltaInputPanel::isLineEditEmpty() const
 
 void VeltaInputPanel::focusFirstKey()
 {
-    window()->setAttribute(Qt::WA_KeyboardFocusChange); // who has a keypad sees where it starts
+    markFocus(true); // who has a keypad sees where it starts
     firstButton()->setFocus(Qt::TabFocusReason);
 }
 
@@ -587,6 +587,12 @@ void VeltaInputPanel::moveFocus(bool next)
     extendTimeout();
 }
 
+void VeltaInputPanel::markFocus(bool marked)
+{
+    bFocusMarked = marked;
+    window()->setAttribute(Qt::WA_KeyboardFocusChange, marked);
+}
+
 bool VeltaInputPanel::event(QEvent *event)
 {
     // The release of a held key goes to the window that is active then.
@@ -598,14 +604,15 @@ bool VeltaInputPanel::event(QEvent *event)
 
 bool VeltaInputPanel::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::FocusIn) {
-        // By itself the style marks the focused key only after a Tab key, which a keypad has not.
-        // A touched key stays unmarked, also when the keyboard's window gets active again: it may
-        // be a digit of the password.
+    // By itself the style marks the focused key only after a Tab key, which a keypad has not. A
+    // touched key stays unmarked: it may be a digit of the password.
+    if (event->type() == QEvent::MouseButtonPress) {
+        markFocus(false);
+    } else if (event->type() == QEvent::FocusIn) {
         const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
-        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
-            window()->setAttribute(Qt::WA_KeyboardFocusChange, reason != Qt::MouseFocusReason);
-        }
+        markFocus(reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason
+                      ? bFocusMarked
+                      : reason != Qt::MouseFocusReason);
     }
     const bool bPress = event->type() == QEvent::KeyPress;
     if (!bPress && event->type() != QEvent::KeyRelease) {

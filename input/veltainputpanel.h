@@ -106,6 +106,7 @@ private:
     QPushButton *firstButton() const;
     void pressCharacter(QChar character);
     void moveFocus(bool next);
+    void markFocus(bool marked);
     void startRepeat(QWidget *pButton, int key);
     void stopRepeat();
     void extendTimeout();
@@ -115,6 +116,7 @@ private:
     VeltaUtils fontScaler;
     std::vector<Key> keys;
     InputMode inputMode;
+    bool bFocusMarked = true; ///< the focused key can be seen
     int nShiftLevel = 0;
     QFont captionFont;
     QFont timeoutFont;

@@ -66,6 +66,7 @@ void TestVeltaInputPanel::modes()
     const KeyboardFixture keyboard(QTest::currentDataTag());
     QTEST(keyboard.pPanel->findChild<QStackedWidget *>()->currentWidget()->objectName(), "pad");
     QTEST(QApplication::focusWidget()->objectName(), "first");
+    QVERIFY(keyboard.pContext->testAttribute(Qt::WA_KeyboardFocusChange)); // and is seen to be
     QCOMPARE(keyboard.pDisplay->echoMode(), password ? QLineEdit::Password : QLineEdit::Normal);
     QCOMPARE(keyboard.pDisplay->focusPolicy(), Qt::NoFocus);
 }
