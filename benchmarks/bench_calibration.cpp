@@ -99,17 +99,17 @@ RawPoint touch(const Affine &panel, QPointF finger)
 /// The map that takes three touches exactly to three points of the screen.
 Affine threePoints(const PointerCalibrationData &pairs)
 {
-    const auto &[r0, r1, r2, unused3, unused4] = pairs.devPoints;
+    const auto &r = pairs.devPoints;
     const auto &s = pairs.screenPoints;
-    const double x1 = r1.x - r0.x;
-    const double y1 = r1.y - r0.y;
-    const double x2 = r2.x - r0.x;
-    const double y2 = r2.y - r0.y;
+    const double x1 = r[1].x - r[0].x;
+    const double y1 = r[1].y - r[0].y;
+    const double x2 = r[2].x - r[0].x;
+    const double y2 = r[2].y - r[0].y;
     const double determinant = x1 * y2 - x2 * y1;
     const auto row = [&](double t0, double t1, double t2) {
         const double a = ((t1 - t0) * y2 - (t2 - t0) * y1) / determinant;
         const double b = ((t2 - t0) * x1 - (t1 - t0) * x2) / determinant;
-        return std::array{a, b, t0 - a * r0.x - b * r0.y};
+        return std::array{a, b, t0 - a * r[0].x - b * r[0].y};
     };
     return {row(s[0].x(), s[1].x(), s[2].x()), row(s[0].y(), s[1].y(), s[2].y())};
 }
@@ -318,7 +318,7 @@ void touchSample(benchmark::State &state)
     send(nPipe, {1000, 1000}, true);
     awaitEvent(sheet, 1);
     long nSent = 1;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         send(nPipe, {1000 + 100 * int(nSent % 2), 1000}, true);
         awaitEvent(sheet, ++nSent);
     }

@@ -156,7 +156,7 @@ private:
         const bool bPassword = pKeyboard->mode() == NumInputPW;
         const QStringList keys = bPassword ? QStringList{"1", "2", "3", "4", "ok"}
                                            : QStringList{"right", "backspace", "7", "ok"};
-        const QString key = keys.at(nKeys);
+        const QString &key = keys.at(nKeys);
         nKeys = (nKeys + 1) % int(keys.size());
         nKeyboards += nKeys == 0 ? 1 : 0;
         touch(pKeyboard->findChild<QPushButton *>(QLatin1String("panelButton_") + key));

@@ -42,7 +42,7 @@ void tick(benchmark::State &state, bool bNewName)
     window.controlVisibility();
     window.controlVisibility();
     int nRound = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         if (bNewName) {
             state.PauseTiming();
             setApplication("Conveyor " + QByteArray::number(++nRound));
@@ -61,7 +61,7 @@ void validate(benchmark::State &state)
     QString texts[] = {QStringLiteral("192.168.0.10"), QStringLiteral("255.255.254.0"),
                        QStringLiteral("192.168.001.300"), QStringLiteral("1.2.3.4.5")};
     int nMode = IP4Validator::Address;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (QString &text : texts) {
             benchmark::DoNotOptimize(validator.validate(text, nMode));
         }
@@ -72,7 +72,7 @@ BENCHMARK(validate);
 void wrap(benchmark::State &state)
 {
     const QString text = errorText(*findError(ERR_CAL_TIMEOUT));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(InfoText::wrap(text, 26));
     }
 }
@@ -84,7 +84,7 @@ void loadSettings(benchmark::State &state)
           "[options]\nconfig_passwd=1234\n[network]\neth0.mode=static\neth0.ip=192.168.0.20\n"
           "eth0.netmask=255.255.255.0\ndefault_gateway=192.168.0.1\ndnsserver1=192.168.0.1\n"
           "dnsserver2=0.0.0.0\n");
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         VeltaSettings settings(QStringLiteral("/etc/settings.ini"),
                                QStringLiteral("/tmp/newsettings.ini"), QSettings::IniFormat);
         benchmark::DoNotOptimize(settings.init());

@@ -79,6 +79,7 @@ Start measure(const QByteArray &program, const QByteArray &platform)
 double median(const std::vector<Start> &starts, double Start::*pField)
 {
     std::vector<double> values;
+    values.reserve(starts.size());
     for (const Start &start : starts) {
         values.push_back(start.*pField);
     }
