@@ -135,7 +135,8 @@ void PointerHandler::resume()
         takeGrab(pDevice.get());
     }
     drain(DiscardLimit, false);
-    if (pNotifier) {
+    // One that has been plugged in anew meanwhile is another device.
+    if (pDevice || openDevice()) {
         pNotifier->setEnabled(true);
     }
 }

@@ -127,6 +127,7 @@ private Q_SLOTS:
 
     void brokenCalibrationFile_data();
     void brokenCalibrationFile();
+    void agreesWithTsPrint_data();
     void agreesWithTsPrint();
 
     void suspended();
@@ -338,16 +339,30 @@ void TestPointerHandler::brokenCalibrationFile()
     QCOMPARE(tap({420, 820}), tapAt(100, 200));
 }
 
+void TestPointerHandler::agreesWithTsPrint_data()
+{
+    QTest::addColumn<QByteArray>("content"); ///< empty: computed here
+    QTest::newRow("own") << QByteArray();
+    QTest::newRow("of ts_calibrate") << QByteArray("-13826 62 53000000 -147 8300 -2300000 65536 "
+                                                   "800 480 0");
+    QTest::newRow("of ts_calibrate, turned")
+        << QByteArray("8192 0 0 0 12288 -655360 65536 480 800 1");
+}
+
 void TestPointerHandler::agreesWithTsPrint()
 {
     const QString tool = QStandardPaths::findExecutable(QStringLiteral("ts_print"));
     if (tool.isEmpty()) {
         QSKIP("ts_print is not installed");
     }
+    QFETCH(QByteArray, content);
+    if (!content.isEmpty()) {
+        root().write(CalibrationFile, content);
+    }
     start();
     PointerCalibrationData data = targetsOnly();
     data.devPoints = {RawPoint{3700, 390}, {420, 310}, {380, 3610}, {3660, 3720}, {2041, 2007}};
-    QVERIFY(pServer->calibrate(data));
+    QVERIFY(!content.isEmpty() || pServer->calibrate(data));
 
     TouchscreenFifo copy(root(), QStringLiteral("/tmp/copy"));
     QProcess print;
@@ -490,6 +505,18 @@ void TestPointerHandler::vanishedTouchscreen()
     QVERIFY(pServer->calibrate(scaledPairs(20)));
     QVERIFY(plugIn());
     pServer->suspendPointer();
+    pServer->resumePointer();
+    send({420, 820});
+    deliver();
+    QCOMPARE(pSheet->take(), QStringList{"press 100,200"});
+
+    // Out and in again while nobody reads it.
+    pServer->suspendPointer();
+    deliver();
+    pSheet->take();
+    close(ends[1]);
+    QVERIFY(plugIn());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("touchscreen is gone")));
     pServer->resumePointer();
     send({420, 820});
     deliver();
