@@ -223,6 +223,8 @@ void CalibrationPage::CancelCalibration()
 
 void CalibrationPage::showFullScreen()
 {
+    // An X server without a window manager leaves a full-screen window the size that it has.
+    setGeometry(QGuiApplication::primaryScreen()->geometry());
     QWizardPage::showFullScreen();
 }
 
