@@ -50,7 +50,13 @@ void VeltaCalibrationPanelContext::restoreSilently(bool bUnaccepted)
 void VeltaCalibrationPanelContext::leaveScreen()
 {
     hide();
-    // No window is active now on some platforms, and no key would reach the page.
+    activatePage();
+}
+
+/// When this window or a box of it has closed, no window is active on some platforms, and no key
+/// would reach the page.
+void VeltaCalibrationPanelContext::activatePage()
+{
     if (parentWidget()->isVisible()) {
         parentWidget()->activateWindow();
     }
@@ -72,10 +78,11 @@ void VeltaCalibrationPanelContext::RestoreOldCalibrationData()
     if (const short code = pPanel->calibrationData().restoreOldCalibration(); code != 0) {
         const VeltaInfoBox box(code, pointerCalibrationName(), CalibrationBoxSeconds, this, true,
                                true);
-        return;
+    } else {
+        const VeltaInfoBox box(tr("old calibration data restored"), RestoredBoxSeconds, this, true,
+                               true);
     }
-    const VeltaInfoBox box(tr("old calibration data restored"), RestoredBoxSeconds, this, true,
-                           true);
+    activatePage();
 }
 
 void VeltaCalibrationPanelContext::CalibrationFinished()
@@ -90,6 +97,7 @@ void VeltaCalibrationPanelContext::CalibrationError(short nCode)
     if (nCode != 0) {
         const VeltaInfoBox box(nCode, 0, this, true, true);
     }
+    activatePage();
     update();
     Q_EMIT calibration_failed();
 }

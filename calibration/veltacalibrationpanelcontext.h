@@ -38,6 +38,7 @@ public Q_SLOTS:
 private:
     /// Hides the window and makes the page, where it is shown, the active one again.
     void leaveScreen();
+    void activatePage();
 
     std::unique_ptr<VeltaCalibrationPanel> pPanel;
 };

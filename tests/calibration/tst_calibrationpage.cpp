@@ -181,7 +181,7 @@ void TestCalibrationPage::acceptedByTouch()
     touchCrosshairs();
 
     QVERIFY(!crosshairs()->isVisible());
-    QCOMPARE(QApplication::activeWindow(), pPage.get());
+    QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
     QVERIFY(!button("startCalibrationButton")->isEnabled());
     QVERIFY(!button("cancelCalibrationButton")->isEnabled());
     auto *pCount = pPage->findChild<QLCDNumber *>();
@@ -243,6 +243,7 @@ void TestCalibrationPage::nobodyAccepts()
         QCOMPARE(operatorsEyes.texts().size(), 1);
         QVERIFY(operatorsEyes.texts().constFirst().startsWith(box));
     }
+    QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
     QVERIFY(!inAcceptMode());
     QCOMPARE(button("startCalibrationButton")->text(), QStringLiteral("Start Calibration (5)"));
     QCOMPARE(landing({1000, 1000}), before);
@@ -464,6 +465,7 @@ void TestCalibrationPage::cannotOpen()
     startPage();
     QCOMPARE(operatorsEyes.texts().size(), 1);
     QVERIFY(operatorsEyes.texts().constFirst().startsWith(box));
+    QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
     QVERIFY(!crosshairs()->isVisible());
     QVERIFY(!inAcceptMode());
     QCOMPARE(landing({1000, 1000}), before);
