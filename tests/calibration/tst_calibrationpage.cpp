@@ -314,7 +314,7 @@ void TestCalibrationPage::startsBehindBox()
     BoxWatcher operatorsEyes(200);
     touchCrosshairs();
     QVERIFY(bRestarted);
-    const QStringList boxes = operatorsEyes.texts();
+    const QStringList &boxes = operatorsEyes.texts();
     QCOMPARE(boxes.size(), 3);
     QVERIFY(boxes[0].startsWith(QStringLiteral("Error -233")));
     QVERIFY(boxes[1].startsWith(QStringLiteral("Error -234")));
