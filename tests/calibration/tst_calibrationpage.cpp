@@ -17,7 +17,6 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSignalSpy>
 #include <QTimer>
 
 #include <memory>
@@ -72,10 +71,8 @@ private Q_SLOTS:
     void endsBehindBox();
     void endsInTheMiddle_data();
     void endsInTheMiddle();
-    void readErrorInTheMiddle();
-    void pointWithoutResult();
-    void cannotOpen_data();
-    void cannotOpen();
+    void runFails_data();
+    void runFails();
     void countdownAndExit();
     void startsAgainAndAgain();
     void paints_data();
@@ -358,12 +355,8 @@ void TestCalibrationPage::endsInTheMiddle_data()
 {
     QTest::addColumn<int>("touches");
     QTest::addColumn<bool>("withdrawn"); ///< the page is hidden, else destroyed
-    for (const bool bWithdrawn : {false, true}) {
-        QTest::addRow("%s at the first point", bWithdrawn ? "withdrawn" : "program ends")
-            << 0 << bWithdrawn;
-        QTest::addRow("%s at the third point", bWithdrawn ? "withdrawn" : "program ends")
-            << 2 << bWithdrawn;
-    }
+    QTest::newRow("withdrawn at the first point") << 0 << true;
+    QTest::newRow("program ends at the third point") << 2 << false;
     QTest::newRow("program ends before acceptance") << 5 << false;
 }
 
@@ -396,80 +389,67 @@ void TestCalibrationPage::endsInTheMiddle()
     QCOMPARE(openTouchscreens(), open);
 }
 
-/// No next point behind the box, the touchscreen is closed, the pointer is alive.
-void TestCalibrationPage::readErrorInTheMiddle()
+void TestCalibrationPage::runFails_data()
 {
+    QTest::addColumn<QString>("device"); ///< in the environment, empty: the built-in one
+    QTest::addColumn<QByteArray>("configuration");
+    QTest::addColumn<bool>("wordless"); ///< the thread ends, but says nothing
+    QTest::addColumn<QList<QByteArray>>("messages");
+    QTest::addColumn<QString>("box"); ///< how its text begins; one of two codes has none
+
+    const QByteArray good = "module_raw waveshare len=8\nmodule linear\n";
+    const QByteArray end = "CalibrationPanel CalThreadError\n";
+    QTest::newRow("no device") << QStringLiteral("/nowhere") << good << false
+                               << QList<QByteArray>{"ts_open error"}
+                               << QStringLiteral("Error -207");
+    QTest::newRow("broken configuration")
+        << QString() << QByteArray("module_raw nosuch\n") << false
+        << QList<QByteArray>{"ts_config error"} << QStringLiteral("Error -208");
+    QTest::newRow("read error") << QStringLiteral("/dev/input/broken") << good << false
+                                << QList<QByteArray>{"getxy: ts_read_raw error 2", end}
+                                << QString();
+    QTest::newRow("point without data")
+        << QString() << good << true << QList<QByteArray>{end} << QString();
+}
+
+/// No next point behind the box, the touchscreen is closed, pointer and keys are as alive as
+/// before.
+void TestCalibrationPage::runFails()
+{
+    QFETCH(QString, device);
+    QFETCH(QByteArray, configuration);
+    QFETCH(bool, wordless);
+    QFETCH(QList<QByteArray>, messages);
+    QFETCH(QString, box);
     const QPoint before = landing({1000, 1000});
-    const QString device = QStringLiteral("/dev/input/broken");
-    root().write(device,
+    root().write(QStringLiteral("/dev/input/broken"),
                  TouchscreenFifo::sample({1000, 1000}, 1) + TouchscreenFifo::sample({1000, 1000}, 0)
                      + TouchscreenFifo::sample({3000, 1000}, 1));
-    qputenv("TSLIB_TSDEVICE", QFile::encodeName(root().path(device)));
+    if (!device.isEmpty()) {
+        qputenv("TSLIB_TSDEVICE", QFile::encodeName(root().path(device)));
+    }
+    root().write(QStringLiteral("/etc/ts.conf"), configuration);
     const qsizetype open = openTouchscreens();
     BoxWatcher operatorsEyes;
-    QTest::ignoreMessage(QtDebugMsg, "getxy: ts_read_raw error 2");
-    QTest::ignoreMessage(QtDebugMsg, "CalibrationPanel CalThreadError\n");
+    for (const QByteArray &message : messages) {
+        QTest::ignoreMessage(QtDebugMsg, message.constData());
+    }
     startPage();
-    QSignalSpy failed(pPage->findChild<VeltaCalibrationPanelContext *>(),
-                      &VeltaCalibrationPanelContext::calibration_failed);
-    QTRY_COMPARE_WITH_TIMEOUT(failed.count(), 1, RunLimitMs);
-    QCOMPARE(operatorsEyes.texts().size(), 1);
-    QVERIFY(!crosshairs()->isVisible());
+    if (wordless) {
+        QTRY_COMPARE(samplingThreads(), 1);
+        crosshairs()->CalThreadControl(); // too early: it does not wait for the touch
+        crosshairs()->findChild<VeltaCalibrationThread *>()->stop();
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(operatorsEyes.texts().size(), 1, RunLimitMs);
+    QVERIFY(operatorsEyes.texts().constFirst().startsWith(box));
+    QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
     QTRY_COMPARE(samplingThreads(), 0);
+    QVERIFY(!crosshairs()->isVisible());
     QVERIFY(!inAcceptMode());
+    QCOMPARE(timers(), 0);
     QCOMPARE(root().read(CalibrationFile), OldFile);
     QCOMPARE(landing({1000, 1000}), before);
     QCOMPARE(openTouchscreens(), open);
-}
-
-/// A thread that ends without data must not stand for a measured point.
-void TestCalibrationPage::pointWithoutResult()
-{
-    startPage();
-    QTRY_COMPARE(samplingThreads(), 1);
-    auto *pThread = crosshairs()->findChild<VeltaCalibrationThread *>();
-    crosshairs()->CalThreadControl(); // too early: it does not wait for the touch
-    BoxWatcher operatorsEyes;
-    QTest::ignoreMessage(QtDebugMsg, "CalibrationPanel CalThreadError\n");
-    pThread->stop();
-    QTRY_COMPARE(operatorsEyes.texts().size(), 1);
-    QVERIFY(!crosshairs()->isRunning());
-    QCOMPARE(samplingThreads(), 0);
-}
-
-void TestCalibrationPage::cannotOpen_data()
-{
-    QTest::addColumn<QByteArray>("device");
-    QTest::addColumn<QByteArray>("configuration");
-    QTest::addColumn<QByteArray>("message");
-    QTest::addColumn<QString>("box");
-    QTest::newRow("no device") << QByteArray("/nowhere") << QByteArray("module_raw waveshare\n")
-                               << QByteArray("ts_open error") << QStringLiteral("Error -207");
-    QTest::newRow("broken configuration")
-        << QByteArray() << QByteArray("module_raw nosuch\n") << QByteArray("ts_config error")
-        << QStringLiteral("Error -208");
-}
-
-/// The run has failed, the page is idle, and the pointer is as alive as before.
-void TestCalibrationPage::cannotOpen()
-{
-    QFETCH(QByteArray, message);
-    QFETCH(QString, box);
-    const QPoint before = landing({1000, 1000});
-    QFETCH(QByteArray, device);
-    QFETCH(QByteArray, configuration);
-    qputenv("TSLIB_TSDEVICE", device);
-    root().write(QStringLiteral("/etc/ts.conf"), configuration);
-    BoxWatcher operatorsEyes;
-    QTest::ignoreMessage(QtDebugMsg, message.constData());
-    startPage();
-    QCOMPARE(operatorsEyes.texts().size(), 1);
-    QVERIFY(operatorsEyes.texts().constFirst().startsWith(box));
-    QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
-    QVERIFY(!crosshairs()->isVisible());
-    QVERIFY(!inAcceptMode());
-    QCOMPARE(landing({1000, 1000}), before);
-    QCOMPARE(timers(), 0);
 }
 
 void TestCalibrationPage::countdownAndExit()
