@@ -70,6 +70,13 @@ void DeviceRoot::setFirmware(const QString &key, const QString &value)
     writeFirmware();
 }
 
+void DeviceRoot::setFirmware(const QString &entries)
+{
+    for (const QString &entry : entries.split(u' ', Qt::SkipEmptyParts)) {
+        setFirmware(entry.section(u'=', 0, 0), entry.section(u'=', 1));
+    }
+}
+
 void DeviceRoot::breakFirmware()
 {
     firmware.clear();

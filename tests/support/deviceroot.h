@@ -26,6 +26,8 @@ public:
 
     /// Sets one key of the simulated firmware library's state; an empty \a value removes the key.
     void setFirmware(const QString &key, const QString &value);
+    /// Sets several, as "key=value key=value".
+    void setFirmware(const QString &entries);
     /// Makes the firmware library's state unreadable: every call fails.
     void breakFirmware();
 

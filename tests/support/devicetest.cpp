@@ -1,11 +1,13 @@
 #include "tests/support/devicetest.h"
 
+#include "tests/support/screen.h"
+
 #include <QRegularExpression>
-#include <QtTest>
 
 void DeviceTest::init()
 {
     pRoot = std::make_unique<DeviceRoot>();
+    setScreen({800, 480});
     // What the offscreen platform and a keyboard that is a FIFO say about themselves is no fault.
     QTest::failOnWarning(QRegularExpression(
         QStringLiteral("^(?!This plugin does not support|evdevkeyboard: Failed to query led)")));
@@ -13,5 +15,6 @@ void DeviceTest::init()
 
 void DeviceTest::cleanup()
 {
+    closeWindows();
     pRoot.reset();
 }

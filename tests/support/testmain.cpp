@@ -1,7 +1,6 @@
 #include "tests/support/testmain.h"
 
 #include "app/startup.h"
-#include "tests/support/screen.h"
 
 #include <QApplication>
 #include <QTemporaryDir>
@@ -22,6 +21,5 @@ int runPanelTest(int argc, char **argv, const char *name,
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QString::fromLatin1(name));
     setUpLook(application);
-    setScreen({800, 480});
     return run(argc, argv);
 }

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-/// Sets the environment up (800x480 offscreen screen, temporary home), makes the application
+/// Sets the environment up (offscreen platform, temporary home), makes the application
 /// object as the program does and runs \a run.
 int runPanelTest(int argc, char **argv, const char *name,
                  const std::function<int(int, char **)> &run);
