@@ -14,15 +14,15 @@ constexpr char PasswordMask[] = "00000000; ";
 /// A main window with a line edit, and the keyboard that edits it.
 struct KeyboardFixture
 {
-    explicit KeyboardFixture(const char *mode, const char *text = "", const char *mask = "",
-                             quint8 timeoutSeconds = 0)
+    explicit KeyboardFixture(const QString &mode, const QString &text = {},
+                             const QString &mask = {}, quint8 timeoutSeconds = 0)
     {
         const QSize screen = QGuiApplication::primaryScreen()->size();
         main.resize(screen);
         main.show();
-        target.setWhatsThis(QLatin1String(mode));
-        target.setInputMask(QLatin1String(mask));
-        target.setText(QLatin1String(text));
+        target.setWhatsThis(mode);
+        target.setInputMask(mask);
+        target.setText(text);
         pContext = std::make_unique<VeltaInputPanelContext>(&target, &label, false, timeoutSeconds,
                                                             screen.width(), screen.height());
         pPanel = pContext->findChild<VeltaInputPanel *>();
@@ -33,31 +33,35 @@ struct KeyboardFixture
         }
     }
 
-    QPushButton *key(const char *name) const
+    QPushButton *key(const QString &name) const
     {
-        auto *pKey =
-            pPanel->findChild<QPushButton *>(QLatin1String("panelButton_") + QLatin1String(name));
+        auto *pKey = pPanel->findChild<QPushButton *>("panelButton_" + name);
         if (!pKey) {
-            qFatal("no key %s", name);
+            qFatal("no key %s", qPrintable(name));
         }
         return pKey;
     }
-    void touch(const char *name) const { QTest::mouseClick(key(name), Qt::LeftButton); }
+    void touch(const QString &name) const { QTest::mouseClick(key(name), Qt::LeftButton); }
+    /// Where a finger hits the key \a name of the context's window.
+    QPoint centre(const QString &name) const
+    {
+        return key(name)->mapTo(pContext.get(), key(name)->rect().center());
+    }
     /// A key of the keypad, as the window system delivers it.
     void press(Qt::Key key) const { QTest::keyPress(pContext->windowHandle(), key); }
     void release(Qt::Key key) const { QTest::keyRelease(pContext->windowHandle(), key); }
     void click(Qt::Key key) const { QTest::keyClick(pContext->windowHandle(), key); }
     /// Presses one key of the keypad for each character: 'b' is Backspace, '<' Left, '>' Right,
     /// '_' Space, 'n' Return, other characters are themselves.
-    void type(const char *keys) const
+    void type(const QString &keys) const
     {
-        for (const char *pKey = keys; *pKey; ++pKey) {
-            click(*pKey == 'b'       ? Qt::Key_Backspace
-                      : *pKey == '<' ? Qt::Key_Left
-                      : *pKey == '>' ? Qt::Key_Right
-                      : *pKey == '_' ? Qt::Key_Space
-                      : *pKey == 'n' ? Qt::Key_Return
-                                     : Qt::Key(*pKey));
+        static const QMap<QChar, Qt::Key> special{{'b', Qt::Key_Backspace},
+                                                  {'<', Qt::Key_Left},
+                                                  {'>', Qt::Key_Right},
+                                                  {'_', Qt::Key_Space},
+                                                  {'n', Qt::Key_Return}};
+        for (const QChar c : keys) {
+            click(special.value(c, Qt::Key(c.unicode())));
         }
     }
     /// The visible keys, in the order in which the focus visits them.
@@ -76,10 +80,8 @@ struct KeyboardFixture
     {
         return pPanel->findChild<QTimer *>(QLatin1String(name));
     }
-    QString countdown() const
-    {
-        return pPanel->findChild<QLabel *>(QStringLiteral("timeoutLabel"))->text();
-    }
+    const QLabel *countdownLabel() const { return pPanel->findChild<QLabel *>("timeoutLabel"); }
+    QString countdown() const { return countdownLabel()->text(); }
     void call(const char *slot) const { QMetaObject::invokeMethod(pPanel, slot); }
 
     QWidget main;

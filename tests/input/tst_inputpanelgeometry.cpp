@@ -5,7 +5,6 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
-#include <QFontDatabase>
 #include <QGroupBox>
 #include <QStackedWidget>
 
@@ -29,154 +28,122 @@ class TestInputPanelGeometry : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void frame_data();
-    void frame();
-    void pads_data();
-    void pads();
-    void smallAreas_data();
-    void smallAreas();
+    void frame_data()
+    {
+        columns<QSize, QSize, int, int>("screen", "groupBox", "caption", "display");
+        row("320x240", QSize(320, 240), QSize(309, 230), 18, 31);
+        row("240x320", QSize(240, 320), QSize(230, 300), 21, 36);
+        row("480x272", QSize(480, 272), QSize(361, 252), 19, 33);
+        row("640x480", QSize(640, 480), QSize(628, 460), 28, 45);
+        row("800x480", QSize(800, 480), QSize(638, 460), 28, 45);
+        row("600x800", QSize(600, 800), QSize(590, 460), 28, 45);
+        row("1080x1920", QSize(1080, 1920), QSize(790, 460), 28, 45);
+        row("1920x1080", QSize(1920, 1080), QSize(638, 460), 28, 45);
+    }
+    void frame()
+    {
+        QFETCH(QSize, screen);
+        setScreen(screen);
+        const KeyboardFixture keyboard("NumInputPW", "", PasswordMask, 20);
+        const VeltaInputPanel &panel = *keyboard.pPanel;
+        QTEST(panel.findChild<QGroupBox *>()->size(), "groupBox");
+        QTEST(panel.findChild<QLabel *>(QStringLiteral("panelLabel"))->height(), "caption");
+        QTEST(panel.findChild<QLabel *>(QStringLiteral("timeoutLabel"))->height(), "caption");
+        QTEST(keyboard.pDisplay->height(), "display");
+        QCOMPARE(keyboard.pContext->geometry(), QRect(QPoint(), screen));
+        QCOMPARE(panel.size(), screen.boundedTo({800, 480}));
+        QVERIFY((panel.geometry().center() - keyboard.pContext->rect().center()).manhattanLength()
+                < 2);
+    }
+
+    void pads_data()
+    {
+        columns<QSize, QString, int>("screen", "mode", "dpi");
+        row("dense and small", QSize(480, 272), "AlphaNumInput", 160);
+        row("dense and large", QSize(1280, 800), "HexInput", 240);
+        for (const QSize &screen : panelScreenSizes()) {
+            for (const char *mode : {"NumInputPW", "HexInput", "AlphaNumInput"}) {
+                QTest::addRow("%dx%d %s", screen.width(), screen.height(), mode)
+                    << screen << QString(mode) << 96;
+            }
+        }
+    }
+    void pads()
+    {
+        QFETCH(QSize, screen);
+        QFETCH(QString, mode);
+        QFETCH(int, dpi);
+        setScreen(screen, dpi);
+        KeyboardFixture keyboard(mode, "", "", 20);
+        const QWidget *pPanel = keyboard.pPanel;
+        const QWidget *pPage = pPanel->findChild<QStackedWidget *>()->currentWidget();
+        const QWidget *pBox = pPanel->findChild<QGroupBox *>();
+        QVERIFY(keyboard.pContext->rect().contains(placeIn(pBox, keyboard.pContext.get())));
+        QVERIFY(pBox->contentsRect().contains(placeIn(pPage, pBox)));
+
+        // As little as the display of a field without a mask needs.
+        const QFontMetrics display(keyboard.pDisplay->font());
+        QVERIFY(display.height() + 4 <= keyboard.pDisplay->height());
+        QVERIFY(display.horizontalAdvance(QStringLiteral("255.255.255.255")) + 8
+                <= keyboard.pDisplay->width());
+
+        QRect used;
+        for (const QPushButton *pKey : keyboard.visibleKeys()) {
+            const auto name = qPrintable(pKey->objectName());
+            const auto spec =
+                std::find_if(inputKeys().begin(), inputKeys().end(), [pKey](auto &key) {
+                    return pKey->objectName() == QLatin1String(key.name);
+                });
+            const QRect place = placeIn(pKey, pPage);
+            used |= place;
+            QVERIFY2(pPage->rect().contains(place), name);
+            QVERIFY2(pKey->height() >= spec->look().minimum.height(), name);
+            QVERIFY2(pKey->width() >= spec->look().minimum.width() || mayBeNarrow(screen, *pKey),
+                     name);
+            QCOMPARE(place.size().boundedTo(spec->look().maximum), place.size());
+            const QFontMetrics metrics(pKey->font());
+            QVERIFY2(metrics.height() + 4 <= pKey->height(), name);
+            for (int level = 0; level < ShiftLevels; ++level) {
+                QString text = spec->text(level);
+                text.replace(QLatin1String("&&"), QLatin1String("&"));
+                QVERIFY2(metrics.horizontalAdvance(text) + 4 <= pKey->width(), name);
+            }
+            QVERIFY2(metrics.ascent() >= 7, name);
+        }
+        // What is left over stands evenly at both sides.
+        const QMargins left(used.left(), used.top(), pPage->width() - 1 - used.right(),
+                            pPage->height() - 1 - used.bottom());
+        QVERIFY(qAbs(left.left() - left.right()) <= 1);
+        const int headroom = mode.startsWith("Alpha") ? inputPanelFrame(screen).nPadHeadroom : 0;
+        QVERIFY(qAbs(left.top() - headroom - left.bottom()) <= 1);
+    }
+
+    void smallAreas_data()
+    {
+        columns<QSize>("screen");
+        row("screen smaller than asked for", QSize(400, 300));
+        row("screen larger than asked for", QSize(700, 500));
+        row("tiny", QSize(160, 120));
+    }
+    void smallAreas()
+    {
+        QFETCH(QSize, screen);
+        // The fallback class asks for 640 x 480 on a screen of any other size.
+        const QSize requested(640, 480);
+        setScreen(screen);
+        QLineEdit target;
+        target.setWhatsThis(QStringLiteral("AlphaNumInput"));
+        QLabel label;
+        VeltaInputPanelContext context(&target, &label, false, requested.width(),
+                                       requested.height());
+        context.showPanel();
+        QCOMPARE(context.geometry(), QRect(QPoint(), requested.boundedTo(screen)));
+        for (const QPushButton *pKey : context.findChildren<QPushButton *>()) {
+            QVERIFY2(!pKey->isVisible() || context.rect().contains(placeIn(pKey, &context)),
+                     qPrintable(pKey->objectName()));
+        }
+    }
 };
-
-void TestInputPanelGeometry::initTestCase()
-{
-    QApplication::setStyle(QStringLiteral("fusion"));
-    QApplication::setFont(QFont(QStringLiteral("Bitstream Vera Sans"), 9));
-}
-
-void TestInputPanelGeometry::frame_data()
-{
-    QTest::addColumn<QSize>("screen");
-    QTest::addColumn<QSize>("groupBox");
-    QTest::addColumn<int>("caption");
-    QTest::addColumn<int>("display");
-    QTest::newRow("320x240") << QSize(320, 240) << QSize(309, 230) << 18 << 31;
-    QTest::newRow("240x320") << QSize(240, 320) << QSize(230, 300) << 21 << 36;
-    QTest::newRow("480x272") << QSize(480, 272) << QSize(361, 252) << 19 << 33;
-    QTest::newRow("640x480") << QSize(640, 480) << QSize(628, 460) << 28 << 45;
-    QTest::newRow("800x480") << QSize(800, 480) << QSize(638, 460) << 28 << 45;
-    QTest::newRow("600x800") << QSize(600, 800) << QSize(590, 460) << 28 << 45;
-    QTest::newRow("1080x1920") << QSize(1080, 1920) << QSize(790, 460) << 28 << 45;
-    QTest::newRow("1920x1080") << QSize(1920, 1080) << QSize(638, 460) << 28 << 45;
-}
-
-void TestInputPanelGeometry::frame()
-{
-    QFETCH(QSize, screen);
-    setScreen(screen);
-    const KeyboardFixture keyboard("NumInputPW", "", PasswordMask, 20);
-    const VeltaInputPanel &panel = *keyboard.pPanel;
-    QTEST(panel.findChild<QGroupBox *>()->size(), "groupBox");
-    QTEST(panel.findChild<QLabel *>(QStringLiteral("panelLabel"))->height(), "caption");
-    QTEST(panel.findChild<QLabel *>(QStringLiteral("timeoutLabel"))->height(), "caption");
-    QTEST(keyboard.pDisplay->height(), "display");
-    QCOMPARE(keyboard.pContext->geometry(), QRect(QPoint(), screen));
-    QCOMPARE(panel.size(), screen.boundedTo({800, 480}));
-    QVERIFY((panel.geometry().center() - keyboard.pContext->rect().center()).manhattanLength() < 2);
-}
-
-void TestInputPanelGeometry::pads_data()
-{
-    QTest::addColumn<QSize>("screen");
-    QTest::addColumn<QByteArray>("mode");
-    QTest::addColumn<int>("dpi");
-    QTest::newRow("dense and small") << QSize(480, 272) << QByteArray("AlphaNumInput") << 160;
-    QTest::newRow("dense and large") << QSize(1280, 800) << QByteArray("HexInput") << 240;
-    for (const QSize &screen : panelScreenSizes()) {
-        for (const char *mode : {"NumInputPW", "HexInput", "AlphaNumInput"}) {
-            QTest::addRow("%dx%d %s", screen.width(), screen.height(), mode)
-                << screen << QByteArray(mode) << 96;
-        }
-    }
-}
-
-void TestInputPanelGeometry::pads()
-{
-    QFETCH(QSize, screen);
-    QFETCH(QByteArray, mode);
-    QFETCH(int, dpi);
-    setScreen(screen, dpi);
-    KeyboardFixture keyboard(mode, "", "", 20);
-    const QWidget *pPanel = keyboard.pPanel;
-    const QWidget *pPage = pPanel->findChild<QStackedWidget *>()->currentWidget();
-    const QWidget *pBox = pPanel->findChild<QGroupBox *>();
-    QVERIFY(keyboard.pContext->rect().contains(placeIn(pBox, keyboard.pContext.get())));
-    QVERIFY(pBox->contentsRect().contains(placeIn(pPage, pBox)));
-
-    // Captions and the display's text fit, the display's mask included.
-    for (const QLabel *pLabel : pPanel->findChildren<QLabel *>()) {
-        if (pLabel->isVisible()) {
-            const QFontMetrics metrics(pLabel->font());
-            QVERIFY2(metrics.horizontalAdvance(pLabel->text()) <= pLabel->width()
-                         && metrics.height() <= pLabel->height(),
-                     qPrintable(pLabel->text()));
-        }
-    }
-    const QFontMetrics display(keyboard.pDisplay->font());
-    QVERIFY(display.height() + 4 <= keyboard.pDisplay->height());
-    QVERIFY(display.horizontalAdvance(QStringLiteral("255.255.255.255")) + 8
-            <= keyboard.pDisplay->width());
-
-    const QList<QPushButton *> keys = keyboard.visibleKeys();
-    QRect used;
-    for (int i = 0; i < keys.size(); ++i) {
-        const QPushButton *pKey = keys[i];
-        const auto name = qPrintable(pKey->objectName());
-        const auto spec = std::find_if(inputKeys().begin(), inputKeys().end(), [pKey](auto &key) {
-            return pKey->objectName() == QLatin1String(key.name);
-        });
-        const QRect place = placeIn(pKey, pPage);
-        used |= place;
-        QVERIFY2(pPage->rect().contains(place), name);
-        QVERIFY2(pKey->height() >= spec->look().minimum.height(), name);
-        QVERIFY2(pKey->width() >= spec->look().minimum.width() || mayBeNarrow(screen, *pKey), name);
-        QCOMPARE(place.size().boundedTo(spec->look().maximum), place.size());
-        const QFontMetrics metrics(pKey->font());
-        QVERIFY2(metrics.height() + 4 <= pKey->height(), name);
-        for (int level = 0; level < ShiftLevels; ++level) {
-            QString text = spec->text(level);
-            text.replace(QLatin1String("&&"), QLatin1String("&"));
-            QVERIFY2(metrics.horizontalAdvance(text) + 4 <= pKey->width(), name);
-        }
-        QVERIFY2(metrics.ascent() >= 7, name);
-        for (int j = 0; j < i; ++j) {
-            QVERIFY2(!place.intersects(placeIn(keys[j], pPage)), name);
-        }
-    }
-    // What is left over stands evenly at both sides.
-    const QMargins left(used.left(), used.top(), pPage->width() - 1 - used.right(),
-                        pPage->height() - 1 - used.bottom());
-    QVERIFY(qAbs(left.left() - left.right()) <= 1);
-    const int headroom = mode.startsWith("Alpha") ? inputPanelFrame(screen).nPadHeadroom : 0;
-    QVERIFY(qAbs(left.top() - headroom - left.bottom()) <= 1);
-}
-
-void TestInputPanelGeometry::smallAreas_data()
-{
-    QTest::addColumn<QSize>("screen");
-    QTest::addColumn<QSize>("requested");
-    // The fallback class asks for 640 x 480 on a screen of any other size.
-    QTest::newRow("screen smaller than asked for") << QSize(400, 300) << QSize(640, 480);
-    QTest::newRow("screen larger than asked for") << QSize(700, 500) << QSize(640, 480);
-    QTest::newRow("tiny") << QSize(160, 120) << QSize(640, 480);
-}
-
-void TestInputPanelGeometry::smallAreas()
-{
-    QFETCH(QSize, screen);
-    QFETCH(QSize, requested);
-    setScreen(screen);
-    QLineEdit target;
-    target.setWhatsThis(QStringLiteral("AlphaNumInput"));
-    QLabel label;
-    VeltaInputPanelContext context(&target, &label, false, requested.width(), requested.height());
-    context.showPanel();
-    QCOMPARE(context.geometry(), QRect(QPoint(), requested.boundedTo(screen)));
-    for (const QPushButton *pKey : context.findChildren<QPushButton *>()) {
-        QVERIFY2(!pKey->isVisible() || context.rect().contains(placeIn(pKey, &context)),
-                 qPrintable(pKey->objectName()));
-    }
-}
 
 PANEL_TEST_MAIN(TestInputPanelGeometry)
 #include "tst_inputpanelgeometry.moc"

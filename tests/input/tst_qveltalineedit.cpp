@@ -2,15 +2,6 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
-class TestQVeltaLineEdit : public DeviceTest
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void drawsItsCursorWithoutFocus();
-    void moveShowsTheCursorForAFullInterval();
-};
-
 namespace {
 
 /// Pixels of the cursor's colour in the column where \a edit has its cursor.
@@ -30,37 +21,43 @@ int cursorHeight(QVeltaLineEdit *pEdit)
 
 } // namespace
 
-void TestQVeltaLineEdit::drawsItsCursorWithoutFocus()
+class TestQVeltaLineEdit : public DeviceTest
 {
-    QWidget window;
-    QVeltaLineEdit edit(&window);
-    edit.setFocusPolicy(Qt::NoFocus);
-    edit.setText(QStringLiteral("...."));
-    edit.resize(200, 40);
-    window.show();
-    QVERIFY(!edit.hasFocus());
-    QVERIFY(cursorHeight(&edit) > edit.fontMetrics().height());
-    QMetaObject::invokeMethod(&edit, "timerToggle");
-    QCOMPARE(edit.findChild<QTimer *>()->interval(), 500);
-    const QImage without = edit.grab().toImage();
-    QMetaObject::invokeMethod(&edit, "timerToggle");
-    QVERIFY(edit.grab().toImage() != without);
-}
+    Q_OBJECT
 
-void TestQVeltaLineEdit::moveShowsTheCursorForAFullInterval()
-{
-    QVeltaLineEdit edit;
-    edit.resize(200, 40);
-    edit.show();
-    QTimer *pTimer = edit.findChild<QTimer *>();
-    QMetaObject::invokeMethod(&edit, "timerToggle"); // dark
-    pTimer->stop();
-    edit.insert(QStringLiteral("1"));
-    QVERIFY(pTimer->isActive() && !pTimer->isSingleShot());
-    const QImage solid = edit.grab().toImage();
-    QMetaObject::invokeMethod(&edit, "timerToggle");
-    QVERIFY(edit.grab().toImage() != solid);
-}
+private Q_SLOTS:
+    void drawsItsCursorWithoutFocus()
+    {
+        QWidget window;
+        QVeltaLineEdit edit(&window);
+        edit.setFocusPolicy(Qt::NoFocus);
+        edit.setText(QStringLiteral("...."));
+        edit.resize(200, 40);
+        window.show();
+        QVERIFY(!edit.hasFocus());
+        QVERIFY(cursorHeight(&edit) > edit.fontMetrics().height());
+        QMetaObject::invokeMethod(&edit, "timerToggle");
+        QCOMPARE(edit.findChild<QTimer *>()->interval(), 500);
+        const QImage without = edit.grab().toImage();
+        QMetaObject::invokeMethod(&edit, "timerToggle");
+        QVERIFY(edit.grab().toImage() != without);
+    }
+
+    void moveShowsTheCursorForAFullInterval()
+    {
+        QVeltaLineEdit edit;
+        edit.resize(200, 40);
+        edit.show();
+        QTimer *pTimer = edit.findChild<QTimer *>();
+        QMetaObject::invokeMethod(&edit, "timerToggle"); // dark
+        pTimer->stop();
+        edit.insert(QStringLiteral("1"));
+        QVERIFY(pTimer->isActive() && !pTimer->isSingleShot());
+        const QImage solid = edit.grab().toImage();
+        QMetaObject::invokeMethod(&edit, "timerToggle");
+        QVERIFY(edit.grab().toImage() != solid);
+    }
+};
 
 PANEL_TEST_MAIN(TestQVeltaLineEdit)
 #include "tst_qveltalineedit.moc"
