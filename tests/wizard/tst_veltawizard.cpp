@@ -38,34 +38,21 @@ class VeltaWizardTest : public WizardTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup()
-    {
-        closeWizard();
-        DeviceTest::cleanup();
-    }
-
     void geometry_data()
     {
-        QTest::addColumn<QSize>("screen");
-        QTest::addColumn<QRect>("area");
+        columns<QSize, QRect>("screen", "area");
         const auto row = [](int nWidth, int nHeight, const QRect &area) {
             QTest::addRow("%dx%d", nWidth, nHeight) << QSize(nWidth, nHeight) << area;
         };
         row(240, 320, QRect(0, 0, 240, 320));
-        row(320, 240, QRect(0, 0, 320, 240));
         row(480, 272, QRect(39, 0, 400, 272));
         row(480, 640, QRect(0, 80, 480, 480));
         row(480, 800, QRect(0, 160, 480, 480));
-        row(640, 480, QRect(0, 0, 640, 480));
-        row(800, 480, QRect(79, 0, 640, 480));
         row(800, 600, QRect(79, 60, 640, 480));
-        row(1280, 800, QRect(319, 160, 640, 480));
         row(1920, 1080, QRect(639, 300, 640, 480));
         // Sizes that no class has
         row(2560, 1440, QRect(959, 480, 640, 480));
-        row(1024, 600, QRect(191, 60, 640, 480));
         row(800, 400, QRect(79, 0, 640, 400));
-        row(640, 360, QRect(0, 0, 640, 360));
         row(500, 300, QRect(0, 0, 500, 300));
     }
     void geometry()
@@ -83,7 +70,7 @@ private Q_SLOTS:
 
     void pagesInOrder()
     {
-        writeSettings(staticFile);
+        writeSettings(StaticSettings);
         create();
         run([&] {
             QCOMPARE(pWizard->currentId(), int(NetModePageId));
@@ -105,17 +92,14 @@ private Q_SLOTS:
 
     void summary_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<int>("toggles");
-        QTest::addColumn<QStringList>("lines");
-        QTest::newRow("nothing") << staticFile << 0 << QStringList();
-        QTest::newRow("to DHCP") << staticFile << 1
-                                 << QStringList({"Network OP-Mode: Static -> DHCP"});
-        QTest::newRow("to static") << QByteArray(staticFile).replace("static", "dhcp") << 1
-                                   << QStringList({"Network OP-Mode: DHCP -> Static"});
-        QTest::newRow("there and back") << staticFile << 2 << QStringList();
-        QTest::newRow("defaulted") << QByteArray(staticFile).replace("255.255.255.0", "255.0.255.0")
-                                   << 0 << QStringList({"set Netmask to: 255.255.255.0"});
+        columns<QByteArray, int, QStringList>("file", "toggles", "lines");
+        row("nothing", StaticSettings, 0, QStringList());
+        row("to DHCP", StaticSettings, 1, QStringList({"Network OP-Mode: Static -> DHCP"}));
+        row("to static", QByteArray(StaticSettings).replace("static", "dhcp"), 1,
+            QStringList({"Network OP-Mode: DHCP -> Static"}));
+        row("there and back", StaticSettings, 2, QStringList());
+        row("defaulted", QByteArray(StaticSettings).replace("255.255.255.0", "255.0.255.0"), 0,
+            QStringList({"set Netmask to: 255.255.255.0"}));
     }
     void summary()
     {
@@ -146,22 +130,17 @@ private Q_SLOTS:
 
     void outcome_data()
     {
-        QTest::addColumn<bool>("change");
-        QTest::addColumn<int>("button");
-        QTest::addColumn<QByteArray>("syscfg");
-        QTest::addColumn<bool>("accepted");
-        QTest::addColumn<int>("boxes");
-        QTest::addColumn<bool>("unwritable");
+        columns<bool, int, QByteArray, bool, int, bool>("change", "button", "syscfg", "accepted",
+                                                        "boxes", "unwritable");
         const int nFinish = QWizard::FinishButton;
         const int nCancel = QWizard::CancelButton;
-        QTest::newRow("save") << true << nFinish << QByteArray("exit 0") << true << 0 << false;
-        QTest::newRow("okay") << false << nFinish << QByteArray("exit 0") << false << 0 << false;
-        QTest::newRow("cancel") << true << nCancel << QByteArray("exit 0") << false << 0 << false;
-        QTest::newRow("tool fails")
-            << true << nFinish << QByteArray("exit 3") << false << 1 << false;
-        QTest::newRow("tool missing") << true << nFinish << QByteArray() << false << 1 << false;
-        QTest::newRow("file in the way") << true << nFinish << QByteArray("exit 0") << false << 2
-                                         << true; // at loading, at saving
+        row("save", true, nFinish, QByteArray("exit 0"), true, 0, false);
+        row("okay", false, nFinish, QByteArray("exit 0"), false, 0, false);
+        row("cancel", true, nCancel, QByteArray("exit 0"), false, 0, false);
+        row("tool fails", true, nFinish, QByteArray("exit 3"), false, 1, false);
+        row("tool missing", true, nFinish, QByteArray(), false, 1, false);
+        row("file in the way", true, nFinish, QByteArray("exit 0"), false, 2,
+            true); // at loading, at saving
     }
     void outcome()
     {
@@ -171,7 +150,7 @@ private Q_SLOTS:
         QFETCH(bool, accepted);
         QFETCH(int, boxes);
         QFETCH(bool, unwritable);
-        writeSettings(staticFile);
+        writeSettings(StaticSettings);
         if (!syscfg.isEmpty()) {
             root().writeCommand(QStringLiteral("/bin/syscfg"),
                                 "echo run >>\"$PANEL_ROOT/log\"\n" + syscfg);

@@ -16,16 +16,8 @@
 class WizardTest : public DeviceTest
 {
 protected:
-    const QByteArray staticFile = "[network]\neth0.mode=static\neth0.ip=192.168.0.10\n"
-                                  "eth0.netmask=255.255.255.0\ndefault_gateway=192.168.0.1\n"
-                                  "dnsserver1=192.168.0.2\ndnsserver2=0.0.0.0\n";
     std::unique_ptr<QWidget> pParent;
     std::unique_ptr<VeltaWizard> pWizard;
-
-    void writeSettings(const QByteArray &file)
-    {
-        root().write(QStringLiteral("/etc/settings.ini"), file);
-    }
 
     VeltaWizard &create()
     {
@@ -109,11 +101,9 @@ protected:
         }
     }
 
-    /// What every test class calls in its cleanup().
-    void closeWizard()
+    void closeWindows() override
     {
         pWizard.reset();
         pParent.reset();
-        setScreen({800, 480});
     }
 };
