@@ -40,154 +40,115 @@ class TestFirmware : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void status();
-    void statusNeverLeavesItsRecord();
-    void start();
-    void texts_data();
-    void texts();
-    void routeAndNameServers();
-    void brokenStateFailsEverything_data();
-    void brokenStateFailsEverything();
-    void forcedResult();
+    void status()
+    {
+        Status record;
+        root().setFirmware("link=no");
+        QCOMPARE(rctrl_init_communication(), -1);
+        QVERIFY(rctrl_get_status(1, record.data()) != 0);
+        QVERIFY(record.isUntouched());
+
+        root().setFirmware("link=yes state=-7");
+        root().setFirmware("app.1", "\\xff\\x41\\xe4 \\q");
+        const int handle = rctrl_init_communication();
+        QCOMPARE(handle, 1);
+        QVERIFY(rctrl_get_status(0, record.data()) != 0);
+        QCOMPARE(rctrl_get_status(handle, record.data()), 0);
+        QCOMPARE(record.bytes[0], char(2));
+        qint32 state = 0;
+        std::memcpy(&state, record.data() + 4, sizeof state);
+        QCOMPARE(state, -7);
+        QCOMPARE(record.bytes[NamesOffset], '\0');
+        QCOMPARE(QByteArray(record.data() + NamesOffset + NameSize), "\377A\344 \\q");
+    }
+
+    void statusNeverLeavesItsRecord()
+    {
+        for (int i = 0; i < 6; ++i) {
+            root().setFirmware(QStringLiteral("app.%1").arg(i), QString(500, QLatin1Char('n')));
+        }
+        root().setFirmware("appCount", "255");
+        Status record;
+        QCOMPARE(rctrl_get_status(1, record.data()), 0);
+        QCOMPARE(uchar(record.bytes[0]), uchar(255));
+        QCOMPARE(QByteArray(record.data() + NamesOffset, 4 * NameSize),
+                 QByteArray(4 * NameSize, 'n'));
+        QVERIFY(record.isGuardIntact());
+    }
+
+    void start()
+    {
+        root().setFirmware("app.0=one=two state=2");
+        QVERIFY(rctrl_start_all_applications(0) != 0);
+        QCOMPARE(rctrl_start_all_applications(1), 0);
+        Status record;
+        QCOMPARE(rctrl_get_status(1, record.data()), 0);
+        QCOMPARE(record.bytes[4], char(1));
+        QCOMPARE(QByteArray(record.data() + NamesOffset), QByteArray("one=two"));
+    }
+
+    void texts_data()
+    {
+        columns<QString, QString>("value", "expected");
+        row("no escape", "\\x", "\\x");
+        row("fits with its NUL", QString(19, '1'), QString(19, '1'));
+        row("fills the buffer", QString(20, '1'), QString(20, '1'));
+        row("too long", QString(90, '1'), QString(20, '1'));
+    }
+    void texts()
+    {
+        QFETCH(QString, value);
+        Buffer<20> ip;
+        QVERIFY(sysif_GetInterfaceIp(ip.data(), "eth2") != 0);
+        QVERIFY(ip.isUntouched());
+        root().setFirmware("eth2.ip", value);
+        QCOMPARE(sysif_GetInterfaceIp(ip.data(), "eth2"), 0);
+        QTEST(QString(ip.text()), "expected");
+        QVERIFY(ip.isGuardIntact());
+
+        Buffer<84> mode;
+        root().setFirmware("eth1.mode", QString(85, 'm'));
+        QCOMPARE(sysdb_GetEth1Mode(mode.data()), 0);
+        QCOMPARE(mode.text(), QByteArray(84, 'm'));
+        QVERIFY(mode.isGuardIntact());
+    }
+
+    void route()
+    {
+        Buffer<8> gateway;
+        QCOMPARE(sysgw_GetDefaultGateway(gateway.data(), 8), 0);
+        root().setFirmware("gateway=192.168.0.1");
+        QCOMPARE(sysgw_GetDefaultGateway(gateway.data(), 8), 1);
+        QCOMPARE(gateway.text(), QByteArray("192.168."));
+        QVERIFY(gateway.isGuardIntact());
+    }
+
+    void brokenStateFailsEverything_data()
+    {
+        columns<bool>("missing");
+        row("missing", true);
+        row("garbage", false);
+    }
+    void brokenStateFailsEverything()
+    {
+        QFETCH(bool, missing);
+        root().breakFirmware();
+        if (missing) {
+            root().remove("/simulator/firmware.state");
+        }
+        Status buffer;
+        QVERIFY(rctrl_init_communication() < 1);
+        QVERIFY(rctrl_get_status(1, buffer.data()) != 0);
+        QVERIFY(rctrl_start_all_applications(1) != 0);
+        QVERIFY(sysif_GetInterfaceIp(buffer.data(), "eth0") != 0);
+        QVERIFY(sysdb_GetEth0Mode(buffer.data()) != 0);
+        QVERIFY(sysif_IsEth1Present() == 0 && sysif_IsEth2Present() == 0);
+        QVERIFY(sysgw_GetDefaultGateway(buffer.data(), 64) < 0);
+        const int nameServer = sysnm_GetDNS1(buffer.data());
+        QVERIFY(nameServer != 0 && nameServer != -3);
+        QVERIFY(buffer.isUntouched());
+    }
 };
-
-void TestFirmware::status()
-{
-    Status record;
-    root().setFirmware("link", "no");
-    QCOMPARE(rctrl_init_communication(), -1);
-    QVERIFY(rctrl_get_status(1, record.data()) != 0);
-    QVERIFY(record.isUntouched());
-
-    root().setFirmware("link", "yes");
-    root().setFirmware("state", "-7");
-    root().setFirmware("app.1", "\\xff\\x41\\xe4 \\q");
-    const int handle = rctrl_init_communication();
-    QCOMPARE(handle, 1);
-    QVERIFY(rctrl_get_status(0, record.data()) != 0);
-    QCOMPARE(rctrl_get_status(handle, record.data()), 0);
-    QCOMPARE(record.bytes[0], char(2));
-    qint32 state = 0;
-    std::memcpy(&state, record.data() + 4, sizeof state);
-    QCOMPARE(state, -7);
-    QCOMPARE(record.bytes[NamesOffset], '\0');
-    QCOMPARE(QByteArray(record.data() + NamesOffset + NameSize),
-             QByteArray("\xff"
-                        "A\xe4 \\q"));
-}
-
-void TestFirmware::statusNeverLeavesItsRecord()
-{
-    for (int i = 0; i < 6; ++i) {
-        root().setFirmware(QStringLiteral("app.%1").arg(i), QString(500, QLatin1Char('n')));
-    }
-    root().setFirmware("appCount", "255");
-    Status record;
-    QCOMPARE(rctrl_get_status(1, record.data()), 0);
-    QCOMPARE(uchar(record.bytes[0]), uchar(255));
-    QCOMPARE(QByteArray(record.data() + NamesOffset, 4 * NameSize), QByteArray(4 * NameSize, 'n'));
-    QVERIFY(record.isGuardIntact());
-}
-
-void TestFirmware::start()
-{
-    root().setFirmware("app.0", "one=two");
-    root().setFirmware("state", "2");
-    QVERIFY(rctrl_start_all_applications(0) != 0);
-    QCOMPARE(rctrl_start_all_applications(1), 0);
-    Status record;
-    QCOMPARE(rctrl_get_status(1, record.data()), 0);
-    QCOMPARE(record.bytes[4], char(1));
-    QCOMPARE(QByteArray(record.data() + NamesOffset), QByteArray("one=two"));
-}
-
-void TestFirmware::texts_data()
-{
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<QByteArray>("expected");
-    QTest::newRow("no escape") << QStringLiteral("\\x") << QByteArray("\\x");
-    QTest::newRow("address") << QStringLiteral("10.0.0.7") << QByteArray("10.0.0.7");
-    QTest::newRow("fits with its NUL") << QString(19, '1') << QByteArray(19, '1');
-    QTest::newRow("fills the buffer") << QString(20, '1') << QByteArray(20, '1');
-    QTest::newRow("too long") << QString(90, '1') << QByteArray(20, '1');
-}
-
-void TestFirmware::texts()
-{
-    QFETCH(QString, value);
-    QFETCH(QByteArray, expected);
-    Buffer<20> ip;
-    QVERIFY(sysif_GetInterfaceIp(ip.data(), "eth2") != 0);
-    QVERIFY(ip.isUntouched());
-    root().setFirmware("eth2.ip", value);
-    QCOMPARE(sysif_GetInterfaceIp(ip.data(), "eth2"), 0);
-    QCOMPARE(ip.text(), expected);
-    QVERIFY(ip.isGuardIntact());
-
-    Buffer<84> mode;
-    root().setFirmware("eth1.mode", QString(85, 'm'));
-    QCOMPARE(sysdb_GetEth1Mode(mode.data()), 0);
-    QCOMPARE(mode.text(), QByteArray(84, 'm'));
-    QVERIFY(mode.isGuardIntact());
-}
-
-void TestFirmware::routeAndNameServers()
-{
-    Buffer<8> gateway;
-    QCOMPARE(sysgw_GetDefaultGateway(gateway.data(), 8), 0);
-    root().setFirmware("gateway", "192.168.0.1");
-    QCOMPARE(sysgw_GetDefaultGateway(gateway.data(), 8), 1);
-    QCOMPARE(gateway.text(), QByteArray("192.168."));
-    QVERIFY(gateway.isGuardIntact());
-
-    Buffer<64> server;
-    root().setFirmware("dns2", "9.9.9.9");
-    QCOMPARE(sysnm_GetDNS1(server.data()), -3);
-    QCOMPARE(server.text(), QByteArray());
-    QCOMPARE(sysnm_GetDNS2(server.data()), 0);
-    QCOMPARE(server.text(), QByteArray("9.9.9.9"));
-}
-
-void TestFirmware::brokenStateFailsEverything_data()
-{
-    QTest::addColumn<bool>("missing");
-    QTest::newRow("missing") << true;
-    QTest::newRow("garbage") << false;
-}
-
-void TestFirmware::brokenStateFailsEverything()
-{
-    QFETCH(bool, missing);
-    root().breakFirmware();
-    if (missing) {
-        root().remove("/simulator/firmware.state");
-    }
-    Status buffer;
-    QVERIFY(rctrl_init_communication() < 1);
-    QVERIFY(rctrl_get_status(1, buffer.data()) != 0);
-    QVERIFY(rctrl_start_all_applications(1) != 0);
-    QVERIFY(sysif_GetInterfaceIp(buffer.data(), "eth0") != 0);
-    QVERIFY(sysdb_GetEth0Mode(buffer.data()) != 0);
-    QVERIFY(sysif_IsEth1Present() == 0 && sysif_IsEth2Present() == 0);
-    QVERIFY(sysgw_GetDefaultGateway(buffer.data(), 64) < 0);
-    const int nameServer = sysnm_GetDNS1(buffer.data());
-    QVERIFY(nameServer != 0 && nameServer != -3);
-    QVERIFY(buffer.isUntouched());
-}
-
-void TestFirmware::forcedResult()
-{
-    root().setFirmware("eth0.ip", "1.1.1.1");
-    root().setFirmware("state", "2");
-    root().setFirmware("result.sysif_GetInterfaceIp", "-5");
-    root().setFirmware("result.rctrl_start_all_applications", "0");
-    Buffer<20> ip;
-    QCOMPARE(sysif_GetInterfaceIp(ip.data(), "eth0"), -5);
-    QVERIFY(ip.isUntouched());
-    const QByteArray before = root().read("/simulator/firmware.state");
-    QCOMPARE(rctrl_start_all_applications(1), 0);
-    QCOMPARE(root().read("/simulator/firmware.state"), before);
-}
 
 PANEL_TEST_MAIN(TestFirmware)
 #include "tst_firmware.moc"
