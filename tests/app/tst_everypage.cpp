@@ -34,31 +34,14 @@ constexpr UsualDpi DpiTable[] = {
     {{1280, 1024}, 96}, {{1366, 768}, 100},  {{1680, 1050}, 90}, {{1920, 1080}, 141},
 };
 
-/// What a screen cannot give. The texts are regular expressions for screen, view and defect.
-struct KnownDefect
-{
-    const char *screen;
-    const char *view;
-    const char *defect;
-    const char *reason;
-};
-constexpr KnownDefect KnownDefects[] = {
-    {"240x320|320x240|272x480", "AlphaNumInput",
-     "panelButton_a([A-Z0-9]|dot|slash) is too small for a finger",
-     "Ten keys stand in a row. No field of the program uses this pad so far."},
-};
-
+/// What a screen cannot give: on the narrow ones ten keys stand in a row of the alphanumeric pad,
+/// which no field of the program uses so far.
 bool isKnown(const QString &screen, const QString &view, const QString &defect)
 {
-    const auto matches = [](const char *pattern, const QString &text) {
-        return QRegularExpression(QRegularExpression::anchoredPattern(QLatin1String(pattern)))
-            .match(text)
-            .hasMatch();
-    };
-    return std::any_of(std::begin(KnownDefects), std::end(KnownDefects), [&](const auto &known) {
-        return matches(known.screen, screen) && matches(known.view, view)
-            && matches(known.defect, defect);
-    });
+    static const QRegularExpression known(
+        "^(240x320|320x240|272x480) AlphaNumInput "
+        "panelButton_a([A-Z0-9]|dot|slash) is too small for a finger$");
+    return known.match(screen + ' ' + view + ' ' + defect).hasMatch();
 }
 
 QSize textSize(const QLabel &label)
@@ -144,6 +127,7 @@ class EveryPageTest : public DeviceTest
 
 private:
     QSize size;
+    int nDpi = 0;
     QString screenName;
     QStringList defects;
 
@@ -189,7 +173,7 @@ private:
             leaves += pWidget;
             if (qobject_cast<const QAbstractButton *>(pWidget) && pWidget->isEnabled()) {
                 const int nShort = qMin(pWidget->width(), pWidget->height());
-                if (nShort * MmPerInch / dpi() < LeastTargetMm) {
+                if (nShort * MmPerInch / nDpi < LeastTargetMm) {
                     report(*pWidget, QStringLiteral("is too small for a finger"));
                 }
             }
@@ -199,13 +183,6 @@ private:
             QGuiApplication::primaryScreen()->grabWindow(0).save(
                 QStringLiteral("%1/%2-%3.png").arg(folder, screenName, view));
         }
-    }
-
-    int dpi() const
-    {
-        return std::find_if(std::begin(DpiTable), std::end(DpiTable),
-                            [this](const UsualDpi &row) { return row.screen == size; })
-            ->nDpi;
     }
 
     void inspectMainWindow(MainWindow &window)
@@ -298,15 +275,18 @@ private Q_SLOTS:
 
     void everyPage_data()
     {
-        QTest::addColumn<QSize>("screen");
-        for (const QSize &screen : panelScreenSizes()) {
-            QTest::addRow("%dx%d", screen.width(), screen.height()) << screen;
+        columns<QSize, int>("screen", "dpi");
+        for (const UsualDpi &row : DpiTable) {
+            QTest::addRow("%dx%d", row.screen.width(), row.screen.height())
+                << row.screen << row.nDpi;
         }
     }
     void everyPage()
     {
         QFETCH(QSize, screen);
+        QFETCH(int, dpi);
         size = screen;
+        nDpi = dpi;
         screenName = QString::fromLatin1(QTest::currentDataTag());
         defects.clear();
         setScreen(screen);
@@ -316,12 +296,9 @@ private Q_SLOTS:
                      "default_gateway=255.255.255.255\ndnsserver1=255.255.255.255\n"
                      "dnsserver2=255.255.255.255\n");
         root().write(QStringLiteral("/etc/fwinfo.ini"),
-                     "[firmware]\nversion=3.1.2.4711\n[codesys]\nversion=3.5.16.40\n");
-        root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
-        root().setFirmware(QStringLiteral("app.0"), QStringLiteral("Conveyor"));
-        root().setFirmware(QStringLiteral("eth0.mode"), QStringLiteral("dhcp"));
-        root().setFirmware(QStringLiteral("eth0.ip"), QStringLiteral("255.255.255.255"));
-        root().setFirmware(QStringLiteral("eth0.netmask"), QStringLiteral("255.255.255.255"));
+                     "[firmware]\nversion=03.10.08(22)\n[codesys]\nversion=3.5.19.30 SP19\n");
+        root().setFirmware("state=2 app.0=Conveyor eth0.mode=dhcp eth0.ip=255.255.255.255 "
+                           "eth0.netmask=255.255.255.255");
 
         const WindowServer server;
         {

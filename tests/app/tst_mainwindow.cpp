@@ -16,8 +16,6 @@
 
 #include <sys/stat.h>
 
-using Keys = QMap<QString, QString>; // of the simulated firmware library
-
 class MainWindowTest : public DeviceTest
 {
     Q_OBJECT
@@ -34,11 +32,16 @@ private:
     }
     MainWindow &startLinked(int nState)
     {
-        root().setFirmware(QStringLiteral("state"), QString::number(nState));
+        root().setFirmware("state", QString::number(nState));
         start();
         pWindow->controlVisibility(); // opens the link
         pWindow->controlVisibility();
         return *pWindow;
+    }
+    void closeWindows() override
+    {
+        pWindow.reset();
+        pServer.reset();
     }
     template <typename Widget>
     Widget *find(const char *name) const
@@ -66,35 +69,25 @@ private:
     void rescan() { pWindow->inputEventDirChanged(root().path(QStringLiteral("/dev/input"))); }
 
 private Q_SLOTS:
-    void cleanup()
-    {
-        pWindow.reset();
-        pServer.reset();
-        DeviceTest::cleanup();
-    }
-
     void states_data()
     {
-        QTest::addColumn<int>("state");
-        QTest::addColumn<bool>("visible");
-        QTest::addColumn<QString>("pageName");
-        QTest::addColumn<bool>("startButton");
-        QTest::addColumn<QString>("name");
+        columns<int, bool, QString, bool, QString>("state", "visible", "pageName", "startButton",
+                                                   "name");
         const QString none = QStringLiteral("no codesys application");
-        QTest::newRow("0") << 0 << true << "previewPage" << false << "Conveyor";
-        QTest::newRow("2") << 2 << true << "previewPage" << true << "Conveyor";
-        QTest::newRow("6") << 6 << true << "previewPage" << false << none;
-        QTest::newRow("1") << 1 << false << "startupPage" << false << none;
-        QTest::newRow("3") << 3 << false << "startupPage" << false << none;
-        QTest::newRow("-1") << -1 << false << "startupPage" << false << none;
+        row("0", 0, true, "previewPage", false, "Conveyor");
+        row("2", 2, true, "previewPage", true, "Conveyor");
+        row("6", 6, true, "previewPage", false, none);
+        row("1", 1, false, "startupPage", false, none);
+        row("3", 3, false, "startupPage", false, none);
+        row("-1", -1, false, "startupPage", false, none);
     }
     void states()
     {
         QFETCH(int, state);
         QFETCH(bool, visible);
         QFETCH(bool, startButton);
-        root().setFirmware(QStringLiteral("app.0"), QStringLiteral("Conveyor"));
-        root().setFirmware(QStringLiteral("state"), QString::number(state));
+        root().setFirmware("app.0=Conveyor");
+        root().setFirmware("state", QString::number(state));
         start();
         QVERIFY(pWindow->isVisible());
         QCOMPARE(page(), QStringLiteral("startupPage"));
@@ -112,7 +105,7 @@ private Q_SLOTS:
 
     void noLink()
     {
-        root().setFirmware(QStringLiteral("link"), QStringLiteral("no"));
+        root().setFirmware("link=no");
         start();
         auto *pBar = find<QProgressBar>("sp_progressBar01");
         const int nBefore = pBar->value();
@@ -122,7 +115,7 @@ private Q_SLOTS:
         }
         QCOMPARE(page(), QStringLiteral("startupPage"));
         QCOMPARE(pBar->value(), nBefore + 3);
-        root().setFirmware(QStringLiteral("link"), QStringLiteral("yes"));
+        root().setFirmware("link=yes");
         pWindow->controlVisibility();
         pWindow->controlVisibility();
         QCOMPARE(page(), QStringLiteral("previewPage"));
@@ -136,51 +129,38 @@ private Q_SLOTS:
         pWindow->controlVisibility();
         QVERIFY(pWindow->isVisible());
         QCOMPARE(page(), QStringLiteral("startupPage")); // as it was
-        root().setFirmware(QStringLiteral("link"), QStringLiteral("yes"));
-        root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
+        root().setFirmware("link=yes state=2");
         pWindow->configButtonPressed(); // cleared when the link opens
         pWindow->controlVisibility();
         pWindow->controlVisibility();
         QCOMPARE(page(), QStringLiteral("previewPage"));
-        root().setFirmware(QStringLiteral("state"), QStringLiteral("1"));
+        root().setFirmware("state=1");
         pWindow->controlVisibility();
         QVERIFY(!pWindow->isVisible());
     }
 
     void appNames_data()
     {
-        QTest::addColumn<Keys>("firmware");
-        QTest::addColumn<QString>("name");
+        columns<QString, QString>("firmware", "name");
         const QString none = QStringLiteral("no codesys application");
-        QTest::newRow("none") << Keys() << none;
-        QTest::newRow("second") << Keys{{"app.0", ""}, {"app.1", "Second"}, {"appCount", "2"}}
-                                << "Second";
-        QTest::newRow("beyond the count") << Keys{{"app.0", "First"}, {"appCount", "0"}} << none;
-        QTest::newRow("255 empty entries") << Keys{{"appCount", "255"}} << none;
-        QTest::newRow("not ASCII")
-            << Keys{{"app.0", QStringLiteral("Förderband")}} << QStringLiteral("Förderband");
+        row("none", "", none);
+        row("second", "app.1=Second appCount=2", "Second");
+        row("beyond the count", "app.0=First appCount=0", none);
+        row("255 empty entries", "appCount=255", none);
+        row("not ASCII", "app.0=Förderband", "Förderband");
     }
     void appNames()
     {
-        QFETCH(Keys, firmware);
-        for (auto it = firmware.constBegin(); it != firmware.constEnd(); ++it) {
-            root().setFirmware(it.key(), it.value());
-        }
+        QFETCH(QString, firmware);
+        root().setFirmware(firmware);
         startLinked(2);
         QTEST(text("label_appname"), "name");
     }
 
-    void longAppName_data()
-    {
-        QTest::addColumn<QString>("count");
-        QTest::newRow("one") << "1";
-        QTest::newRow("more than the record holds") << "255";
-    }
     void longAppName()
     {
-        QFETCH(QString, count);
-        root().setFirmware(QStringLiteral("app.0"), QString(500, u'W')); // no NUL in its entry
-        root().setFirmware(QStringLiteral("appCount"), count);
+        root().setFirmware("app.0", QString(500, u'W')); // no NUL in its entry
+        root().setFirmware("appCount=255"); // more than the record holds
         startLinked(2);
         const QString shown = text("label_appname");
         const auto nWidth = find<QLabel>("label_appname")->fontMetrics().horizontalAdvance(shown);
@@ -190,47 +170,29 @@ private Q_SLOTS:
 
     void deviceInfo_data()
     {
-        QTest::addColumn<Keys>("firmware");
-        QTest::addColumn<QString>("ip");
-        QTest::addColumn<QString>("mask");
-        QTest::newRow("eth0 static") << Keys{{"eth0.mode", "static"},
-                                             {"eth0.ip", "192.168.0.10"},
-                                             {"eth0.netmask", "255.255.255.0"}}
-                                     << "ETH0 IP: 192.168.0.10"
-                                     << "ETH0 Mask: 255.255.255.0";
-        QTest::newRow("eth0 dhcp") << Keys{{"eth0.mode", "my-dhcp-client"},
-                                           {"eth0.ip", "192.168.0.20"},
-                                           {"eth0.netmask", "255.255.0.0"}}
-                                   << "ETH0 IP: 192.168.0.20 (dhcp)"
-                                   << "ETH0 Mask: 255.255.0.0";
-        QTest::newRow("no lease") << Keys{{"eth0.mode", "dhcp"}} << "ETH0 IP: 0.0.0.0 (dhcp)"
-                                  << "ETH0 Mask: 0.0.0.0";
-        QTest::newRow("case matters") << Keys{{"eth0.mode", "DHCP"}} << "IP: 123.456.789.123 "
-                                      << "Mask: 123.456.789.0";
-        QTest::newRow("eth1") << Keys{{"eth0.mode", "off"},
-                                      {"eth1.present", "yes"},
-                                      {"eth1.mode", "static"},
-                                      {"eth1.ip", "10.0.0.1"},
-                                      {"eth1.netmask", "255.0.0.0"}}
-                              << "ETH1 IP: 10.0.0.1"
-                              << "ETH1 Mask: 255.0.0.0";
-        QTest::newRow("eth1 absent, eth2") << Keys{{"eth1.mode", "static"},
-                                                   {"eth2.present", "yes"},
-                                                   {"eth2.mode", "dhcp"},
-                                                   {"eth2.ip", "10.0.0.2"},
-                                                   {"eth2.netmask", "255.0.0.0"}}
-                                           << "ETH2 IP: 10.0.0.2 (dhcp)"
-                                           << "ETH2 Mask: 255.0.0.0";
-        QTest::newRow("no NUL") << Keys{{"eth0.mode", QString(100, u'x') + "dhcp"}}
-                                << "IP: 123.456.789.123 "
-                                << "Mask: 123.456.789.0";
+        columns<QString, QString, QString>("firmware", "ip", "mask");
+        const QString noIp = QStringLiteral("IP: 123.456.789.123 ");
+        const QString noMask = QStringLiteral("Mask: 123.456.789.0");
+        row("eth0 static", "eth0.mode=static eth0.ip=192.168.0.10 eth0.netmask=255.255.255.0",
+            "ETH0 IP: 192.168.0.10", "ETH0 Mask: 255.255.255.0");
+        row("eth0 dhcp", "eth0.mode=my-dhcp-client eth0.ip=10.0.0.20 eth0.netmask=255.255.0.0",
+            "ETH0 IP: 10.0.0.20 (dhcp)", "ETH0 Mask: 255.255.0.0");
+        row("no lease", "eth0.mode=dhcp", "ETH0 IP: 0.0.0.0 (dhcp)", "ETH0 Mask: 0.0.0.0");
+        row("case matters", "eth0.mode=DHCP", noIp, noMask);
+        row("eth1",
+            "eth0.mode=off eth1.present=yes eth1.mode=static eth1.ip=10.0.0.1 "
+            "eth1.netmask=255.0.0.0",
+            "ETH1 IP: 10.0.0.1", "ETH1 Mask: 255.0.0.0");
+        row("eth1 absent, eth2",
+            "eth1.mode=static eth2.present=yes eth2.mode=dhcp eth2.ip=10.0.0.2 "
+            "eth2.netmask=255.0.0.0",
+            "ETH2 IP: 10.0.0.2 (dhcp)", "ETH2 Mask: 255.0.0.0");
+        row("no NUL", "eth0.mode=" + QString(100, u'x') + "dhcp", noIp, noMask);
     }
     void deviceInfo()
     {
-        QFETCH(Keys, firmware);
-        for (auto it = firmware.constBegin(); it != firmware.constEnd(); ++it) {
-            root().setFirmware(it.key(), it.value());
-        }
+        QFETCH(QString, firmware);
+        root().setFirmware(firmware);
         start();
         QTEST(text("label_ip"), "ip");
         QTEST(text("label_mask"), "mask");
@@ -238,27 +200,22 @@ private Q_SLOTS:
 
     void lateLease()
     {
-        root().setFirmware(QStringLiteral("eth0.mode"), QStringLiteral("dhcp"));
+        root().setFirmware("eth0.mode=dhcp");
         startLinked(2);
         QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 0.0.0.0 (dhcp)"));
-        root().setFirmware(QStringLiteral("eth0.ip"), QStringLiteral("10.9.8.7"));
+        root().setFirmware("eth0.ip=10.9.8.7");
         pWindow->controlVisibility();
         QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 10.9.8.7 (dhcp)"));
     }
 
     void versions_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QString>("firmware");
-        QTest::addColumn<QString>("runtime");
-        QTest::newRow("both") << QByteArray("[firmware]\nversion=3.1.2\n[codesys]\nversion=3.5\n")
-                              << "Firmware Version: 3.1.2"
-                              << "Codesys RTS Version: 3.5";
-        QTest::newRow("empty") << QByteArray() << "Firmware Version: "
-                               << "Codesys RTS Version: ";
-        QTest::newRow("binary") << QByteArray("\0\xff\xfe[firmware\nversion", 20)
-                                << "Firmware Version: "
-                                << "Codesys RTS Version: ";
+        columns<QByteArray, QString, QString>("file", "firmware", "runtime");
+        row("both", QByteArray("[firmware]\nversion=3.1.2\n[codesys]\nversion=3.5\n"),
+            "Firmware Version: 3.1.2", "Codesys RTS Version: 3.5");
+        row("empty", QByteArray(), "Firmware Version: ", "Codesys RTS Version: ");
+        row("binary", QByteArray("\0\xff\xfe[firmware\nversion", 20),
+            "Firmware Version: ", "Codesys RTS Version: ");
     }
     void versions()
     {
@@ -271,20 +228,19 @@ private Q_SLOTS:
 
     void startButton()
     {
-        root().setFirmware(QStringLiteral("startedState"), QStringLiteral("1"));
+        root().setFirmware("startedState=1");
         startLinked(2);
         auto *pButton = find<QPushButton>("pushButtonStartApp");
-        root().setFirmware(QStringLiteral("result.rctrl_start_all_applications"),
-                           QStringLiteral("-1"));
+        root().setFirmware("result.rctrl_start_all_applications=-1");
         QTest::mouseClick(pButton, Qt::LeftButton);
         QVERIFY(!pButton->isEnabled());
         pButton->setEnabled(true);
-        root().setFirmware(QStringLiteral("result.rctrl_start_all_applications"), {});
+        root().setFirmware("result.rctrl_start_all_applications", {});
         QTest::mouseClick(pButton, Qt::LeftButton);
         QVERIFY(pButton->isEnabled());
         pWindow->controlVisibility();
         QVERIFY(!pWindow->isVisible());
-        root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
+        root().setFirmware("state=2");
         pWindow->controlVisibility();
         QVERIFY(pWindow->isVisible());
         QCOMPARE(page(), QStringLiteral("previewPage"));
@@ -293,28 +249,26 @@ private Q_SLOTS:
     // Nothing is painted while nothing changes.
     void quietTick()
     {
-        root().setFirmware(QStringLiteral("eth0.mode"), QStringLiteral("dhcp"));
+        root().setFirmware("eth0.mode=dhcp");
         startLinked(2);
         QVERIFY(QTest::qWaitForWindowExposed(pWindow.get()));
         QTest::qWait(50);
-        int nPaints = 0;
-        class Counter : public QObject
+        class : public QObject
         {
         public:
-            explicit Counter(int &nTarget) : nCount(nTarget) { }
             bool eventFilter(QObject *, QEvent *pEvent) override
             {
-                nCount += pEvent->type() == QEvent::Paint ? 1 : 0;
+                nPaints += pEvent->type() == QEvent::Paint ? 1 : 0;
                 return false;
             }
-            int &nCount;
-        } counter(nPaints);
+            int nPaints = 0;
+        } counter;
         qApp->installEventFilter(&counter);
         for (int i = 0; i < 5; ++i) {
             pWindow->controlVisibility();
             QCoreApplication::processEvents();
         }
-        QCOMPARE(nPaints, 0);
+        QCOMPARE(counter.nPaints, 0);
     }
 
     void restart()
@@ -336,15 +290,13 @@ private Q_SLOTS:
 
     void calibrationRequest_data()
     {
-        QTest::addColumn<bool>("touchscreen");
-        QTest::addColumn<QByteArray>("type");
-        QTest::addColumn<bool>("honoured");
-        QTest::newRow("no touchscreen") << false << QByteArray("single") << false;
-        QTest::newRow("multi-touch") << true << QByteArray("capacitive-Multi x\0") << false;
-        QTest::newRow("single-touch") << true << QByteArray("single\0") << true;
-        QTest::newRow("second word") << true << QByteArray("single multi") << true;
-        QTest::newRow("empty property") << true << QByteArray() << true;
-        QTest::newRow("1 MB property") << true << QByteArray(1 << 20, 'x') << true;
+        columns<bool, QByteArray, bool>("touchscreen", "type", "honoured");
+        row("no touchscreen", false, QByteArray("single"), false);
+        row("multi-touch", true, QByteArray("capacitive-Multi x\0"), false);
+        row("single-touch", true, QByteArray("single\0"), true);
+        row("second word", true, QByteArray("single multi"), true);
+        row("empty property", true, QByteArray(), true);
+        row("1 MB property", true, QByteArray(1 << 20, 'x'), true);
     }
     void calibrationRequest()
     {
@@ -376,7 +328,7 @@ private Q_SLOTS:
             pWindow->configButtonPressed();
             pWindow->controlVisibility();
             QVERIFY(!pWindow->findChild<QWizard *>());
-            root().setFirmware(QStringLiteral("state"), QStringLiteral("1"));
+            root().setFirmware("state=1");
         }
         root().remove(request);
         pWindow->controlVisibility();
@@ -409,13 +361,11 @@ private Q_SLOTS:
 
     void configRequest_data()
     {
-        QTest::addColumn<int>("state");
-        QTest::addColumn<int>("key");
-        QTest::addColumn<bool>("opens");
-        QTest::newRow("Return, stopped") << 2 << int(Qt::Key_Return) << true;
-        QTest::newRow("Enter, no application") << 6 << int(Qt::Key_Enter) << true;
-        QTest::newRow("Return, running") << 1 << int(Qt::Key_Return) << false;
-        QTest::newRow("other key") << 2 << int(Qt::Key_Space) << false;
+        columns<int, int, bool>("state", "key", "opens");
+        row("Return, stopped", 2, int(Qt::Key_Return), true);
+        row("Enter, no application", 6, int(Qt::Key_Enter), true);
+        row("Return, running", 1, int(Qt::Key_Return), false);
+        row("other key", 2, int(Qt::Key_Space), false);
     }
     void configRequest()
     {
@@ -445,24 +395,24 @@ private Q_SLOTS:
     // hang the panel.
     void configRequestAndPlcStarts_data()
     {
-        QTest::addColumn<bool>("beforeFirstStatus");
-        QTest::newRow("stopped, pressed, running") << false;
-        QTest::newRow("pressed before the first status, running") << true;
+        columns<bool>("beforeFirstStatus");
+        row("stopped, pressed, running", false);
+        row("pressed before the first status, running", true);
     }
     void configRequestAndPlcStarts()
     {
         QFETCH(bool, beforeFirstStatus);
-        root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
+        root().setFirmware("state=2");
         start();
         pWindow->controlVisibility();
         if (!beforeFirstStatus) {
             pWindow->controlVisibility();
         }
         pWindow->configButtonPressed();
-        root().setFirmware(QStringLiteral("state"), QStringLiteral("1"));
+        root().setFirmware("state=1");
         pWindow->controlVisibility();
         QVERIFY(!pWindow->isVisible());
-        root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
+        root().setFirmware("state=2");
         pWindow->controlVisibility();
         QVERIFY(!pWindow->findChild<QDialog *>());
     }
@@ -470,9 +420,9 @@ private Q_SLOTS:
     // What lies under the finger is the wizard, not the page behind it.
     void wizardUnderTheFinger_data()
     {
-        QTest::addColumn<QSize>("screen");
-        QTest::newRow("320x240") << QSize(320, 240);
-        QTest::newRow("800x480") << QSize(800, 480);
+        columns<QSize>("screen");
+        row("320x240", QSize(320, 240));
+        row("800x480", QSize(800, 480));
     }
     void wizardUnderTheFinger()
     {
@@ -494,7 +444,6 @@ private Q_SLOTS:
         closer.start(5);
         pWindow->configButtonPressed();
         pWindow->controlVisibility();
-        setScreen({800, 480});
         QCOMPARE(under, QStringList({"qt_wizard_cancel", "__qt__passive_wizardbutton1"}));
     }
 
@@ -530,9 +479,9 @@ private Q_SLOTS:
     // The window comes up under a box that is open, and leaves it the keys.
     void boxStaysOnTop_data()
     {
-        QTest::addColumn<bool>("linkLost");
-        QTest::newRow("PLC stops") << false;
-        QTest::newRow("link lost") << true;
+        columns<bool>("linkLost");
+        row("PLC stops", false);
+        row("link lost", true);
     }
     void boxStaysOnTop()
     {
@@ -541,44 +490,10 @@ private Q_SLOTS:
         VeltaInfoBox box(QStringLiteral("text"), 0, nullptr, true, false);
         QTRY_VERIFY(QApplication::activeWindow());
         QWidget *pBox = QApplication::activeWindow();
-        if (linkLost) {
-            root().breakFirmware();
-        } else {
-            root().setFirmware(QStringLiteral("state"), QStringLiteral("2"));
-        }
+        linkLost ? root().breakFirmware() : root().setFirmware("state=2");
         pWindow->controlVisibility();
         QVERIFY(pWindow->isVisible());
         QTRY_COMPARE(QApplication::activeWindow(), pBox);
-    }
-
-    void textsFitSmallScreens_data()
-    {
-        QTest::addColumn<QSize>("screen");
-        for (const QSize &size :
-             {QSize(240, 320), QSize(272, 480), QSize(320, 240), QSize(480, 272)}) {
-            QTest::addRow("%dx%d", size.width(), size.height()) << size;
-        }
-    }
-    void textsFitSmallScreens()
-    {
-        QFETCH(QSize, screen);
-        setScreen(screen);
-        root().write(QStringLiteral("/etc/fwinfo.ini"),
-                     "[firmware]\nversion=03.10.08(22)\n[codesys]\nversion=3.5.19.30 SP19\n");
-        root().setFirmware(QStringLiteral("eth0.mode"), QStringLiteral("dhcp"));
-        root().setFirmware(QStringLiteral("eth0.ip"), QStringLiteral("192.168.200.200"));
-        startLinked(2);
-        const QList<QLabel *> labels = pWindow->findChildren<QLabel *>();
-        for (const QLabel *pLabel : labels) {
-            if (pLabel->isVisible()) {
-                QVERIFY2(pLabel->sizeHint().width() <= pLabel->width() + 1,
-                         qPrintable(pLabel->objectName()));
-                QVERIFY2(pWindow->rect().contains(
-                             QRect(pLabel->mapTo(pWindow.get(), QPoint()), pLabel->size())),
-                         qPrintable(pLabel->objectName()));
-            }
-        }
-        setScreen({800, 480});
     }
 
     void keyboards()

@@ -40,13 +40,12 @@ class VeltaKbdInputTest : public DeviceTest
 private Q_SLOTS:
     void translation_data()
     {
-        QTest::addColumn<int>("key");
-        QTest::addColumn<int>("sent");
-        QTest::newRow("S") << int(Qt::Key_S) << int(Qt::Key_Tab);
-        QTest::newRow("T") << int(Qt::Key_T) << int(Qt::Key_Backtab);
-        QTest::newRow("R") << int(Qt::Key_R) << int(Qt::Key_Backspace);
-        QTest::newRow("Q") << int(Qt::Key_Q) << 0;
-        QTest::newRow("Return") << int(Qt::Key_Return) << 0;
+        columns<int, int>("key", "sent");
+        row("S", int(Qt::Key_S), int(Qt::Key_Tab));
+        row("T", int(Qt::Key_T), int(Qt::Key_Backtab));
+        row("R", int(Qt::Key_R), int(Qt::Key_Backspace));
+        row("Q", int(Qt::Key_Q), 0);
+        row("Return", int(Qt::Key_Return), 0);
     }
     void translation()
     {
