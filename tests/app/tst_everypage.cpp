@@ -19,21 +19,6 @@ namespace {
 constexpr double LeastTargetMm = 5;
 constexpr double MmPerInch = 25.4;
 
-/// Dots per inch of the displays that are usual for a screen size, the densest of them.
-struct UsualDpi
-{
-    QSize screen;
-    int nDpi;
-};
-constexpr UsualDpi DpiTable[] = {
-    {{240, 320}, 125},  {{272, 480}, 128},   {{320, 240}, 114},  {{480, 272}, 128},
-    {{480, 640}, 140},  {{480, 800}, 133},   {{600, 800}, 119},  {{640, 480}, 140},
-    {{720, 1280}, 145}, {{768, 1024}, 123},  {{768, 1366}, 100}, {{800, 480}, 133},
-    {{800, 600}, 119},  {{800, 1280}, 149},  {{1024, 768}, 123}, {{1024, 1280}, 96},
-    {{1050, 1680}, 90}, {{1080, 1920}, 141}, {{1280, 720}, 145}, {{1280, 800}, 149},
-    {{1280, 1024}, 96}, {{1366, 768}, 100},  {{1680, 1050}, 90}, {{1920, 1080}, 141},
-};
-
 /// What a screen cannot give: on the narrow ones ten keys stand in a row of the alphanumeric pad,
 /// which no field of the program uses so far.
 bool isKnown(const QString &screen, const QString &view, const QString &defect)
@@ -91,11 +76,8 @@ bool showsItsText(const QWidget &widget)
     if (const auto *pBox = qobject_cast<const QGroupBox *>(&widget)) {
         return holds(metrics.size(Qt::TextShowMnemonic, pBox->title()), 4);
     }
-    if (const auto *pText = qobject_cast<const QPlainTextEdit *>(&widget)) {
-        return pText->verticalScrollBar()->maximum() == 0;
-    }
-    if (const auto *pList = qobject_cast<const QListWidget *>(&widget)) {
-        return pList->verticalScrollBar()->maximum() == 0;
+    if (const auto *pArea = qobject_cast<const QAbstractScrollArea *>(&widget)) {
+        return pArea->verticalScrollBar()->maximum() == 0;
     }
     return true;
 }
@@ -191,9 +173,9 @@ private:
         window.controlVisibility();
         window.controlVisibility();
         inspect(QStringLiteral("preview"), window);
-        window.setCurrentWidget(window.findChild<QWidget *>(QStringLiteral("rebootPage")));
+        window.setCurrentWidget(window.findChild<QWidget *>("rebootPage"));
         inspect(QStringLiteral("reboot"), window);
-        window.setCurrentWidget(window.findChild<QWidget *>(QStringLiteral("localConfigPage")));
+        window.setCurrentWidget(window.findChild<QWidget *>("localConfigPage"));
     }
 
     void inspectWizard(MainWindow &window)
@@ -209,7 +191,7 @@ private:
         inspect(QStringLiteral("mode"), wizard);
         wizard.next();
         inspect(QStringLiteral("addresses"), wizard);
-        wizard.findChild<QPushButton *>(QStringLiteral("FirstIPButton"))->click();
+        wizard.findChild<QPushButton *>("FirstIPButton")->click();
         inspect(QStringLiteral("address-keyboard"), *openKeyboard()->window());
         openKeyboard()->window()->hide();
         wizard.next();
@@ -221,7 +203,7 @@ private:
         wizard.back();
         enter(wizard, {"FirstIPButton", "SecondIPButton", "ThirdIPButton"});
         wizard.back();
-        wizard.findChild<QPushButton *>(QStringLiteral("NetOpModeSelectButton"))->click();
+        wizard.findChild<QPushButton *>("NetOpModeSelectButton")->click();
         for (int i = 0; i < 3; ++i) {
             wizard.next();
         }
@@ -236,7 +218,7 @@ private:
         for (const char *name : buttons) {
             wizard.findChild<QPushButton *>(QLatin1String(name))->click();
             openKeyboard()->findChild<QVeltaLineEdit *>()->setText("255.255.255.254");
-            openKeyboard()->findChild<QPushButton *>(QStringLiteral("panelButton_ok"))->click();
+            openKeyboard()->findChild<QPushButton *>("panelButton_ok")->click();
         }
     }
 
@@ -276,9 +258,8 @@ private Q_SLOTS:
     void everyPage_data()
     {
         columns<QSize, int>("screen", "dpi");
-        for (const UsualDpi &row : DpiTable) {
-            QTest::addRow("%dx%d", row.screen.width(), row.screen.height())
-                << row.screen << row.nDpi;
+        for (const PanelScreen &screen : panelScreens()) {
+            row(screen.name(), screen.size, screen.nDpi);
         }
     }
     void everyPage()
@@ -290,12 +271,12 @@ private Q_SLOTS:
         screenName = QString::fromLatin1(QTest::currentDataTag());
         defects.clear();
         setScreen(screen);
-        root().write(QStringLiteral("/etc/settings.ini"),
+        root().write("/etc/settings.ini",
                      "[options]\nconfig_passwd=1234\n[network]\neth0.mode=static\n"
                      "eth0.ip=255.255.255.255\neth0.netmask=255.255.255.255\n"
                      "default_gateway=255.255.255.255\ndnsserver1=255.255.255.255\n"
                      "dnsserver2=255.255.255.255\n");
-        root().write(QStringLiteral("/etc/fwinfo.ini"),
+        root().write("/etc/fwinfo.ini",
                      "[firmware]\nversion=03.10.08(22)\n[codesys]\nversion=3.5.19.30 SP19\n");
         root().setFirmware("state=2 app.0=Conveyor eth0.mode=dhcp eth0.ip=255.255.255.255 "
                            "eth0.netmask=255.255.255.255");

@@ -24,19 +24,29 @@ private:
     std::unique_ptr<WindowServer> pServer;
     std::unique_ptr<MainWindow> pWindow;
 
-    MainWindow &start()
+    void start()
     {
         pServer = std::make_unique<WindowServer>();
         pWindow = std::make_unique<MainWindow>();
-        return *pWindow;
     }
-    MainWindow &startLinked(int nState)
+    void startLinked(int nState)
     {
         root().setFirmware("state", QString::number(nState));
         start();
         pWindow->controlVisibility(); // opens the link
         pWindow->controlVisibility();
-        return *pWindow;
+    }
+    /// Ticks; takes \a step again and again as long as that shows the wizard.
+    void tickWithWizard(const std::function<void(QWizard &)> &step)
+    {
+        QTimer hand;
+        connect(&hand, &QTimer::timeout, this, [&] {
+            if (auto *pWizard = pWindow->findChild<QWizard *>()) {
+                step(*pWizard);
+            }
+        });
+        hand.start(5);
+        pWindow->controlVisibility();
     }
     void closeWindows() override
     {
@@ -66,7 +76,7 @@ private:
         QCOMPARE(mkfifo(qPrintable(fifo), 0600), 0);
         QVERIFY(QFile::link(fifo, root().path("/dev/input/" + name)));
     }
-    void rescan() { pWindow->inputEventDirChanged(root().path(QStringLiteral("/dev/input"))); }
+    void rescan() { pWindow->inputEventDirChanged(root().path("/dev/input")); }
 
 private Q_SLOTS:
     void states_data()
@@ -220,7 +230,7 @@ private Q_SLOTS:
     void versions()
     {
         QFETCH(QByteArray, file);
-        root().write(QStringLiteral("/etc/fwinfo.ini"), file);
+        root().write("/etc/fwinfo.ini", file);
         start();
         QTEST(text("label_fw"), "firmware");
         QTEST(text("label_rts"), "runtime");
@@ -273,19 +283,19 @@ private Q_SLOTS:
 
     void restart()
     {
-        root().writeCommand(QStringLiteral("/sbin/reboot"), "echo reboot >>\"$PANEL_ROOT/log\"");
+        root().writeCommand("/sbin/reboot", "echo reboot >>\"$PANEL_ROOT/log\"");
         start();
         auto *pLcd = find<QLCDNumber>("lcdRestart");
         Q_EMIT pWindow->triggerLcd(10);
         for (int nLeft = 9; nLeft >= 1; --nLeft) {
             pWindow->systemRestart_Timer();
             QCOMPARE(pLcd->intValue(), nLeft);
-            QVERIFY(!root().exists(QStringLiteral("/log")));
+            QVERIFY(!root().exists("/log"));
         }
         pWindow->systemRestart_Timer();
-        QCOMPARE(root().read(QStringLiteral("/log")), QByteArray("reboot\n"));
+        QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
         pWindow->systemRestart_Button();
-        QCOMPARE(root().read(QStringLiteral("/log")), QByteArray("reboot\nreboot\n"));
+        QCOMPARE(root().read("/log"), QByteArray("reboot\nreboot\n"));
     }
 
     void calibrationRequest_data()
@@ -305,9 +315,9 @@ private Q_SLOTS:
         QFETCH(bool, honoured);
         const QString request = QStringLiteral("/tmp/.system/TouchCalibration");
         if (touchscreen) {
-            root().write(QStringLiteral("/dev/input/touchscreen"), "");
+            root().write("/dev/input/touchscreen", "");
         }
-        root().write(QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type"), type);
+        root().write("/proc/device-tree/qrd-specific/qrd_touch_type", type);
         startLinked(2);
         CalibrationPage *pPage = calibrationPage();
         QVERIFY(!pPage);
@@ -374,17 +384,12 @@ private Q_SLOTS:
         QFETCH(bool, opens);
         startLinked(state);
         bool bOpened = false;
-        QTimer closer;
-        connect(&closer, &QTimer::timeout, this, [&] {
-            if (auto *pWizard = pWindow->findChild<QDialog *>()) {
-                bOpened = true;
-                QCOMPARE(page(), QStringLiteral("localConfigPage"));
-                pWizard->reject();
-            }
-        });
-        closer.start(5);
         QTest::keyClick(pWindow.get(), Qt::Key(key));
-        pWindow->controlVisibility();
+        tickWithWizard([&](QWizard &wizard) {
+            bOpened = true;
+            QCOMPARE(page(), QStringLiteral("localConfigPage"));
+            wizard.reject();
+        });
         QCOMPARE(bOpened, opens);
         if (state != 1) {
             QCOMPARE(page(), QStringLiteral("previewPage"));
@@ -430,49 +435,36 @@ private Q_SLOTS:
         setScreen(screen);
         startLinked(2);
         QStringList under;
-        QTimer closer;
-        connect(&closer, &QTimer::timeout, this, [&] {
-            if (auto *pWizard = pWindow->findChild<QWizard *>()) {
-                for (const auto which : {QWizard::CancelButton, QWizard::NextButton}) {
-                    QWidget *pButton = pWizard->button(which);
-                    const QPoint centre = pButton->mapTo(pWindow.get(), pButton->rect().center());
-                    under += pWindow->childAt(centre)->objectName();
-                }
-                pWizard->reject();
-            }
-        });
-        closer.start(5);
         pWindow->configButtonPressed();
-        pWindow->controlVisibility();
+        tickWithWizard([&](QWizard &wizard) {
+            for (const auto which : {QWizard::CancelButton, QWizard::NextButton}) {
+                const QAbstractButton *pButton = wizard.button(which);
+                const QPoint centre = pButton->mapTo(pWindow.get(), pButton->rect().center());
+                under += pWindow->childAt(centre)->objectName();
+            }
+            wizard.reject();
+        });
         QCOMPARE(under, QStringList({"qt_wizard_cancel", "__qt__passive_wizardbutton1"}));
     }
 
     // SAVE: restart page, ticks at rest, exactly one reboot.
     void saveAndRestart()
     {
-        root().writeCommand(QStringLiteral("/bin/syscfg"), "exit 0");
-        root().writeCommand(QStringLiteral("/sbin/reboot"), "echo reboot >>\"$PANEL_ROOT/log\"");
+        root().writeCommand("/bin/syscfg", "exit 0");
+        root().writeCommand("/sbin/reboot", "echo reboot >>\"$PANEL_ROOT/log\"");
         startLinked(2);
-        QTimer operatorHand;
-        connect(&operatorHand, &QTimer::timeout, this, [&] {
-            auto *pWizard = pWindow->findChild<QWizard *>();
-            if (!pWizard) {
-                return;
-            }
-            if (pWizard->currentId() == pWizard->startId()) {
+        pWindow->configButtonPressed();
+        tickWithWizard([&](QWizard &wizard) {
+            if (wizard.currentId() == wizard.startId()) {
                 find<QPushButton>("NetOpModeSelectButton")->click();
             }
-            const bool bLast = pWizard->button(QWizard::FinishButton)->isVisible();
-            pWizard->button(bLast ? QWizard::FinishButton : QWizard::NextButton)->click();
+            const bool bLast = wizard.button(QWizard::FinishButton)->isVisible();
+            wizard.button(bLast ? QWizard::FinishButton : QWizard::NextButton)->click();
         });
-        operatorHand.start(5);
-        pWindow->configButtonPressed();
-        pWindow->controlVisibility();
-        operatorHand.stop();
         QCOMPARE(page(), QStringLiteral("rebootPage"));
         QCOMPARE(find<QLCDNumber>("lcdRestart")->intValue(), 10);
         QTest::mouseClick(find<QPushButton>("buttonRestart"), Qt::LeftButton);
-        QCOMPARE(root().read(QStringLiteral("/log")), QByteArray("reboot\n"));
+        QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
         QCOMPARE(page(), QStringLiteral("rebootPage"));
     }
 
@@ -500,29 +492,29 @@ private Q_SLOTS:
     {
         start();
         QVERIFY(!pServer->hasKeyboard());
-        root().write(QStringLiteral("/dev/input/keyboard9"), ""); // counted, but no link
+        root().write("/dev/input/keyboard9", ""); // counted, but no link
         rescan();
         QVERIFY(!pServer->hasKeyboard());
-        root().remove(QStringLiteral("/dev/input/keyboard9"));
+        root().remove("/dev/input/keyboard9");
         rescan();
-        plugKeyboard(QStringLiteral("keyboard0"));
+        plugKeyboard("keyboard0");
         rescan();
         QVERIFY(pServer->hasKeyboard());
-        plugKeyboard(QStringLiteral("keyboard1"));
-        plugKeyboard(QStringLiteral("keyboard2"));
+        plugKeyboard("keyboard1");
+        plugKeyboard("keyboard2");
         rescan(); // three: nothing changes
-        root().remove(QStringLiteral("/dev/input/keyboard1"));
-        root().remove(QStringLiteral("/dev/input/keyboard2"));
+        root().remove("/dev/input/keyboard1");
+        root().remove("/dev/input/keyboard2");
         rescan();
         QVERIFY(pServer->hasKeyboard());
-        root().remove(QStringLiteral("/dev/input/keyboard0"));
+        root().remove("/dev/input/keyboard0");
         rescan();
         QVERIFY(!pServer->hasKeyboard());
     }
 
     void noInputFolder()
     {
-        QVERIFY(QDir(root().path(QStringLiteral("/dev"))).removeRecursively());
+        QVERIFY(QDir(root().path("/dev")).removeRecursively());
         startLinked(2);
         QCOMPARE(page(), QStringLiteral("previewPage"));
     }
@@ -537,11 +529,11 @@ private Q_SLOTS:
         overlay.show();
         QVERIFY(QTest::qWaitForWindowExposed(&overlay));
         pWindow->screenshotTimerEvent(); // nobody asked
-        QVERIFY(!root().exists(QStringLiteral("/tmp/screenshot.png")));
-        root().write(QStringLiteral("/tmp/makeScreenshot"), "");
+        QVERIFY(!root().exists("/tmp/screenshot.png"));
+        root().write("/tmp/makeScreenshot", "");
         pWindow->screenshotTimerEvent();
-        QVERIFY(!root().exists(QStringLiteral("/tmp/makeScreenshot")));
-        const QImage picture(root().path(QStringLiteral("/tmp/screenshot.png")));
+        QVERIFY(!root().exists("/tmp/makeScreenshot"));
+        const QImage picture(root().path("/tmp/screenshot.png"));
         QCOMPARE(picture.size(), QSize(800, 480));
         QCOMPARE(picture.pixelColor(50, 50), QColor(Qt::red));
         QVERIFY(picture.pixelColor(750, 300) != QColor(Qt::red));

@@ -2,8 +2,6 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
-#include <QtTest>
-
 class TestInfoText : public DeviceTest
 {
     Q_OBJECT
@@ -31,21 +29,20 @@ private Q_SLOTS:
             {"Nothing", "Nothing", "Nothing", "Nothing"},
             {"%1 ", "eth0 ", "x ", " "},
         };
-        const auto add = [](const Row &row, const QString &argument, const char *composed) {
-            QTest::addRow("%s|%s", row.pMessage, qPrintable(argument))
-                << QString::fromLatin1(row.pMessage) << argument << QString::fromLatin1(composed);
+        const auto add = [](const char *message, const char *argument, const char *composed) {
+            row(QByteArray(message) + '|' + argument, message, argument, composed);
         };
         for (const Row &row : Rows) {
-            add(row, QStringLiteral("eth0"), row.pWithWord);
-            add(row, QStringLiteral(" eth0 "), row.pWithWord);
-            add(row, QStringLiteral("x"), row.pWithOne);
-            add(row, QStringLiteral(" x"), row.pWithOne);
-            add(row, QString(), row.pWithout);
-            add(row, QStringLiteral(" "), row.pWithout);
-            add(row, QStringLiteral("  "), row.pWithout);
+            add(row.pMessage, "eth0", row.pWithWord);
+            add(row.pMessage, " eth0 ", row.pWithWord);
+            add(row.pMessage, "x", row.pWithOne);
+            add(row.pMessage, " x", row.pWithOne);
+            add(row.pMessage, "", row.pWithout);
+            add(row.pMessage, " ", row.pWithout);
+            add(row.pMessage, "  ", row.pWithout);
         }
-        add({"Wrong.%1", "", "", ""}, QStringLiteral("  ab"), "Wrong. ab");
-        add({"in %1.", "", "", ""}, QStringLiteral("%1 %2"), "in %1 %2.");
+        add("Wrong.%1", "  ab", "Wrong. ab");
+        add("in %1.", "%1 %2", "in %1 %2.");
     }
     void composes()
     {
@@ -56,10 +53,7 @@ private Q_SLOTS:
 
     void wraps_data()
     {
-        columns<QString, QString>("text", "lines"); // of at most 10 characters
-        const auto row = [](const char *text, const char *lines) {
-            QTest::newRow(text) << QString::fromLatin1(text) << QString::fromLatin1(lines);
-        };
+        columns<QString>("lines"); // of at most 10 characters, from the text
         row("", "");
         row("0123456789", "0123456789");
         row("0123456789A", "0123456789<br/>A");
@@ -77,9 +71,8 @@ private Q_SLOTS:
     }
     void wraps()
     {
-        QFETCH(QString, text);
         QFETCH(QString, lines);
-        QCOMPARE(InfoText::wrap(text, 10),
+        QCOMPARE(InfoText::wrap(QTest::currentDataTag(), 10),
                  QStringLiteral("<nobr>") + lines + QStringLiteral("</nobr>"));
     }
 };

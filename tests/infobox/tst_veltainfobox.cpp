@@ -5,7 +5,6 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
-#include <QtTest>
 #include <QtWidgets>
 
 #include <functional>
@@ -119,8 +118,8 @@ private Q_SLOTS:
     void fitsEveryScreen_data()
     {
         columns<QSize>("screen");
-        for (const QSize &size : panelScreenSizes()) {
-            QTest::addRow("%dx%d", size.width(), size.height()) << size;
+        for (const PanelScreen &screen : panelScreens()) {
+            row(screen.name(), screen.size);
         }
     }
     void fitsEveryScreen()

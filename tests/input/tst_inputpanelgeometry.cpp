@@ -47,8 +47,8 @@ private Q_SLOTS:
         const KeyboardFixture keyboard("NumInputPW", "", PasswordMask, 20);
         const VeltaInputPanel &panel = *keyboard.pPanel;
         QTEST(panel.findChild<QGroupBox *>()->size(), "groupBox");
-        QTEST(panel.findChild<QLabel *>(QStringLiteral("panelLabel"))->height(), "caption");
-        QTEST(panel.findChild<QLabel *>(QStringLiteral("timeoutLabel"))->height(), "caption");
+        QTEST(panel.findChild<QLabel *>("panelLabel")->height(), "caption");
+        QTEST(panel.findChild<QLabel *>("timeoutLabel")->height(), "caption");
         QTEST(keyboard.pDisplay->height(), "display");
         QCOMPARE(keyboard.pContext->geometry(), QRect(QPoint(), screen));
         QCOMPARE(panel.size(), screen.boundedTo({800, 480}));
@@ -61,10 +61,9 @@ private Q_SLOTS:
         columns<QSize, QString, int>("screen", "mode", "dpi");
         row("dense and small", QSize(480, 272), "AlphaNumInput", 160);
         row("dense and large", QSize(1280, 800), "HexInput", 240);
-        for (const QSize &screen : panelScreenSizes()) {
+        for (const PanelScreen &screen : panelScreens()) {
             for (const char *mode : {"NumInputPW", "HexInput", "AlphaNumInput"}) {
-                QTest::addRow("%dx%d %s", screen.width(), screen.height(), mode)
-                    << screen << QString(mode) << 96;
+                row(screen.name() + ' ' + mode, screen.size, mode, 96);
             }
         }
     }
@@ -132,7 +131,7 @@ private Q_SLOTS:
         const QSize requested(640, 480);
         setScreen(screen);
         QLineEdit target;
-        target.setWhatsThis(QStringLiteral("AlphaNumInput"));
+        target.setWhatsThis("AlphaNumInput");
         QLabel label;
         VeltaInputPanelContext context(&target, &label, false, requested.width(),
                                        requested.height());

@@ -31,7 +31,7 @@ private Q_SLOTS:
         QWidget window;
         QVeltaLineEdit edit(&window);
         edit.setFocusPolicy(Qt::NoFocus);
-        edit.setText(QStringLiteral("...."));
+        edit.setText("....");
         edit.resize(200, 40);
         window.show();
         QVERIFY(!edit.hasFocus());

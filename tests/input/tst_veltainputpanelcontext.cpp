@@ -77,7 +77,7 @@ private Q_SLOTS:
         keyboard.touch("aMode");
         keyboard.touch("aB");
         keyboard.touch("acancel");
-        keyboard.target.setText(QStringLiteral("new"));
+        keyboard.target.setText("new");
         keyboard.pContext->showPanel();
         QCOMPARE(keyboard.pDisplay->text(), QStringLiteral("new"));
         QCOMPARE(keyboard.key("aB")->text(), QStringLiteral("B"));
@@ -87,7 +87,7 @@ private Q_SLOTS:
     void caption()
     {
         const KeyboardFixture keyboard("", "", AddressMask);
-        const auto *pCaption = keyboard.pPanel->findChild<QLabel *>(QStringLiteral("panelLabel"));
+        const auto *pCaption = keyboard.pPanel->findChild<QLabel *>("panelLabel");
         QCOMPARE(pCaption->text(), QStringLiteral("Address: "));
         QLabel other(QStringLiteral("DNS 3: "));
         keyboard.pContext->showPanel(&other);
@@ -131,7 +131,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, key);
         auto pTarget = std::make_unique<QLineEdit>(QStringLiteral("x"));
-        pTarget->setWhatsThis(QStringLiteral("AlphaNumInput"));
+        pTarget->setWhatsThis("AlphaNumInput");
         QLabel label;
         VeltaInputPanelContext context(pTarget.get(), &label, false, 800, 480);
         QSignalSpy okay(&context, &VeltaInputPanelContext::input_okay);
@@ -240,7 +240,7 @@ private Q_SLOTS:
             QTest::mouseClick(main.windowHandle(), Qt::LeftButton, {}, {400, 240});
             QCOMPARE(touches, 0);
             QTest::keyClick(context.windowHandle(), Qt::Key_5);
-            auto *pOk = context.findChild<QPushButton *>(QStringLiteral("panelButton_ok"));
+            auto *pOk = context.findChild<QPushButton *>("panelButton_ok");
             QTest::mouseClick(context.windowHandle(), Qt::LeftButton, {},
                               pOk->mapTo(&context, pOk->rect().center()));
             dialog.accept();

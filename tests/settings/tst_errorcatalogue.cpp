@@ -5,8 +5,6 @@
 #include <QMessageBox>
 #include <QSet>
 #include <QTranslator>
-#include <QtTest>
-
 class TestErrorCatalogue : public DeviceTest
 {
     Q_OBJECT

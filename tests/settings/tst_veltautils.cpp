@@ -5,7 +5,6 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
-#include <QtTest>
 #include <QtWidgets>
 
 #include <memory>
@@ -31,7 +30,7 @@ private Q_SLOTS:
     void classifiesListedSizes()
     {
         int nIndex = 0;
-        for (const QSize &size : panelScreenSizes()) {
+        for (const QSize size : panelScreenSizes()) {
             QCOMPARE(VeltaUtils::resolutionIndex(size.width(), size.height()), ++nIndex);
             for (const auto rule :
                  {UnlistedHeightAt800::As800x480, UnlistedHeightAt800::As800x600}) {

@@ -11,6 +11,9 @@ inline const QByteArray StaticSettings =
     "[network]\neth0.mode=static\neth0.ip=192.168.0.10\neth0.netmask=255.255.255.0\n"
     "default_gateway=192.168.0.1\ndnsserver1=192.168.0.2\ndnsserver2=0.0.0.0\n";
 
+/// The same, with an address from a DHCP server.
+inline const QByteArray DhcpSettings = QByteArray(StaticSettings).replace("static", "dhcp");
+
 /// Base of every test class: each test function gets a fresh device root and a screen of 800x480,
 /// and fails on a warning that it did not announce with QTest::ignoreMessage().
 class DeviceTest : public QObject

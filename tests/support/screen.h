@@ -11,5 +11,16 @@ void setScreen(const QSize &size, int dpi = 96);
 /// Puts a key, pressed and released, into the queue of the window system.
 void queueKey(Qt::Key key);
 
-/// The 24 screen sizes that panels are built with.
-const QList<QSize> &panelScreenSizes();
+/// A screen that panels are built with, and the densest resolution that is usual for its size.
+struct PanelScreen
+{
+    QSize size;
+    int nDpi;
+    QByteArray name() const
+    {
+        return QByteArray::number(size.width()) + 'x' + QByteArray::number(size.height());
+    }
+};
+/// All 24, by width.
+const QList<PanelScreen> &panelScreens();
+QList<QSize> panelScreenSizes();

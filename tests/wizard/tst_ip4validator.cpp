@@ -2,8 +2,6 @@
 #include "tests/support/testmain.h"
 #include "wizard/ip4validator.h"
 
-#include <QtTest>
-
 class TestIP4Validator : public DeviceTest
 {
     Q_OBJECT
@@ -11,15 +9,12 @@ class TestIP4Validator : public DeviceTest
 private Q_SLOTS:
     void judges_data()
     {
-        columns<QString, QValidator::State>("text", "address");
-        QTest::addColumn<QValidator::State>("addressOrNone"); // a first part of 0 is allowed
-        columns<QValidator::State>("netmask");
+        // By the text, for each use: an address, one with a first part of 0 allowed, a netmask.
+        columns<QValidator::State, QValidator::State, QValidator::State>("address", "addressOrNone",
+                                                                         "netmask");
         constexpr auto No = QValidator::Invalid;
         constexpr auto Fix = QValidator::Intermediate;
         constexpr auto Yes = QValidator::Acceptable;
-        const auto row = [](const char *text, auto address, auto addressOrNone, auto netmask) {
-            QTest::newRow(text) << QString::fromLatin1(text) << address << addressOrNone << netmask;
-        };
         row("", Yes, Yes, Yes);
         row("192.168.1.10", Yes, Yes, No);
         row("255.255.255.255", Yes, Yes, Yes);
@@ -51,7 +46,7 @@ private Q_SLOTS:
     }
     void judges()
     {
-        QFETCH(QString, text);
+        QString text = QTest::currentDataTag();
         QFETCH(QValidator::State, address);
         QFETCH(QValidator::State, addressOrNone);
         QFETCH(QValidator::State, netmask);
@@ -73,10 +68,7 @@ private Q_SLOTS:
 
     void repairs_data()
     {
-        columns<QString, QString>("text", "repaired");
-        const auto row = [](const char *text, const char *repaired) {
-            QTest::newRow(text) << QString::fromLatin1(text) << QString::fromLatin1(repaired);
-        };
+        columns<QString>("repaired"); // from the text
         row("192.168.001.010", "192.168.1.10");
         row("10.0.0.300", "10.0.0.255");
         row("10..0.1", "10.0.0.1");
@@ -88,7 +80,7 @@ private Q_SLOTS:
     }
     void repairs()
     {
-        QFETCH(QString, text);
+        QString text = QTest::currentDataTag();
         IP4Validator validator;
         validator.fixup(text);
         QTEST(text, "repaired");

@@ -99,7 +99,7 @@ private:
     {
         if (!bKeys) {
             enter(text);
-            touch(key(QStringLiteral("ok")));
+            touch(key("ok"));
             return;
         }
         const auto nLength = openKeyboard()->lineEdit()->displayText().size();
@@ -112,7 +112,7 @@ private:
         for (const QChar c : text) {
             type(Qt::Key(c.unicode()));
         }
-        activate(key(QStringLiteral("ok")));
+        activate(key("ok"));
     }
 
 private Q_SLOTS:
@@ -154,9 +154,7 @@ private Q_SLOTS:
         QFETCH(QString, entered);
         QFETCH(QString, after);
         const Field &field = Fields[index];
-        writeSettings(StaticSettings);
         BoxWatcher watcher;
-        create();
         run([&] {
             toPage(field.page);
             edit(field.button, entered);
@@ -179,9 +177,7 @@ private Q_SLOTS:
     // A second entry starts from what the first one left; a cancelled one leaves no trace.
     void entryAfterEntry()
     {
-        writeSettings(StaticSettings);
         BoxWatcher watcher;
-        create();
         run([&] {
             toPage(IpPageId);
             const auto result = [this](const char *text, const char *closingKey) {
@@ -205,18 +201,18 @@ private Q_SLOTS:
         // The name servers' first number, and what stands in the first field of them.
         columns<QString, QByteArray, QStringList, int, QString>("firmware", "file", "addresses",
                                                                 "number", "server");
-        const QByteArray dhcp = QByteArray(StaticSettings).replace("static", "dhcp");
-        const QByteArray none = QByteArray(dhcp).replace("eth0.ip=192.168.0.10", "eth0.ip=");
+        const QByteArray none =
+            QByteArray(DhcpSettings).replace("eth0.ip=192.168.0.10", "eth0.ip=");
         const QStringList configured = {"192.168.0.10", "255.255.255.0", "192.168.0.1"};
         const QStringList leased = {"10.0.0.7", "255.0.0.0", "10.0.0.254"};
         const QStringList noLease = {"0.0.0.0", "0.0.0.0", "0.0.0.0"};
         const QString lease = "eth0.ip=10.0.0.7 eth0.netmask=255.0.0.0 gateway=10.0.0.254 ";
         const QString dns1 = "192.168.0.2";
         row("static", lease + "dns1=1.1.1.1 dns2=1.0.0.1", StaticSettings, configured, 1, dns1);
-        row("no lease", "", dhcp, noLease, 1, dns1);
-        row("two servers", lease + "dns1=1.1.1.1 dns2=1.0.0.1", dhcp, leased, 3, dns1);
-        row("one server", lease + "dns1=1.1.1.1", dhcp, leased, 2, dns1);
-        row("no address", lease + "dns1=0.0.0.0 dns2=0.0.0.0", dhcp, leased, 1, dns1);
+        row("no lease", "", DhcpSettings, noLease, 1, dns1);
+        row("two servers", lease + "dns1=1.1.1.1 dns2=1.0.0.1", DhcpSettings, leased, 3, dns1);
+        row("one server", lease + "dns1=1.1.1.1", DhcpSettings, leased, 2, dns1);
+        row("no address", lease + "dns1=0.0.0.0 dns2=0.0.0.0", DhcpSettings, leased, 1, dns1);
         row("no stored address", lease, none, leased, 1, "0.0.0.0");
     }
     void display()
@@ -225,8 +221,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, file);
         QFETCH(int, number);
         root().setFirmware(firmware);
-        writeSettings(file);
-        create();
+        create(file);
         run([&] {
             toPage(IpPageId);
             QTEST(QStringList({shown("FirstIPLineEdit"), shown("SecondIPLineEdit"),
@@ -240,19 +235,18 @@ private Q_SLOTS:
             QCOMPARE(shown("dns2_ip_Edit"), QStringLiteral("0.0.0.0"));
             QCOMPARE(label("dns1_ip_Label"), QStringLiteral("DNS %1: ").arg(number));
             QCOMPARE(label("dns2_ip_Label"), QStringLiteral("DNS %1: ").arg(number + 1));
-            QVERIFY(find(QStringLiteral("dns1_ip_Button"))->isEnabled());
+            QVERIFY(find("dns1_ip_Button")->isEnabled());
         });
     }
 
     void renumbering()
     {
         root().setFirmware("dns1=1.1.1.1");
-        writeSettings(QByteArray(StaticSettings).replace("static", "dhcp"));
-        create();
+        create(DhcpSettings);
         BoxWatcher watcher;
         run([&] {
             const auto caption = [this] {
-                touch(find(QStringLiteral("dns1_ip_Button")));
+                touch(find("dns1_ip_Button"));
                 QString text = keyboardCaption();
                 enter("300.300.1.1");
                 touch(key("ok"));
@@ -299,9 +293,8 @@ private Q_SLOTS:
         QFETCH(QString, entries);
         QFETCH(bool, unlocked);
         QFETCH(int, boxes);
-        writeSettings(QByteArray(Protection).replace("1234", stored.toLatin1()) + StaticSettings);
         BoxWatcher watcher;
-        create();
+        create(QByteArray(Protection).replace("1234", stored.toLatin1()) + StaticSettings);
         run([&] {
             QCOMPARE(pWizard->currentId(), int(ProtectionPageId));
             for (const QString &entry : entries.split(u',')) {
@@ -321,7 +314,7 @@ private Q_SLOTS:
                     const QString display = openKeyboard()->lineEdit()->displayText();
                     QVERIFY(std::none_of(display.cbegin(), display.cend(),
                                          [](QChar c) { return c.isDigit(); }));
-                    touch(key(QStringLiteral("ok")));
+                    touch(key("ok"));
                 }
                 QVERIFY(!openKeyboard());
             }
@@ -348,13 +341,12 @@ private Q_SLOTS:
     // Not even a screenshot of the page behind the keyboard shows what was entered.
     void digitsAreInvisible()
     {
-        writeSettings(Protection + StaticSettings);
-        create();
+        create(Protection + StaticSettings);
         run([&] {
             QTRY_VERIFY(openKeyboard());
-            auto *pEdit = find<QLineEdit>(QStringLiteral("ProtectionLineEdit"));
+            auto *pEdit = find<QLineEdit>("ProtectionLineEdit");
             const QImage empty = pEdit->grab().toImage();
-            pEdit->setText(QStringLiteral("1234"));
+            pEdit->setText("1234");
             pEdit->selectAll();
             QCOMPARE(pEdit->grab().toImage(), empty);
         });
@@ -370,17 +362,16 @@ private Q_SLOTS:
     {
         QFETCH(bool, keys);
         bKeys = keys;
-        writeSettings(Protection + QByteArray(StaticSettings).replace("static", "dhcp"));
-        root().writeCommand(QStringLiteral("/bin/syscfg"), "cp \"$2\" \"$PANEL_ROOT/applied\"");
+        root().writeCommand("/bin/syscfg", "cp \"$2\" \"$PANEL_ROOT/applied\"");
         BoxWatcher watcher;
-        create();
+        create(Protection + DhcpSettings);
         const bool bSaved = run([&] {
             QTRY_VERIFY(openKeyboard());
-            enterAndConfirm(QStringLiteral("999"));
+            enterAndConfirm("999");
             QTRY_VERIFY(openKeyboard());
-            enterAndConfirm(QStringLiteral("1234"));
+            enterAndConfirm("1234");
             QCOMPARE(pWizard->currentId(), int(NetModePageId));
-            activate(find(QStringLiteral("NetOpModeSelectButton")));
+            activate(find("NetOpModeSelectButton"));
             const char *texts[] = {"10.0.0.9", "255.0.0.0", "10.0.0.1", "10.0.0.2", "10.0.0.3"};
             for (int i = 0; i < Fields.size(); ++i) {
                 while (pWizard->currentId() != Fields[i].page) {
@@ -403,7 +394,7 @@ private Q_SLOTS:
         });
         QVERIFY(bSaved);
         QCOMPARE(watcher.texts().size(), 1 + Fields.size());
-        QCOMPARE(root().read(QStringLiteral("/applied")),
+        QCOMPARE(root().read("/applied"),
                  QByteArray("[network]\ndefault_gateway=10.0.0.1\n"
                             "dnsserver1=10.0.0.2\ndnsserver2=10.0.0.3\n"
                             "eth0.ip=10.0.0.9\neth0.mode=static\neth0.netmask=255.0.0.0\n"));

@@ -19,19 +19,23 @@ protected:
     std::unique_ptr<QWidget> pParent;
     std::unique_ptr<VeltaWizard> pWizard;
 
-    VeltaWizard &create()
+    void create(const QByteArray &settings = StaticSettings)
     {
+        writeSettings(settings);
         pParent = std::make_unique<QWidget>();
         pParent->setWindowFlags(Qt::FramelessWindowHint);
         pParent->showFullScreen();
         [this] { QVERIFY(QTest::qWaitForWindowActive(pParent.get())); }();
         pWizard = std::make_unique<VeltaWizard>(pParent.get());
-        return *pWizard;
     }
 
-    // Runs the wizard; the steps are taken one after the other inside its event loop.
+    // Runs the wizard that was created, else one of StaticSettings; the steps are taken one after
+    // the other inside its event loop.
     bool run(const std::function<void()> &steps)
     {
+        if (!pWizard) {
+            create();
+        }
         QTimer::singleShot(0, pWizard.get(), [this, steps] {
             steps();
             if (pWizard->isVisible()) {
@@ -62,10 +66,7 @@ protected:
     }
     void toSummary() { toPage(SummaryPageId); }
 
-    void toggleMode()
-    {
-        QTest::mouseClick(find(QStringLiteral("NetOpModeSelectButton")), Qt::LeftButton);
-    }
+    void toggleMode() { QTest::mouseClick(find("NetOpModeSelectButton"), Qt::LeftButton); }
 
     QStringList changes() const
     {
@@ -89,10 +90,10 @@ protected:
     {
         const auto nLength = openKeyboard()->lineEdit()->displayText().size();
         for (int i = 0; i < nLength; ++i) {
-            touch(key(QStringLiteral("right")));
+            touch(key("right"));
         }
         for (int i = 0; i < nLength; ++i) {
-            touch(key(QStringLiteral("backspace")));
+            touch(key("backspace"));
         }
         for (const QChar c : text) {
             touch(key(c == u'>'       ? QStringLiteral("right")
