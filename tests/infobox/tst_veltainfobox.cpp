@@ -86,23 +86,20 @@ QString faults(const QSize &screen)
     if (!QRect(QPoint(), screen).contains(box)) {
         found += QStringLiteral("outside the screen");
     }
-    if (box.topLeft()
-        != QPoint((screen.width() - box.width()) / 2, (screen.height() - box.height()) / 2)) {
+    const QSize rest = screen - box.size();
+    if (box.topLeft() != QPoint(rest.width() / 2, rest.height() / 2)) {
         found += QStringLiteral("not in the middle");
     }
     const auto widgets = pDialog->findChildren<QWidget *>();
     for (const QWidget *pWidget : widgets) {
-        if (!pWidget->isVisible()) {
-            continue;
-        }
         const bool bHasText =
             qobject_cast<const QLabel *>(pWidget) || qobject_cast<const QAbstractButton *>(pWidget);
-        const QSize least = pWidget->minimumSizeHint();
-        if (!pDialog->rect().contains(QRect(pWidget->mapTo(pDialog, QPoint()), pWidget->size()))
-            || (bHasText
-                && (pWidget->width() < least.width() || pWidget->height() < least.height()))) {
-            found +=
-                QStringLiteral("clipped: ") + QLatin1String(pWidget->metaObject()->className());
+        const QRect place(pWidget->mapTo(pDialog, QPoint()), pWidget->size());
+        const QSize least = bHasText ? pWidget->minimumSizeHint() : QSize();
+        if (pWidget->isVisible()
+            && (!pDialog->rect().contains(place)
+                || place.size().expandedTo(least) != place.size())) {
+            found += "clipped: " + QString(pWidget->metaObject()->className());
         }
     }
     return found.join(QLatin1String(", "));

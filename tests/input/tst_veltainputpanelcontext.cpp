@@ -10,35 +10,21 @@ class TestVeltaInputPanelContext : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void okWritesCancelDoesNot_data()
-    {
-        columns<QString, QString, QString, QString, QString>("mode", "mask", "text", "keys",
-                                                             "result");
-        row("no mask", "NumInput", QString(), "12", "3.", "123.");
-        row("address", "", AddressMask, "192.168.0.1", "<<5", "192.168.0.15");
-        row("password", "NumInputPW", PasswordMask, QString(), "4711", "4711");
-    }
     void okWritesCancelDoesNot()
     {
-        QFETCH(QString, mode);
-        QFETCH(QString, mask);
-        QFETCH(QString, text);
-        QFETCH(QString, keys);
-        KeyboardFixture keyboard(mode, text, mask, 20);
+        KeyboardFixture keyboard("NumInput", "12");
         QSignalSpy okay(keyboard.pContext.get(), &VeltaInputPanelContext::input_okay);
         QSignalSpy canceled(keyboard.pContext.get(), &VeltaInputPanelContext::input_canceled);
-        const QString before = keyboard.target.displayText();
-
-        keyboard.type(keys);
+        keyboard.type("3.");
         keyboard.touch("cancel");
-        QCOMPARE(keyboard.target.displayText(), before);
+        QCOMPARE(keyboard.target.text(), QStringLiteral("12"));
         QVERIFY(!keyboard.pContext->isVisible());
 
         keyboard.pContext->showPanel();
         QVERIFY(QTest::qWaitForWindowActive(keyboard.pContext.get()));
-        keyboard.type(keys);
+        keyboard.type("3.");
         keyboard.touch("ok");
-        QTEST(keyboard.target.text(), "result");
+        QCOMPARE(keyboard.target.text(), QStringLiteral("123."));
         QVERIFY(!keyboard.pContext->isVisible());
         QCOMPARE(okay.count(), 1);
         QCOMPARE(canceled.count(), 1);

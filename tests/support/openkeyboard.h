@@ -1,6 +1,18 @@
 #pragma once
 
-class VeltaInputPanel;
+#include "input/veltainputpanel.h"
+
+#include <QApplication>
 
 /// The on-screen keyboard that is open; null when none is.
-VeltaInputPanel *openKeyboard();
+inline VeltaInputPanel *openKeyboard()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (const QWidget *pWindow : windows) {
+        auto *pPanel = pWindow->findChild<VeltaInputPanel *>();
+        if (pPanel && pPanel->isVisible()) {
+            return pPanel;
+        }
+    }
+    return nullptr;
+}
