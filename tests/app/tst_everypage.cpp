@@ -29,23 +29,6 @@ bool isKnown(const QString &screen, const QString &view, const QString &defect)
     return known.match(screen + ' ' + view + ' ' + defect).hasMatch();
 }
 
-QSize textSize(const QLabel &label)
-{
-    if (Qt::mightBeRichText(label.text()) && label.textFormat() != Qt::PlainText) {
-        QTextDocument document;
-        document.setDefaultFont(label.font());
-        document.setDocumentMargin(0);
-        document.setHtml(label.text());
-        document.setTextWidth(label.wordWrap() ? label.width() : -1);
-        return QSize(int(document.idealWidth()), int(document.size().height()));
-    }
-    const int nFlags = label.wordWrap() ? int(Qt::TextWordWrap) : 0;
-    const int nWidth = label.wordWrap() ? label.contentsRect().width() : QWIDGETSIZE_MAX;
-    return label.fontMetrics()
-        .boundingRect(QRect(0, 0, nWidth, QWIDGETSIZE_MAX), nFlags, label.text().trimmed())
-        .size();
-}
-
 /// A line of text is whole when its ink is: what surrounds it may be cut.
 bool showsLine(const QLabel &label)
 {
@@ -64,7 +47,8 @@ bool showsItsText(const QWidget &widget)
     };
     const QFontMetrics metrics = widget.fontMetrics();
     if (const auto *pLabel = qobject_cast<const QLabel *>(&widget)) {
-        return (!pLabel->wordWrap() && showsLine(*pLabel)) || holds(textSize(*pLabel), 0);
+        return pLabel->wordWrap() ? pLabel->heightForWidth(pLabel->width()) <= pLabel->height()
+                                  : showsLine(*pLabel) || holds(pLabel->sizeHint(), 0);
     }
     if (const auto *pButton = qobject_cast<const QAbstractButton *>(&widget)) {
         return pButton->text().isEmpty()

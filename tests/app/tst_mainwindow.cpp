@@ -7,12 +7,7 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
-#include <QApplication>
-#include <QLCDNumber>
-#include <QLabel>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QWizard>
+#include <QtWidgets>
 
 #include <sys/stat.h>
 

@@ -3,9 +3,7 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
-#include <QDialog>
-#include <QKeyEvent>
-#include <QPushButton>
+#include <QtWidgets>
 
 namespace {
 
@@ -20,8 +18,8 @@ protected:
     {
         if (pEvent->type() == QEvent::KeyPress || pEvent->type() == QEvent::KeyRelease) {
             const auto *pKey = static_cast<QKeyEvent *>(pEvent);
-            log += (pEvent->type() == QEvent::KeyPress ? QStringLiteral("+%1/%2/%3")
-                                                       : QStringLiteral("-%1/%2/%3"))
+            log += QStringLiteral("%1%2/%3/%4")
+                       .arg(pEvent->type() == QEvent::KeyPress ? QChar('+') : QChar('-'))
                        .arg(pKey->key(), 0, 16)
                        .arg(pKey->text())
                        .arg(pKey->modifiers());

@@ -20,15 +20,12 @@ struct Buffer
     Buffer() { bytes.fill(Untouched); }
     char *data() { return bytes.data(); }
     QByteArray text() const { return {bytes.data(), qsizetype(qstrnlen(bytes.data(), Size))}; }
-    bool isGuardIntact() const
+    bool isUntouched(std::size_t from = 0) const
     {
-        return std::all_of(bytes.begin() + Size, bytes.end(),
+        return std::all_of(bytes.begin() + from, bytes.end(),
                            [](char c) { return c == Untouched; });
     }
-    bool isUntouched() const
-    {
-        return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c == Untouched; });
-    }
+    bool isGuardIntact() const { return isUntouched(Size); }
 };
 
 using Status = Buffer<RCTRL_STATUS_SIZE>;

@@ -173,24 +173,15 @@ private Q_SLOTS:
     void buttonsAreHiddenOnce()
     {
         run([&] {
-            const auto visible = [this] {
-                QList<bool> states;
-                for (const auto which :
-                     {QWizard::BackButton, QWizard::CustomButton1, QWizard::CancelButton,
-                      QWizard::NextButton, QWizard::FinishButton}) {
-                    states += pWizard->button(which)->isVisible();
-                }
-                return states;
-            };
-            const QList<bool> before = visible();
+            const QList<bool> before = buttonsVisible();
             QVERIFY(before.contains(true));
             pWizard->RestoreButtons();
-            QCOMPARE(visible(), before);
+            QCOMPARE(buttonsVisible(), before);
             pWizard->HideButtons();
             pWizard->HideButtons();
-            QVERIFY(!visible().contains(true));
+            QVERIFY(!buttonsVisible().contains(true));
             pWizard->RestoreButtons();
-            QCOMPARE(visible(), before);
+            QCOMPARE(buttonsVisible(), before);
         });
     }
 

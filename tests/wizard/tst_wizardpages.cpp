@@ -25,13 +25,6 @@ const QList<Field> Fields = {
 
 const QByteArray Protection = "[options]\nconfig_passwd=1234\nconfig_protection_enabled=1\n";
 
-QString wrongPassword(const QString &note)
-{
-    return QStringLiteral("Error -226: Password incorrect. Please enter correct password to enter "
-                          "configuration")
-        + note;
-}
-
 } // namespace
 
 class WizardPagesTest : public WizardTest
@@ -53,17 +46,6 @@ private:
         return openKeyboard()->findChild<QLabel *>("panelLabel")->text();
     }
     QString label(const char *name) const { return find<QLabel>(QLatin1String(name))->text(); }
-    bool anyWizardButtonVisible() const
-    {
-        for (const auto which : {QWizard::BackButton, QWizard::CancelButton, QWizard::NextButton,
-                                 QWizard::FinishButton}) {
-            if (pWizard->button(which)->isVisible()) {
-                return true;
-            }
-        }
-        return false;
-    }
-
     // The operator's hand on the screen or, with bKeys, on a keypad without a touchscreen.
     bool bKeys = false;
 
@@ -299,7 +281,7 @@ private Q_SLOTS:
             QCOMPARE(pWizard->currentId(), int(ProtectionPageId));
             for (const QString &entry : entries.split(u',')) {
                 QTRY_VERIFY(openKeyboard());
-                QVERIFY(!anyWizardButtonVisible());
+                QVERIFY(!buttonsVisible().contains(true));
                 QCOMPARE(keyboardCaption(), QStringLiteral("Password: "));
                 QCOMPARE(openKeyboard()->lineEdit()->text(), QString());
                 if (entry == QLatin1String("timeout")) {
@@ -330,12 +312,12 @@ private Q_SLOTS:
             }
         });
         QTRY_VERIFY(pParent->isActiveWindow()); // keys go on working
-        const QStringList notes = {". You have 2 tries left.", ". You have 1 try left.", "."};
-        QStringList texts;
-        for (const QString &note : notes.first(boxes)) {
-            texts += wrongPassword(note);
-        }
-        QCOMPARE(watcher.texts(), texts);
+        const QString wrong =
+            "Error -226: Password incorrect. Please enter correct password to enter "
+            "configuration";
+        const QStringList texts = {wrong + ". You have 2 tries left.",
+                                   wrong + ". You have 1 try left.", wrong + "."};
+        QCOMPARE(watcher.texts(), texts.first(boxes));
     }
 
     // Not even a screenshot of the page behind the keyboard shows what was entered.

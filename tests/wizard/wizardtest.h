@@ -51,6 +51,17 @@ protected:
         return pWizard->findChild<Widget *>(name);
     }
 
+    /// Which of the wizard's buttons can be seen.
+    QList<bool> buttonsVisible() const
+    {
+        QList<bool> states;
+        for (const auto which : {QWizard::BackButton, QWizard::CustomButton1, QWizard::CancelButton,
+                                 QWizard::NextButton, QWizard::FinishButton}) {
+            states += pWizard->button(which)->isVisible();
+        }
+        return states;
+    }
+
     void press(QWizard::WizardButton which)
     {
         QAbstractButton *pButton = pWizard->button(which);
