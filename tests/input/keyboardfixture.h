@@ -20,11 +20,11 @@ struct KeyboardFixture
         const QSize screen = QGuiApplication::primaryScreen()->size();
         main.resize(screen);
         main.show();
-        target.setWhatsThis(mode);
-        target.setInputMask(mask);
-        target.setText(text);
-        pContext = std::make_unique<VeltaInputPanelContext>(&target, &label, false, timeoutSeconds,
-                                                            screen.width(), screen.height());
+        pTarget->setWhatsThis(mode);
+        pTarget->setInputMask(mask);
+        pTarget->setText(text);
+        pContext = std::make_unique<VeltaInputPanelContext>(
+            pTarget.get(), &label, false, timeoutSeconds, screen.width(), screen.height());
         pPanel = pContext->findChild<VeltaInputPanel *>();
         pDisplay = pPanel->lineEdit();
         pContext->showPanel();
@@ -85,7 +85,7 @@ struct KeyboardFixture
     void call(const char *slot) const { QMetaObject::invokeMethod(pPanel, slot); }
 
     QWidget main;
-    QLineEdit target{&main};
+    std::unique_ptr<QLineEdit> pTarget = std::make_unique<QLineEdit>(&main);
     QLabel label{QStringLiteral("Address: "), &main};
     std::unique_ptr<VeltaInputPanelContext> pContext;
     VeltaInputPanel *pPanel = nullptr;

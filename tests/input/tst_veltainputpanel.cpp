@@ -76,7 +76,7 @@ private Q_SLOTS:
         }
         QCOMPARE(shown.size(), valueKeys);
         keyboard.touch(mode.startsWith("Num") ? "ok" : mode.startsWith("Hex") ? "hok" : "aok");
-        QCOMPARE(keyboard.target.text(), shown);
+        QCOMPARE(keyboard.pTarget->text(), shown);
     }
 
     void letterLevels()

@@ -31,7 +31,8 @@ private Q_SLOTS:
     {
         int nIndex = 0;
         for (const QSize size : panelScreenSizes()) {
-            QCOMPARE(VeltaUtils::resolutionIndex(size.width(), size.height()), ++nIndex);
+            QCOMPARE(screenSize(++nIndex), size);
+            QCOMPARE(VeltaUtils::resolutionIndex(size.width(), size.height()), nIndex);
             for (const auto rule :
                  {UnlistedHeightAt800::As800x480, UnlistedHeightAt800::As800x600}) {
                 QCOMPARE(screenClass(size.width(), size.height(), rule).nIndex, nIndex);
