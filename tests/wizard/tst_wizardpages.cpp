@@ -46,6 +46,7 @@ private:
         return openKeyboard()->findChild<QLabel *>("panelLabel")->text();
     }
     QString label(const char *name) const { return find<QLabel>(QLatin1String(name))->text(); }
+
     // The operator's hand on the screen or, with bKeys, on a keypad without a touchscreen.
     bool bKeys = false;
 
