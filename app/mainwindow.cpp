@@ -13,6 +13,7 @@
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
 #include "settings/fittedfont.h"
+#include "settings/settingsrecord.h"
 #include "settings/veltautils.h"
 #include "ui_mainwindow.h"
 #include "wizard/veltawizard.h"

@@ -46,22 +46,25 @@ void PanelStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *pOp
     }
     QStyleOptionButton button(*pButton);
     button.palette = sharedPalette(pButton->palette);
-    button.state &= ~State_MouseOver;
+    button.state &= ~State_MouseOver; // after a touch it would mark a password's last digit
     QProxyStyle::drawPrimitive(element, &button, pPainter, pWidget);
 }
 
-// The palette of the same colours that was seen first.
-const QPalette &PanelStyle::sharedPalette(const QPalette &palette) const
+// The palette of the same colours that was seen first. Fusion keeps the picture of a button under
+// the number of its palette, of which every widget has its own: no opening of a dialog would find
+// the pictures of an earlier one, and the cache never forgets their names.
+QPalette PanelStyle::sharedPalette(const QPalette &palette) const
 {
-    const auto it = std::find(palettes.cbegin(), palettes.cend(), palette);
-    if (it != palettes.cend()) {
-        return *it;
+    auto it = std::find(palettes.cbegin(), palettes.cend(), palette);
+    if (it == palettes.cend()) {
+        if (palettes.size() == MostPalettes) {
+            palettes.removeFirst();
+        }
+        it = palettes.insert(palettes.cend(), palette);
     }
-    if (palettes.size() == MostPalettes) {
-        palettes.removeFirst();
-    }
-    palettes.append(palette);
-    return palettes.constLast();
+    QPalette shared = *it;
+    shared.setCurrentColorGroup(palette.currentColorGroup()); // equal palettes may differ in it
+    return shared;
 }
 
 void PanelStyle::drawControl(ControlElement element, const QStyleOption *pOption,

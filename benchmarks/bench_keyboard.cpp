@@ -23,8 +23,6 @@
 
 namespace {
 
-constexpr int ScreenWidth = 800;
-constexpr int ScreenHeight = 480;
 constexpr int Openings = 30;
 constexpr double Goal = 2;
 

@@ -181,7 +181,8 @@ bool isGrown(const char *what, int nSince, qint64 nGrowth, qint64 nAllowed)
     return bGrown;
 }
 
-bool isGrown(int nSince, const Memory &before, const Memory &now, qint64 nHeap, qint64 nResident)
+bool reportGrowth(int nSince, const Memory &before, const Memory &now, qint64 nHeap,
+                  qint64 nResident)
 {
     const bool bHeap = isGrown("heap", nSince, now.nHeap - before.nHeap, nHeap);
     const bool bResident = isGrown("RSS", nSince, now.nResident - before.nResident, nResident);
@@ -223,8 +224,8 @@ int measure(int nPasses)
         }
     }
     const bool bEarly =
-        isGrown(SettledAfter, settled, now, MostHeapForCaches, MostResidentForCaches);
-    const bool bLate = isGrown(nPasses / 2, halfway, now, MostHeapNoise, MostResidentNoise);
+        reportGrowth(SettledAfter, settled, now, MostHeapForCaches, MostResidentForCaches);
+    const bool bLate = reportGrowth(nPasses / 2, halfway, now, MostHeapNoise, MostResidentNoise);
     return bEarly || bLate ? 1 : 0;
 }
 

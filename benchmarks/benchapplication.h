@@ -7,6 +7,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+constexpr int ScreenWidth = 800; // pixels
+constexpr int ScreenHeight = 480;
+
 /// The application object of a measurement: as the program makes it, on an empty device root and,
 /// unless the environment says otherwise, on an offscreen display of 800 x 480.
 class BenchApplication
@@ -35,8 +38,12 @@ private:
             if (!screen.open(QIODevice::WriteOnly)) {
                 qFatal("cannot write %s", qPrintable(path));
             }
-            screen.write(R"({"screens":[{"name":"panel","x":0,"y":0,"width":800,"height":480,)"
-                         R"("logicalDpi":96,"logicalBaseDpi":96,"dpr":1}]})");
+            screen.write(
+                QStringLiteral(R"({"screens":[{"name":"panel","x":0,"y":0,"width":%1,)"
+                               R"("height":%2,"logicalDpi":96,"logicalBaseDpi":96,"dpr":1}]})")
+                    .arg(ScreenWidth)
+                    .arg(ScreenHeight)
+                    .toUtf8());
             qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + QFile::encodeName(path));
         }
         prepareEnvironment();

@@ -78,7 +78,7 @@ InputPanelFrame inputPanelFrame(const QSize &screen)
     const bool bUpright = screen.height() > screen.width();
     frame.groupBox = {bUpright ? width - 10 : height * 133 / 100 - (bWide ? 0 : 10),
                       height - (height > LowestScreen ? 20 : 10)};
-    // Cuts on sizes alone that are no usual screen.
+    // Has an effect only on sizes that no usual screen has.
     frame.groupBox = frame.groupBox.boundedTo(frame.panel - QSize(10, 10));
     frame.nPadHeadroom = !bWide && width > 360 ? 40 : 0;
     return frame;

@@ -606,7 +606,7 @@ bool VeltaInputPanel::eventFilter(QObject *watched, QEvent *event)
 {
     // By itself the style marks the focused key only after a Tab key, which a keypad has not. A
     // touched key stays unmarked: it may be a digit of the password.
-    if (event->type() == QEvent::MouseButtonPress) {
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick) {
         markFocus(false);
     } else if (event->type() == QEvent::FocusIn) {
         const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();

@@ -100,7 +100,7 @@ void VeltaInputPanelContext::coverScreen(QSize requested)
     if (requested.isEmpty() && pTarget) {
         requested = pTarget->window()->size();
     }
-    // An area larger than the screen and centred on it would stick out on all sides.
+    // Larger than the screen it would stick out on all sides.
     setFixedSize(requested.boundedTo(area.size()));
     move(area.topLeft());
 }

@@ -16,7 +16,7 @@ class InputFilter : public QObject
 public:
     bool eventFilter(QObject *, QEvent *pEvent) override
     {
-        return pEvent->isInputEvent() || pEvent->type() == QEvent::ShortcutOverride;
+        return pEvent->isInputEvent() || pEvent->type() == QEvent::Shortcut;
     }
 };
 

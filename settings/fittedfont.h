@@ -15,5 +15,6 @@ QFont fittedFont(const QFont &font, const QString &text, int nWidth);
 /// The same, until the text fits into \a room in height as well.
 QFont fittedFont(const QFont &font, const QString &text, const QSize &room);
 
-/// The same, until \a fits says so, which is asked for each font in turn.
+/// The same, until \a fits says so. It is asked for each font in turn; the last one that it was
+/// asked for is the one returned.
 QFont fittedFont(const QFont &font, const std::function<bool(const QFont &)> &fits);

@@ -5,8 +5,9 @@
 
 class QWidget;
 
-/// Where a changed configuration is handed to the system configuration tool.
+/// The device's settings, which are only read.
 inline constexpr QLatin1String SettingsPath("/etc/settings.ini");
+/// Where a changed configuration is handed to the system configuration tool.
 inline constexpr QLatin1String NewSettingsPath("/tmp/newsettings.ini");
 
 /// Adapts widgets to the screen they are shown on, and runs the system configuration tool.

@@ -76,8 +76,8 @@ void SummaryPage::buildChangeList()
     }
 }
 
-// On the smallest screens with all lines there: the list can be scrolled by touch alone, and who
-// saves shall see everything that is saved.
+// Who saves shall see everything that is saved, and only a finger can scroll the list: its font
+// gets smaller until all lines fit.
 void SummaryPage::fitChangeList()
 {
     bFitting = true;
@@ -91,7 +91,7 @@ void SummaryPage::fitChangeList()
 
 bool SummaryPage::eventFilter(QObject *pWatched, QEvent *pEvent)
 {
-    // A scroll bar that comes or goes is of its own doing.
+    // Fitting itself resizes the viewport, when the scroll bar comes or goes.
     if (pEvent->type() == QEvent::Resize && !bFitting) {
         fitChangeList();
     }

@@ -6,10 +6,9 @@
 
 #include <memory>
 
+class QStyle;
 class VeltaSettings;
 class VeltaWizard;
-
-class QStyle;
 namespace Ui {
 class VeltaSummaryForm;
 }

@@ -3,6 +3,7 @@
 #include "app/veltakbdinput.h"
 #include "infobox/veltainfobox.h"
 #include "settings/errorcatalogue.h"
+#include "settings/veltautils.h"
 #include "wizard/dnssettingspage.h"
 #include "wizard/ipaddressespage.h"
 #include "wizard/netopmodesettingspage.h"
@@ -12,6 +13,7 @@
 
 #include <QAbstractButton>
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QScreen>
 
 #include <algorithm>
@@ -221,7 +223,7 @@ void VeltaWizard::applyGeometry()
     }
     const QSize room = QSize(record.nScreenWidth[record.nResolutionIndex],
                              record.nScreenHeight[record.nResolutionIndex])
-                           .boundedTo(screen()->size());
+                           .boundedTo(QGuiApplication::primaryScreen()->size());
     if (room.width() > width() || room.height() > height()) {
         move((room.width() - width()) / 2, (room.height() - height()) / 2);
     }

@@ -238,7 +238,6 @@ private:
     }
 
 private Q_SLOTS:
-
     void everyPage_data()
     {
         columns<QSize, int>("screen", "dpi");

@@ -345,6 +345,8 @@ private Q_SLOTS:
             // The last one as a finger, which leaves the pointer over the key.
             QTest::mouseClick(keyboard.pContext->windowHandle(), Qt::LeftButton, {},
                               keyboard.centre(digits.last(1)));
+            QFocusEvent afterBox(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
+            QCoreApplication::sendEvent(keyboard.key(digits.last(1)), &afterBox);
             keyboard.pDisplay->findChild<QTimer *>()->stop();
             return keyboard.pDisplay->text() == digits ? keyboard.pPanel->grab().toImage()
                                                        : QImage();

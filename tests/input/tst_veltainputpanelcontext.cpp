@@ -141,6 +141,7 @@ private Q_SLOTS:
         const KeyboardFixture keyboard("NumInputPW", "", PasswordMask, 20);
         QSignalSpy okay(keyboard.pContext.get(), &VeltaInputPanelContext::input_okay);
         QSignalSpy canceled(keyboard.pContext.get(), &VeltaInputPanelContext::input_canceled);
+        keyboard.touch("7");
         QPushButton *pOk = keyboard.key("ok");
         pOk->setFocus();
         // Two presses were under way when the first one closed the keyboard.
@@ -150,6 +151,8 @@ private Q_SLOTS:
         keyboard.key("cancel")->click();
         QCOMPARE(okay.count(), 1);
         QCOMPARE(canceled.count(), 0);
+        QCOMPARE(keyboard.pTarget->text(), "7");
+        QCOMPARE(keyboard.pDisplay->text(), ""); // the password stays nowhere else
     }
 
     void keyboardGrab_data()

@@ -152,7 +152,7 @@ private Q_SLOTS:
             root().write("/tmp/newsettings.ini/in-the-way", "");
         }
         const WaitingReturn keyboard;
-        BoxWatcher watcher(100);
+        BoxWatcher watcher(100); // later than the waiting key
         const bool bResult = run([&] {
             if (change) {
                 toggleMode();
