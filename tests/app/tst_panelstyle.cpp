@@ -18,6 +18,8 @@ private:
         button.state = state | QStyle::State_Raised;
         button.features = QStyleOptionButton::DefaultButton;
         button.palette = QPalette(Qt::lightGray); // with a number of its own
+        button.palette.setColor(QPalette::Active, QPalette::Highlight, Qt::blue);
+        button.palette.setColor(QPalette::Disabled, QPalette::Highlight, Qt::gray);
         button.palette.setCurrentColorGroup(state & QStyle::State_Enabled ? QPalette::Active
                                                                           : QPalette::Disabled);
         QImage image(button.rect.size(), QImage::Format_ARGB32_Premultiplied);
