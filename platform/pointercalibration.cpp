@@ -3,11 +3,12 @@
 #include "platform/touchscreenpaths.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QSaveFile>
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -25,18 +26,21 @@ constexpr int LinkLimit = 128;
 /// and stay, whether the file is written or removed.
 QString resolvedFile()
 {
-    QFileInfo file(pointerCalibrationFile());
-    for (int i = 0; i < LinkLimit && file.isSymLink(); ++i) {
-        file.setFile(file.symLinkTarget());
+    std::filesystem::path file(QFile::encodeName(pointerCalibrationFile()).constData());
+    std::error_code error;
+    for (int i = 0; i < LinkLimit && is_symlink(file, error); ++i) {
+        file = file.parent_path() / read_symlink(file, error);
     }
-    return file.filePath();
+    // QSaveFile takes ".." away with the name before it, wrongly where that is a link itself.
+    const std::filesystem::path resolved = weakly_canonical(file, error);
+    return QFile::decodeName((error ? file : resolved).c_str());
 }
 
 } // namespace
 
 PointerCalibration::File PointerCalibration::readFile()
 {
-    QFile file(resolvedFile());
+    QFile file(pointerCalibrationFile());
     if (file.open(QIODevice::ReadOnly)) {
         const QByteArray content = file.read(FileLimit + 1);
         if (file.error() == QFileDevice::NoError && content.size() <= FileLimit) {
