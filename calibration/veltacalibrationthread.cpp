@@ -8,18 +8,12 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <span>
 #include <tslib.h>
 
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr int GlideSteps = 10;
-constexpr auto GlideInterval = 50ms;
-/// How long a verdict stays on the screen before something else is shown.
-constexpr auto VerdictPause = 500ms;
 
 /// Slots for the samples of a touch; the last one takes all samples that come after them.
 constexpr std::size_t SampleSlots = 128;
@@ -29,7 +23,10 @@ constexpr int FixedPointOne = 1 << FixedPointShift;
 
 } // namespace
 
-VeltaCalibrationThread::VeltaCalibrationThread(QObject *parent) : QThread(parent)
+VeltaCalibrationThread::VeltaCalibrationThread(QObject *parent,
+                                               std::chrono::milliseconds glideInterval,
+                                               std::chrono::milliseconds verdictPause)
+    : QThread(parent), interval(glideInterval), pause(verdictPause)
 { }
 
 VeltaCalibrationThread::~VeltaCalibrationThread()
@@ -123,7 +120,7 @@ bool VeltaCalibrationThread::glideToTarget()
         Q_EMIT updateScreenpos(nOriginX >> FixedPointShift, nOriginY >> FixedPointShift, Qt::green);
         nOriginX += stepX;
         nOriginY += stepY;
-        if (!sampler.pause(GlideInterval)) {
+        if (!sampler.pause(interval)) {
             return false;
         }
     }
@@ -179,10 +176,10 @@ short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *pRawX, int *pRawY)
 
     if (reference != RawPoint() && isSamePlace(reference, position, nTolerance)) {
         showTarget(Qt::red);
-        return sampler.pause(VerdictPause) ? 0 : PointStopped;
+        return sampler.pause(pause) ? 0 : PointStopped;
     }
     showTarget(Qt::green);
-    if (sName == QLatin1String(CenterPointName) && !sampler.pause(VerdictPause)) {
+    if (sName == QLatin1String(CenterPointName) && !sampler.pause(pause)) {
         return PointStopped;
     }
     return 0;

@@ -8,6 +8,7 @@
 #include <QThread>
 
 #include <atomic>
+#include <chrono>
 
 struct tsdev;
 
@@ -28,7 +29,14 @@ class VeltaCalibrationThread : public QThread
     Q_OBJECT
 
 public:
-    explicit VeltaCalibrationThread(QObject *parent = nullptr);
+    /// Time of each of the ten steps in which the crosshair glides to its next place.
+    static constexpr std::chrono::milliseconds GlideInterval{50};
+    /// How long a verdict stays on the screen before something else is shown.
+    static constexpr std::chrono::milliseconds VerdictPause{500};
+
+    explicit VeltaCalibrationThread(QObject *parent = nullptr,
+                                    std::chrono::milliseconds glideInterval = GlideInterval,
+                                    std::chrono::milliseconds verdictPause = VerdictPause);
     /// Stops and joins the thread.
     ~VeltaCalibrationThread() override;
 
@@ -67,6 +75,8 @@ private:
     void showTarget(Qt::GlobalColor colour);
 
     TouchSampler sampler;
+    std::chrono::milliseconds interval; ///< of gliding
+    std::chrono::milliseconds pause; ///< after a verdict
     tsdev *pTouchscreen = nullptr;
     CalibrationRecord *pRecord = nullptr;
     int nIndex = 0;
