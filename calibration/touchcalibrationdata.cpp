@@ -23,6 +23,7 @@ using namespace std::chrono_literals;
 
 /// How long a remount may take, a slow flash with much to write back included.
 constexpr auto MountLimit = 20s;
+
 } // namespace
 
 TouchCalibrationData::TouchCalibrationData()
@@ -113,6 +114,7 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &pairs, boo
     if (!bRestore && code == 0) {
         bRestoreDue = false;
     } else if (!bRestore && code == RemountFailed) {
+        // The pointer's calibration is cleared, and nothing has come in its place.
         bRestoreDue = bBackupLoaded;
     }
     if (bRemounted) {

@@ -54,7 +54,8 @@ public:
     /// the operator has been told, is no failure of the restore.
     short restoreOldCalibration();
     /// Remounts the file system of the pointer calibration file's directory, for writing (unless
-    /// the directory is writable) or for reading only. The operator is told of a failure.
+    /// the directory is writable) or for reading only. The operator is told of a failure. Where
+    /// the file is a symbolic link, this is the link's directory, not its target's.
     short makeCalibrationWritable(bool bWritable);
     /// Result of a remount that could not run.
     static constexpr short RemountFailed = -1;
@@ -64,11 +65,11 @@ public:
 
     int nScreenWidth = 0; ///< pixels, set at the start of a run
     int nScreenHeight = 0; ///< pixels, set at the start of a run
-    bool bBackupLoaded = false; ///< a backup is held
     tsdev *pTouchscreen = nullptr; ///< open only during a run
     CalibrationRecord points; ///< measured in this run
 
 private:
+    bool bBackupLoaded = false; ///< a backup is held
     bool bRemounted = false;
     bool bRestoreDue = false;
     bool bSilent = false;

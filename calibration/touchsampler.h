@@ -16,8 +16,10 @@ public:
         Failed ///< the touchscreen cannot be read (any more)
     };
 
+    /// About five seconds of a device that has data but no sample.
+    static constexpr int FruitlessReads = 500;
     /// \a nFruitlessReads: see read().
-    explicit TouchSampler(int nFruitlessReads = 500);
+    explicit TouchSampler(int nFruitlessReads = FruitlessReads);
     ~TouchSampler();
     TouchSampler(const TouchSampler &) = delete;
     TouchSampler &operator=(const TouchSampler &) = delete;

@@ -61,7 +61,7 @@ private:
 
     TouchCalibrationData data;
     CalibrationRecord sampled; ///< filled by the thread, copied when a point is complete
-    VeltaCalibrationThread thread;
+    VeltaCalibrationThread thread; ///< a child as well: so a test finds it
     int nPoints = 0; ///< points finished in this run
     int nCrossX = 0;
     int nCrossY = 0;

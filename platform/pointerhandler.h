@@ -16,7 +16,8 @@ struct tsdev;
 /// tslib reads, filters and calibrates the samples; press, move and release go to the topmost
 /// window at their position and stay with it until the release, which has the position of the last
 /// touch. Nothing here blocks: the device is read when it has data. A device that vanishes is
-/// closed after one warning and tried again by resume(). GUI thread only.
+/// closed after one warning; every resume() tries to open it again, and warns when it cannot. GUI
+/// thread only.
 class PointerHandler : public QObject
 {
     Q_OBJECT
@@ -30,9 +31,11 @@ public:
     bool open();
 
     /// Stops reading, so that someone else can read the device; a touch that is down is released.
-    /// The device stays open and configured: whatever happens meanwhile, resume() needs nothing.
+    /// The device stays open and configured, but a grab of it is given up, also when nobody else is
+    /// going to read: until resume() any program can have the touches.
     void suspend();
-    /// Reads again. Samples from before are thrown away.
+    /// Reads again, with the grab that suspend() has given up. Samples from before are thrown away.
+    /// A device that is closed, or found to have vanished now, is opened anew.
     void resume();
     bool isSuspended() const { return bSuspended; }
 

@@ -4,6 +4,7 @@
 
 #include <QFile>
 
+#include <cerrno>
 #include <fcntl.h>
 #include <linux/input.h>
 #include <sys/ioctl.h>
@@ -22,10 +23,15 @@ tsdev *openTslibDevice(bool bNonBlocking)
 
 bool releaseGrab(tsdev *pDevice)
 {
-    return ioctl(ts_fd(pDevice), EVIOCGRAB, 0) == 0;
+    // tslib does not learn of it: when it closes the device it prints "Unable to un-grab".
+    return ioctl(ts_fd(pDevice), EVIOCGRAB, 0UL) == 0;
 }
 
 void takeGrab(tsdev *pDevice)
 {
-    ioctl(ts_fd(pDevice), EVIOCGRAB, 1);
+    // One that has been unplugged is found out by the next read.
+    if (ioctl(ts_fd(pDevice), EVIOCGRAB, 1UL) != 0 && errno != ENODEV) {
+        qWarning("Cannot take the touches back from other readers: %s",
+                 qPrintable(qt_error_string(errno)));
+    }
 }

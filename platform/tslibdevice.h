@@ -12,6 +12,6 @@ tsdev *openTslibDevice(bool bNonBlocking);
 /// Lets other readers have the touches of \a pDevice, which tslib takes for itself at the first
 /// read when its configuration says "grab_events=1". Returns false when it had not taken them.
 bool releaseGrab(tsdev *pDevice);
-/// Takes the touches back after a releaseGrab() that returned true. tslib does so by itself only
-/// after a ts_reconfig().
+/// Takes the touches back after a releaseGrab() that returned true; one warning line when another
+/// reader has them. tslib does so by itself only after a ts_reconfig().
 void takeGrab(tsdev *pDevice);

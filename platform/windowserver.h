@@ -54,10 +54,11 @@ public:
     void clearCalibration();
     /// Computes the calibration from \a data, uses it at once and writes the pointer calibration
     /// file (replaced whole). With \a bRestore and data that getCalibration() handed out it
-    /// reinstates the calibration of that moment exactly, the bytes of the file included. Returns
-    /// false when the points are degenerate or the file cannot be written (one warning line). The
-    /// file is then as before; a calibration to be restored is in force nevertheless, else the one
-    /// from before is again, also after clearCalibration().
+    /// reinstates the calibration of that moment exactly, the bytes of the file included.
+    ///
+    /// Returns false when the points are degenerate or the file cannot be written (one warning
+    /// line). The file is then as before. In force is the calibration to be restored all the same;
+    /// after measured points it is the one from before, even if clearCalibration() had dropped it.
     bool calibrate(const PointerCalibrationData &data, bool bRestore = false);
     /// Fills data->devPoints for the given data->screenPoints from the calibration in force.
     void getCalibration(PointerCalibrationData *data) const;

@@ -1,4 +1,5 @@
 #include "calibration/touchcalibrationdata.h"
+#include "calibration/veltacalibrationpanel.h"
 #include "platform/windowserver.h"
 #include "settings/errorcatalogue.h"
 #include "tests/calibration/simulatedpanel.h"
@@ -15,6 +16,7 @@
 #include <QRegularExpression>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
@@ -29,8 +31,6 @@ namespace {
 
 /// x' = x / 4, y' = y / 8: not what any of the simulated panels needs.
 constexpr char OldFile[] = "16384 0 0 0 8192 0 65536\n";
-const QString Device = QStringLiteral("/dev/input/touchscreen");
-const QString TsConf = QStringLiteral("/etc/ts.conf");
 
 CalibrationRecord measured(const SimulatedPanel &panel)
 {
@@ -45,6 +45,17 @@ CalibrationRecord measured(const SimulatedPanel &panel)
     }
     return record;
 }
+
+/// The record of a run at its start, the backup taken.
+struct Run : TouchCalibrationData
+{
+    explicit Run(QSize screen = SimulatedPanel::Size)
+    {
+        nScreenWidth = screen.width();
+        nScreenHeight = screen.height();
+        backupCalibration();
+    }
+};
 
 /// Without the rights of root, before whom every directory is writable, while it lives.
 class OrdinaryUser
@@ -77,7 +88,7 @@ private:
 struct FakeEventDevice
 {
     bool bPresent = false;
-    int nGrabber = -1; ///< the descriptor that has grabbed it
+    std::atomic<int> nGrabber = -1; ///< the descriptor that has grabbed it
 };
 FakeEventDevice eventDevice;
 
@@ -85,13 +96,11 @@ int fakeIoctl(int fd, unsigned long request, void *pArgument)
 {
     const unsigned long number = _IOC_NR(request);
     if (request == EVIOCGRAB) {
-        const bool bGrab = pArgument != nullptr;
-        if (eventDevice.nGrabber != (bGrab ? -1 : fd)) {
-            errno = bGrab ? EBUSY : EINVAL;
-            return -1;
-        }
-        eventDevice.nGrabber = bGrab ? fd : -1;
-        return 0;
+        int expected = pArgument ? -1 : fd;
+        const bool bDone =
+            eventDevice.nGrabber.compare_exchange_strong(expected, pArgument ? fd : -1);
+        errno = pArgument ? EBUSY : EINVAL;
+        return bDone ? 0 : -1;
     }
     if (request == EVIOCGVERSION) {
         *static_cast<int *>(pArgument) = EV_VERSION;
@@ -130,388 +139,330 @@ class TestTouchCalibrationData : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void touchLandsWhereFingerIs_data();
-    void touchLandsWhereFingerIs();
-    void readOnlyDirectory_data();
-    void readOnlyDirectory();
-    void refusedPoints();
-    void twoRuns();
-    void restoreCannotWrite();
-    void openFails_data();
-    void openFails();
-    void grabbedTouchscreen();
-    void withoutHandleOrBackup();
+    void init()
+    {
+        DeviceTest::init();
+        pFifo = std::make_unique<TouchscreenFifo>(root());
+        calibrationFile = "/etc/pointercal";
+    }
+
+    void touchLandsWhereFingerIs_data()
+    {
+        columns<bool, bool, bool, int>("exchanged", "mirroredX", "mirroredY", "rotation");
+        for (int i = 0; i < 32; ++i) {
+            QTest::addRow("rotation %d%s%s%s", i / 8, i & 1 ? ", mirrored x" : "",
+                          i & 2 ? ", mirrored y" : "", i & 4 ? ", exchanged" : "")
+                << bool(i & 4) << bool(i & 1) << bool(i & 2) << i / 8;
+        }
+    }
+    void touchLandsWhereFingerIs()
+    {
+        QFETCH(bool, exchanged);
+        QFETCH(bool, mirroredX);
+        QFETCH(bool, mirroredY);
+        QFETCH(int, rotation);
+        const SimulatedPanel panel{exchanged, mirroredX, mirroredY, rotation};
+        const QSize screen = panel.picture();
+        setScreen(screen);
+        openPointer(OldFile, rotation);
+        const RawPoint anywhere = panel.touch({100, 100});
+        const QPoint before = landing(anywhere);
+
+        Run data(screen);
+        QCOMPARE(data.applyCalibration(measured(panel), false), 0);
+        for (int x = 5; x < screen.width(); x += screen.width() / 4) {
+            for (int y = 5; y < screen.height(); y += screen.height() / 4) {
+                const QPoint off = landing(panel.touch({x, y})) - QPoint(x, y);
+                QVERIFY2(
+                    qMax(qAbs(off.x()), qAbs(off.y())) <= 1,
+                    qPrintable(QString::asprintf("%d,%d is off by %d,%d", x, y, off.x(), off.y())));
+            }
+        }
+
+        QCOMPARE(data.restoreOldCalibration(), 0);
+        QCOMPARE(root().read(calibrationFile), OldFile);
+        QCOMPARE(landing(anywhere), before);
+    }
+
+    void readOnlyDirectory_data()
+    {
+        // "file" in the environment, empty: the built-in one. "mount" is what the command does,
+        // empty: there is none. "log" of the command, and the file's state when it came.
+        columns<QString, bool, QByteArray, int, QByteArray, QStringList>(
+            "file", "writable", "mount", "result", "log", "boxes");
+        const QByteArray works = "if [ $2 = remount,rw ]; then chmod 755 $3; else chmod 555 $3; fi";
+        const QByteArray asked = "-o remount,rw DIR old\n-o remount,ro DIR ";
+        const QByteArray empty;
+        const QStringList none;
+        const QStringList failed{"Error -233", "Error -234"};
+        const int remount = TouchCalibrationData::RemountFailed;
+        const QString file = "/flash/cal/pointercal";
+        row("writable", file, true, works, 0, empty, none);
+        row("read-only", file, false, works, 0, asked + "new\n", none);
+        row("mount without effect", file, false, QByteArray("exit 32"), int(ERR_FILE_WRITE),
+            asked + "old\n", none);
+        row("mount crashes", file, false, QByteArray("kill -9 $$"), remount, asked + "old\n",
+            failed);
+        row("no mount", file, false, empty, remount, empty, failed);
+        row("built-in, read-only", "", false, works, 0, asked + "new\n", none);
+        row("built-in, no mount", "", false, empty, remount, empty, failed);
+    }
+    /// Whatever becomes of the remount: after the restore everything is as it was.
+    void readOnlyDirectory()
+    {
+        QFETCH(QString, file);
+        QFETCH(bool, writable);
+        QFETCH(QByteArray, mount);
+        QFETCH(int, result);
+        QFETCH(QByteArray, log);
+        QFETCH(QStringList, boxes);
+
+        if (!file.isEmpty()) {
+            calibrationFile = file;
+            qputenv("POINTERCAL_FILE", QFile::encodeName(root().path(file)));
+        }
+        const QString directory = QFileInfo(calibrationFile).path();
+        root().write(calibrationFile, OldFile);
+        if (!mount.isEmpty()) {
+            const QByteArray written = QFile::encodeName(root().path(calibrationFile));
+            root().writeCommand("/bin/mount",
+                                "state=new; grep -q '^16384 0 0 0 8192 0 65536$' " + written
+                                    + " && state=old\necho \"$*\" $state >> "
+                                    + QFile::encodeName(root().path("/tmp/log")) + '\n' + mount);
+        }
+        QFile::setPermissions(root().path(directory),
+                              QFile::Permissions(writable ? 0x7755 : 0x5555));
+        const OrdinaryUser user(root());
+        openPointer({});
+
+        const SimulatedPanel panel{true, true, false, 0};
+        const RawPoint raw = panel.touch({100, 300});
+        const QPoint before = landing(raw);
+        const QPoint uncalibrated(qMin(raw.x, 799), qMin(raw.y, 479));
+
+        Run data;
+        if (result == ERR_FILE_WRITE) {
+            QTest::ignoreMessage(QtWarningMsg, CannotWrite);
+        }
+        BoxWatcher operatorsEyes;
+        QCOMPARE(int(data.applyCalibration(measured(panel), false)), result);
+        QCOMPARE(landing(raw),
+                 result == 0                    ? QPoint(100, 300)
+                     : result == ERR_FILE_WRITE ? before
+                                                : uncalibrated);
+        QCOMPARE(root().read(calibrationFile) == OldFile, result != 0);
+        const QByteArray path = QFile::encodeName(root().path(directory));
+        QCOMPARE(root().read("/tmp/log"), log.replace("DIR", path));
+        QCOMPARE(operatorsEyes.texts().size(), boxes.size());
+        for (int i = 0; i < boxes.size(); ++i) {
+            // Long lines are broken anywhere.
+            const QString text = QString(operatorsEyes.texts()[i]).remove(u' ');
+            QVERIFY2(text.startsWith(boxes[i].remove(u' ')), qPrintable(text));
+            // A path of the environment is shown as it stands, a built-in one as the device has it.
+            const QString shown = file.isEmpty() ? directory : QString::fromLocal8Bit(path);
+            QVERIFY2(text.contains("remount" + shown + "to"), qPrintable(text));
+        }
+
+        if (result != 0) {
+            // Accepted all the same. The next run does not forget what was there before.
+            data.releaseBackup();
+            QCOMPARE(operatorsEyes.texts().size(), boxes.size());
+            data.backupCalibration();
+        }
+        QCOMPARE(data.restoreOldCalibration(), 0);
+        QCOMPARE(root().read(calibrationFile), OldFile);
+        QCOMPARE(landing(raw), before);
+    }
+
+    void refusedPoints()
+    {
+        openPointer(OldFile);
+        const QPoint before = landing({1000, 1000});
+        CalibrationRecord record = measured({});
+        record.rawY.fill(2000);
+        Run data;
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("refused"));
+        QCOMPARE(data.applyCalibration(record, false), ERR_CAL_CORRUPT);
+        QCOMPARE(root().read(calibrationFile), OldFile);
+        QCOMPARE(landing({1000, 1000}), before);
+    }
+
+    /// Without a restore in between, the calibration of the first run is the one to go back to. At
+    /// the very first there was none.
+    void twoRuns()
+    {
+        openPointer({});
+        const SimulatedPanel first{false, true, false, 0};
+        const SimulatedPanel second{true, false, true, 0};
+        Run data;
+        data.applyCalibration(measured(first), false);
+        const QByteArray file = root().read(calibrationFile);
+
+        data.releaseBackup();
+        QCOMPARE(data.backupCalibration(), 0);
+        QCOMPARE(data.backupCalibration(), WARN_CAL_BACKUP_LOADED);
+        data.applyCalibration(measured(second), false);
+        QVERIFY(root().read(calibrationFile) != file);
+        for (const short code : {short(0), ERR_CAL_NO_BACKUP}) {
+            QCOMPARE(data.restoreOldCalibration(), code);
+            QCOMPARE(root().read(calibrationFile), file);
+            QCOMPARE(landing(first.touch({600, 200})), QPoint(600, 200));
+        }
+    }
+
+    /// The old calibration is live, and stays the backup until it is in the file again. That its
+    /// points are too close to measure one by them plays no part.
+    void restoreCannotWrite()
+    {
+        const QByteArray coarse = "1 0 0 0 1 0 65536\n";
+        openPointer(coarse);
+        const QPoint before = landing({4000, 3000});
+        Run data;
+        QCOMPARE(data.applyCalibration(measured({}), false), 0);
+        const QString path = root().path(calibrationFile);
+        QVERIFY(QFile::remove(path) && QDir().mkpath(path));
+        QTest::ignoreMessage(QtWarningMsg, CannotWrite);
+        QCOMPARE(data.restoreOldCalibration(), ERR_FILE_WRITE);
+        QCOMPARE(landing({4000, 3000}), before);
+        QTest::ignoreMessage(QtWarningMsg, CannotWrite);
+        data.releaseBackup();
+        QCOMPARE(data.backupCalibration(), WARN_CAL_BACKUP_LOADED);
+
+        QVERIFY(QDir().rmdir(path));
+        data.releaseBackup();
+        QCOMPARE(root().read(calibrationFile), coarse);
+        QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
+    }
+
+    /// tslib may keep an event device to itself. Pointer and run still have it in turn, and no
+    /// command that the panel runs has it at all.
+    void grabbedTouchscreen()
+    {
+        eventDevice.bPresent = true;
+        root().write("/etc/ts.conf", "module_raw input grab_events=1\nmodule linear\n");
+        const int fifo =
+            open(QFile::encodeName(pFifo->path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        const auto tap = [fifo](int x, int y) {
+            for (const int pressure : {50, 0}) {
+                const std::array<std::array<int, 3>, 5> events{{{EV_ABS, ABS_X, x},
+                                                                {EV_ABS, ABS_Y, y},
+                                                                {EV_ABS, ABS_PRESSURE, pressure},
+                                                                {EV_KEY, BTN_TOUCH, pressure != 0},
+                                                                {EV_SYN, SYN_REPORT, 0}}};
+                for (const auto &[type, code, value] : events) {
+                    input_event event{};
+                    event.type = static_cast<quint16>(type);
+                    event.code = static_cast<quint16>(code);
+                    event.value = value;
+                    QCOMPARE(write(fifo, &event, sizeof event), ssize_t(sizeof event));
+                }
+            }
+        };
+        int pointer = -1;
+        const auto pointerHasIt = [&] {
+            tap(100, 200);
+            return pSheet->takeTouch() == QPoint(100, 200) && eventDevice.nGrabber == pointer;
+        };
+        openPointer({});
+        tap(120, 200);
+        QCOMPARE(pSheet->takeTouch(), QPoint(120, 200));
+        pointer = eventDevice.nGrabber;
+        QVERIFY(pointer >= 0);
+
+        pServer->suspendPointer();
+        pServer->suspendPointer();
+        TouchCalibrationData data;
+        QCOMPARE(data.openTouchscreen(), 0);
+        tap(300, 200);
+        ts_sample sample{};
+        QCOMPARE(ts_read_raw(data.pTouchscreen, &sample, 1), 1);
+        QCOMPARE(sample.x, 300);
+        QCOMPARE(eventDevice.nGrabber, ts_fd(data.pTouchscreen));
+        for (const int fd : {pointer, ts_fd(data.pTouchscreen)}) {
+            QVERIFY(fcntl(fd, F_GETFD) & FD_CLOEXEC);
+        }
+
+        // The run is over, but a box of its end is open.
+        data.shareTouchscreen();
+        pServer->resumePointer();
+        QVERIFY(pointerHasIt());
+        pServer->clearCalibration();
+        QVERIFY(pointerHasIt());
+        QCOMPARE(data.closeTouchscreen(), 0);
+        QVERIFY(pointerHasIt());
+
+        // tslib forgets the grab when it is configured anew, and takes it by itself.
+        pServer->suspendPointer();
+        pServer->clearCalibration();
+        pServer->resumePointer();
+        QVERIFY(pointerHasIt());
+
+        VeltaCalibrationPanel panel;
+        QCOMPARE(panel.startCalibration(), 0);
+        QCOMPARE(eventDevice.nGrabber, -1);
+        tap(300, 200);
+        QTRY_VERIFY(eventDevice.nGrabber >= 0);
+        panel.cancel();
+        QCOMPARE(eventDevice.nGrabber, pointer);
+        QVERIFY(pointerHasIt());
+
+        // Someone outside is faster.
+        pServer->suspendPointer();
+        eventDevice.nGrabber = fifo;
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot take the touches back"));
+        pServer->resumePointer();
+        QCOMPARE(eventDevice.nGrabber, fifo);
+        ::close(fifo);
+    }
+
+    void withoutHandleOrBackup()
+    {
+        TouchCalibrationData data;
+        QCOMPARE(data.closeTouchscreen(), ERR_NULL_POINTER);
+        QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
+        QCOMPARE(data.openTouchscreen(), 0);
+        QCOMPARE(data.openTouchscreen(), 0); // the first one is closed
+        QCOMPARE(data.closeTouchscreen(), 0);
+        QVERIFY(!data.pTouchscreen);
+    }
 
 private:
-    void openPointer(const QByteArray &oldFile, int rotation = 0);
-    QPoint landing(RawPoint raw);
+    void closeWindows() override
+    {
+        pSheet.reset();
+        pServer.reset();
+        pFifo.reset();
+        eventDevice.bPresent = false;
+        eventDevice.nGrabber = -1;
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qunsetenv("POINTERCAL_FILE");
+    }
 
+    void openPointer(const QByteArray &oldFile, int rotation = 0)
+    {
+        if (!oldFile.isEmpty()) {
+            root().write(calibrationFile, oldFile);
+        }
+        qputenv("QT_QPA_PLATFORM", "offscreen:rotation=" + QByteArray::number(rotation));
+        pServer = std::make_unique<WindowServer>();
+        if (!pServer->openPointer()) {
+            qFatal("no pointer");
+        }
+        pSheet = std::make_unique<TouchSheet>();
+    }
+
+    QPoint landing(RawPoint raw)
+    {
+        pFifo->tap(raw);
+        return pSheet->takeTouch().value_or(QPoint(-1, -1));
+    }
+
+    const QRegularExpression CannotWrite{"Cannot write the pointer calibration file"};
     std::unique_ptr<TouchscreenFifo> pFifo;
     std::unique_ptr<WindowServer> pServer;
     std::unique_ptr<TouchSheet> pSheet;
     QString calibrationFile;
 };
-
-void TestTouchCalibrationData::init()
-{
-    DeviceTest::init();
-    pFifo = std::make_unique<TouchscreenFifo>(root());
-    calibrationFile = QStringLiteral("/etc/pointercal");
-}
-
-void TestTouchCalibrationData::cleanup()
-{
-    pSheet.reset();
-    pServer.reset();
-    pFifo.reset();
-    eventDevice = {};
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    qunsetenv("POINTERCAL_FILE");
-    qunsetenv("TSLIB_TSDEVICE");
-    setScreen(SimulatedPanel::Size);
-    DeviceTest::cleanup();
-}
-
-void TestTouchCalibrationData::openPointer(const QByteArray &oldFile, int rotation)
-{
-    if (!oldFile.isEmpty()) {
-        root().write(calibrationFile, oldFile);
-    }
-    qputenv("QT_QPA_PLATFORM", "offscreen:rotation=" + QByteArray::number(rotation));
-    pServer = std::make_unique<WindowServer>();
-    if (!pServer->openPointer()) {
-        qFatal("no pointer");
-    }
-    pSheet = std::make_unique<TouchSheet>();
-}
-
-QPoint TestTouchCalibrationData::landing(RawPoint raw)
-{
-    pFifo->tap(raw);
-    return pSheet->takeTouch().value_or(QPoint(-1, -1));
-}
-
-void TestTouchCalibrationData::touchLandsWhereFingerIs_data()
-{
-    QTest::addColumn<bool>("exchanged");
-    QTest::addColumn<bool>("mirroredX");
-    QTest::addColumn<bool>("mirroredY");
-    QTest::addColumn<int>("rotation");
-    for (int i = 0; i < 32; ++i) {
-        QTest::addRow("rotation %d%s%s%s", i / 8, i & 1 ? ", mirrored x" : "",
-                      i & 2 ? ", mirrored y" : "", i & 4 ? ", exchanged" : "")
-            << bool(i & 4) << bool(i & 1) << bool(i & 2) << i / 8;
-    }
-}
-
-void TestTouchCalibrationData::touchLandsWhereFingerIs()
-{
-    QFETCH(bool, exchanged);
-    QFETCH(bool, mirroredX);
-    QFETCH(bool, mirroredY);
-    QFETCH(int, rotation);
-    const SimulatedPanel panel{exchanged, mirroredX, mirroredY, rotation};
-    setScreen(panel.picture());
-    openPointer(OldFile, rotation);
-    const RawPoint anywhere = panel.touch({100, 100});
-    const QPoint before = landing(anywhere);
-
-    TouchCalibrationData data;
-    data.nScreenWidth = panel.picture().width();
-    data.nScreenHeight = panel.picture().height();
-    QCOMPARE(data.backupCalibration(), 0);
-    QCOMPARE(data.applyCalibration(measured(panel), false), 0);
-    for (int x = 5; x < panel.picture().width(); x += panel.picture().width() / 4) {
-        for (int y = 5; y < panel.picture().height(); y += panel.picture().height() / 4) {
-            const QPoint off = landing(panel.touch({x, y})) - QPoint(x, y);
-            QVERIFY2(qMax(qAbs(off.x()), qAbs(off.y())) <= 1,
-                     qPrintable(QStringLiteral("%1,%2 is off by %3,%4")
-                                    .arg(x)
-                                    .arg(y)
-                                    .arg(off.x())
-                                    .arg(off.y())));
-        }
-    }
-
-    QCOMPARE(data.restoreOldCalibration(), 0);
-    QCOMPARE(root().read(calibrationFile), OldFile);
-    QCOMPARE(landing(anywhere), before);
-}
-
-void TestTouchCalibrationData::readOnlyDirectory_data()
-{
-    QTest::addColumn<QString>("file"); ///< in the environment; empty: the built-in one
-    QTest::addColumn<bool>("writable");
-    QTest::addColumn<QByteArray>("mount"); ///< what the command does; empty: there is none
-    QTest::addColumn<int>("result");
-    QTest::addColumn<QByteArray>("log"); ///< of the command, and the file's state when it came
-    QTest::addColumn<QStringList>("boxes");
-
-    const QByteArray works = "if [ $2 = remount,rw ]; then chmod 755 $3; else chmod 555 $3; fi";
-    const QByteArray asked = "-o remount,rw DIR old\n-o remount,ro DIR ";
-    const QStringList none;
-    const QStringList failed{QStringLiteral("Error -233"), QStringLiteral("Error -234")};
-    const int remount = TouchCalibrationData::RemountFailed;
-    const QString file = QStringLiteral("/flash/cal/pointercal");
-    QTest::newRow("writable") << file << true << works << 0 << QByteArray() << none;
-    QTest::newRow("read-only") << file << false << works << 0 << asked + "new\n" << none;
-    QTest::newRow("mount without effect")
-        << file << false << QByteArray("exit 32") << int(ERR_FILE_WRITE) << asked + "old\n"
-        << none;
-    QTest::newRow("mount crashes")
-        << file << false << QByteArray("kill -9 $$") << remount << asked + "old\n"
-        << failed;
-    QTest::newRow("no mount") << file << false << QByteArray() << remount << QByteArray() << failed;
-    QTest::newRow("built-in, read-only") << QString() << false << works << 0 << asked + "new\n"
-                                         << none;
-    QTest::newRow("built-in, no mount")
-        << QString() << false << QByteArray() << remount << QByteArray() << failed;
-}
-
-/// Whatever becomes of the remount: after the restore everything is as it was.
-void TestTouchCalibrationData::readOnlyDirectory()
-{
-    QFETCH(QString, file);
-    QFETCH(bool, writable);
-    QFETCH(QByteArray, mount);
-    QFETCH(int, result);
-    QFETCH(QByteArray, log);
-    QFETCH(QStringList, boxes);
-
-    if (!file.isEmpty()) {
-        calibrationFile = file;
-        qputenv("POINTERCAL_FILE", QFile::encodeName(root().path(file)));
-    }
-    const QString directory = QFileInfo(calibrationFile).path();
-    root().write(calibrationFile, OldFile);
-    if (!mount.isEmpty()) {
-        const QByteArray written = QFile::encodeName(root().path(calibrationFile));
-        root().writeCommand(QStringLiteral("/bin/mount"),
-                            "state=new; grep -q '^16384 0 0 0 8192 0 65536$' " + written
-                                + " && state=old\necho \"$*\" $state >> "
-                                + QFile::encodeName(root().path(QStringLiteral("/tmp/log"))) + '\n'
-                                + mount);
-    }
-    QFile::setPermissions(root().path(directory), QFile::Permissions(writable ? 0x7755 : 0x5555));
-    const OrdinaryUser user(root());
-    openPointer({});
-
-    const SimulatedPanel panel{true, true, false, 0};
-    const RawPoint raw = panel.touch({100, 300});
-    const QPoint before = landing(raw);
-    const QPoint uncalibrated(qMin(raw.x, 799), qMin(raw.y, 479));
-
-    TouchCalibrationData data;
-    data.nScreenWidth = 800;
-    data.nScreenHeight = 480;
-    data.backupCalibration();
-    if (result == ERR_FILE_WRITE) {
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral("Cannot write the pointer cal")));
-    }
-    BoxWatcher operatorsEyes;
-    QCOMPARE(int(data.applyCalibration(measured(panel), false)), result);
-    QCOMPARE(landing(raw),
-             result == 0                    ? QPoint(100, 300)
-                 : result == ERR_FILE_WRITE ? before
-                                            : uncalibrated);
-    QCOMPARE(root().read(calibrationFile) == OldFile, result != 0);
-    const QByteArray path = QFile::encodeName(root().path(directory));
-    QCOMPARE(root().read(QStringLiteral("/tmp/log")), log.replace("DIR", path));
-    QCOMPARE(operatorsEyes.texts().size(), boxes.size());
-    for (int i = 0; i < boxes.size(); ++i) {
-        QVERIFY2(operatorsEyes.texts()[i].startsWith(boxes[i]),
-                 qPrintable(operatorsEyes.texts()[i]));
-        // Long lines are broken anywhere.
-        const QString text = QString(operatorsEyes.texts()[i]).remove(u' ');
-        // A path of the environment is shown as it stands, a built-in one as the device has it.
-        const QString shown = file.isEmpty() ? directory : QString::fromLocal8Bit(path);
-        QVERIFY2(text.contains(QStringLiteral("remount%1to").arg(shown)), qPrintable(text));
-    }
-
-    if (result != 0) {
-        // Accepted all the same. The next run does not forget what was there before.
-        const qsizetype shown = operatorsEyes.texts().size();
-        data.releaseBackup();
-        QCOMPARE(operatorsEyes.texts().size(), shown);
-        data.backupCalibration();
-    }
-    QCOMPARE(data.restoreOldCalibration(), 0);
-    QCOMPARE(root().read(calibrationFile), OldFile);
-    QCOMPARE(landing(raw), before);
-}
-
-void TestTouchCalibrationData::refusedPoints()
-{
-    openPointer(OldFile);
-    const QPoint before = landing({1000, 1000});
-    CalibrationRecord record = measured({});
-    record.rawY.fill(2000);
-    TouchCalibrationData data;
-    data.nScreenWidth = 800;
-    data.nScreenHeight = 480;
-    data.backupCalibration();
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("refused")));
-    QCOMPARE(data.applyCalibration(record, false), ERR_CAL_CORRUPT);
-    QCOMPARE(root().read(calibrationFile), OldFile);
-    QCOMPARE(landing({1000, 1000}), before);
-}
-
-/// Without a restore in between, the calibration of the first run is the one to go back to. At
-/// the very first there was none.
-void TestTouchCalibrationData::twoRuns()
-{
-    openPointer({});
-    const SimulatedPanel first{false, true, false, 0};
-    const SimulatedPanel second{true, false, true, 0};
-    TouchCalibrationData data;
-    data.nScreenWidth = 800;
-    data.nScreenHeight = 480;
-    data.backupCalibration();
-    data.applyCalibration(measured(first), false);
-    const QByteArray file = root().read(calibrationFile);
-
-    data.bBackupLoaded = false;
-    QCOMPARE(data.backupCalibration(), 0);
-    QCOMPARE(data.backupCalibration(), WARN_CAL_BACKUP_LOADED);
-    data.applyCalibration(measured(second), false);
-    QVERIFY(root().read(calibrationFile) != file);
-    QCOMPARE(data.restoreOldCalibration(), 0);
-    QCOMPARE(root().read(calibrationFile), file);
-    QCOMPARE(landing(first.touch({600, 200})), QPoint(600, 200));
-    QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
-    QCOMPARE(landing(first.touch({600, 200})), QPoint(600, 200));
-}
-
-/// The old calibration is live, and stays the backup until it is in the file again. That its points
-/// are too close to measure one by them plays no part.
-void TestTouchCalibrationData::restoreCannotWrite()
-{
-    const QByteArray coarse = "1 0 0 0 1 0 65536\n";
-    openPointer(coarse);
-    const QPoint before = landing({4000, 3000});
-    TouchCalibrationData data;
-    data.nScreenWidth = 800;
-    data.nScreenHeight = 480;
-    data.backupCalibration();
-    QCOMPARE(data.applyCalibration(measured({}), false), 0);
-    const QString path = root().path(calibrationFile);
-    QVERIFY(QFile::remove(path) && QDir().mkpath(path));
-    const QRegularExpression warning(QStringLiteral("Cannot write"));
-    QTest::ignoreMessage(QtWarningMsg, warning);
-    QCOMPARE(data.restoreOldCalibration(), ERR_FILE_WRITE);
-    QCOMPARE(landing({4000, 3000}), before);
-    QTest::ignoreMessage(QtWarningMsg, warning);
-    data.releaseBackup();
-    QCOMPARE(data.backupCalibration(), WARN_CAL_BACKUP_LOADED);
-
-    QVERIFY(QDir().rmdir(path));
-    data.releaseBackup();
-    QCOMPARE(root().read(calibrationFile), coarse);
-    QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
-}
-
-void TestTouchCalibrationData::openFails_data()
-{
-    QTest::addColumn<QByteArray>("device"); ///< in the environment
-    QTest::addColumn<QByteArray>("configuration");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QByteArray>("message");
-
-    const QByteArray good = "module_raw waveshare len=8\n";
-    QTest::newRow("no device") << QByteArray("/nowhere") << good << int(ERR_TS_OPEN)
-                               << QByteArray("ts_open error");
-    QTest::newRow("no module") << QByteArray() << QByteArray("module_raw nosuch\n")
-                               << int(ERR_TS_CONFIG) << QByteArray("ts_config error");
-    QTest::newRow("empty") << QByteArray() << QByteArray() << int(ERR_TS_CONFIG)
-                           << QByteArray("ts_config error");
-}
-
-void TestTouchCalibrationData::openFails()
-{
-    QFETCH(QByteArray, device);
-    QFETCH(QByteArray, configuration);
-    QFETCH(QByteArray, message);
-    qputenv("TSLIB_TSDEVICE", device);
-    root().write(TsConf, configuration);
-    TouchCalibrationData data;
-    QTest::ignoreMessage(QtDebugMsg, message.constData());
-    QTEST(int(data.openTouchscreen()), "code");
-    QVERIFY(!data.pTouchscreen);
-}
-
-/// tslib may keep an event device to itself. Pointer and run still have it in turn, and no command
-/// that the panel runs has it at all.
-void TestTouchCalibrationData::grabbedTouchscreen()
-{
-    eventDevice.bPresent = true;
-    root().write(TsConf, "module_raw input grab_events=1\nmodule linear\n");
-    const int fifo =
-        open(QFile::encodeName(pFifo->path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    const auto tap = [fifo](int x, int y) {
-        for (const int pressure : {50, 0}) {
-            const std::array<std::array<int, 3>, 5> events{{{EV_ABS, ABS_X, x},
-                                                            {EV_ABS, ABS_Y, y},
-                                                            {EV_ABS, ABS_PRESSURE, pressure},
-                                                            {EV_KEY, BTN_TOUCH, pressure != 0},
-                                                            {EV_SYN, SYN_REPORT, 0}}};
-            for (const auto &[type, code, value] : events) {
-                input_event event{};
-                event.type = static_cast<quint16>(type);
-                event.code = static_cast<quint16>(code);
-                event.value = value;
-                QCOMPARE(write(fifo, &event, sizeof event), ssize_t(sizeof event));
-            }
-        }
-    };
-    openPointer({});
-    tap(100, 200);
-    QCOMPARE(pSheet->takeTouch(), QPoint(100, 200));
-    const int pointer = eventDevice.nGrabber;
-    QVERIFY(pointer >= 0);
-
-    pServer->suspendPointer();
-    pServer->suspendPointer();
-    TouchCalibrationData data;
-    QCOMPARE(data.openTouchscreen(), 0);
-    tap(300, 200);
-    ts_sample sample{};
-    QCOMPARE(ts_read_raw(data.pTouchscreen, &sample, 1), 1);
-    QCOMPARE(sample.x, 300);
-    QCOMPARE(eventDevice.nGrabber, ts_fd(data.pTouchscreen));
-    for (const int fd : {pointer, ts_fd(data.pTouchscreen)}) {
-        QVERIFY(fcntl(fd, F_GETFD) & FD_CLOEXEC);
-    }
-
-    // The run is over, but a box of its end is open.
-    data.shareTouchscreen();
-    for (const bool bReconfigured : {false, true}) {
-        pServer->resumePointer();
-        if (bReconfigured) {
-            pServer->clearCalibration();
-        }
-        tap(100, 200);
-        QCOMPARE(pSheet->takeTouch(), QPoint(100, 200));
-        QCOMPARE(eventDevice.nGrabber, pointer);
-    }
-    QCOMPARE(data.closeTouchscreen(), 0);
-    tap(120, 200);
-    QCOMPARE(pSheet->takeTouch(), QPoint(120, 200));
-    ::close(fifo);
-}
-
-void TestTouchCalibrationData::withoutHandleOrBackup()
-{
-    TouchCalibrationData data;
-    QCOMPARE(data.closeTouchscreen(), ERR_NULL_POINTER);
-    QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
-    QCOMPARE(data.openTouchscreen(), 0);
-    QCOMPARE(data.openTouchscreen(), 0); // the first one is closed
-    QCOMPARE(data.closeTouchscreen(), 0);
-    QVERIFY(!data.pTouchscreen);
-}
 
 PANEL_TEST_MAIN(TestTouchCalibrationData)
 #include "tst_touchcalibrationdata.moc"
