@@ -60,196 +60,181 @@ class TestPointerTransform : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void fitsPanel_data();
-    void fitsPanel();
-    void leastSquares();
-    void refuses_data();
-    void refuses();
-    void parses_data();
-    void parses();
-    void inverseOfRotatedFile_data();
-    void inverseOfRotatedFile();
-    void rotationKeepsCorners_data();
-    void rotationKeepsCorners();
+    void fitsPanel_data()
+    {
+        QTest::addColumn<Panel>("panel");
+
+        QTest::newRow("as the screen") << Panel{1, 1, 0, 0};
+        QTest::newRow("12 bit") << Panel{4.2, 7.1, 200, 310};
+        QTest::newRow("16 bit") << Panel{75, 120, 1000, 2000};
+        QTest::newRow("mirrored x") << Panel{-4.2, 7.1, 3800, 310};
+        QTest::newRow("mirrored y") << Panel{4.2, -7.1, 200, 3900};
+        QTest::newRow("mirrored both") << Panel{-4.2, -7.1, 3800, 3900};
+        QTest::newRow("swapped") << Panel{7.1, 4.2, 300, 200, true};
+        QTest::newRow("swapped, mirrored x") << Panel{-7.1, 4.2, 3800, 200, true};
+        QTest::newRow("swapped, mirrored y") << Panel{7.1, -4.2, 300, 3800, true};
+        QTest::newRow("swapped, mirrored both") << Panel{-7.1, -4.2, 3800, 3800, true};
+        QTest::newRow("skewed") << Panel{4.2, 7.1, 200, 310, false, 0.08};
+        QTest::newRow("skewed, swapped, far off") << Panel{-7.1, 4.2, 30000, -900, true, -0.1};
+    }
+    void fitsPanel()
+    {
+        QFETCH(Panel, panel);
+        const auto transform = PointerTransform::fit(pairs(panel));
+        QVERIFY(transform);
+        QCOMPARE(PointerTransform::parse(transform->toFile()), transform);
+
+        for (int x = 0; x < Screen.width(); x += 47) {
+            for (int y = 0; y < Screen.height(); y += 41) {
+                const QPoint pixel(x, y);
+                const QPoint off = transform->map(panel.touch(pixel)) - pixel;
+                QVERIFY2(std::abs(off.x()) <= 1 && std::abs(off.y()) <= 1,
+                         qPrintable(QStringLiteral("%1,%2 off by %3,%4")
+                                        .arg(x)
+                                        .arg(y)
+                                        .arg(off.x())
+                                        .arg(off.y())));
+                // The panel is no coarser than the screen, so that every pixel has a raw touch.
+                QCOMPARE(transform->map(transform->inverse(pixel)), pixel);
+            }
+        }
+        for (const QPoint target : Targets) {
+            QCOMPARE(transform->map(panel.touch(target)), target);
+        }
+    }
+
+    void leastSquares()
+    {
+        // One of five touches 10 raw units off: the error is shared by all five, as the sum of
+        // squares wants it, and not taken by any three of them.
+        PointerCalibrationData data =
+            pairs({RawPoint{-100, -100}, {100, -100}, {100, 100}, {-100, 100}, {0, 0}},
+                  {QPoint(0, 0), {200, 0}, {200, 200}, {0, 200}, {100, 100}});
+        data.screenPoints[4] = {110, 100};
+        const auto transform = PointerTransform::fit(data);
+        QVERIFY(transform);
+        QCOMPARE(transform->map({-100, -100}), QPoint(2, 0));
+        QCOMPARE(transform->map({0, 0}), QPoint(102, 100));
+        QCOMPARE(transform->map({100, 100}), QPoint(202, 200));
+    }
+
+    void refuses_data()
+    {
+        QTest::addColumn<PointerCalibrationData>("data");
+
+        QTest::newRow("one point") << pairs({RawPoint{7, 9}, {7, 9}, {7, 9}, {7, 9}, {7, 9}});
+        QTest::newRow("horizontal")
+            << pairs({RawPoint{0, 900}, {900, 900}, {2000, 900}, {3000, 900}, {4000, 900}});
+        QTest::newRow("vertical, shaking")
+            << pairs({RawPoint{99, 0}, {100, 900}, {101, 2000}, {100, 3000}, {99, 4000}});
+        QTest::newRow("diagonal") << pairs(
+            {RawPoint{0, 0}, {1000, 1000}, {2000, 2000}, {3000, 3000}, {4000, 4000}});
+        QTest::newRow("diagonal, shaking")
+            << pairs({RawPoint{0, 3}, {1000, 998}, {2000, 2005}, {3000, 2996}, {4000, 4002}});
+        QTest::newRow("screen on one line")
+            << pairs({RawPoint{0, 0}, {4000, 0}, {4000, 4000}, {0, 4000}, {2000, 2000}},
+                     {QPoint(0, 50), {100, 50}, {200, 50}, {300, 50}, {400, 50}});
+        constexpr int Far = std::numeric_limits<int>::max();
+        QTest::newRow("offset beyond 32 bit")
+            << pairs({RawPoint{Far - 400, 0}, {Far, 0}, {Far, 400}, {Far - 400, 400}, {Far, 200}});
+        QTest::newRow("factor beyond 32 bit")
+            << pairs({RawPoint{0, 0}, {9, 0}, {9, 9}, {0, 9}, {4, 4}},
+                     {QPoint(0, 0), {900000, 0}, {900000, 480}, {0, 480}, {400000, 240}});
+    }
+    void refuses()
+    {
+        QFETCH(PointerCalibrationData, data);
+        QVERIFY(!PointerTransform::fit(data));
+    }
+
+    void parses_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("valid");
+        QTest::addColumn<QPoint>("mapped");
+
+        const QPoint nowhere;
+        QTest::newRow("seven numbers")
+            << QByteArray("131072 0 65536 0 65536 131072 65536") << true << QPoint(201, 202);
+        QTest::newRow("order") << QByteArray("1 2 3 4 5 6 1\n") << true << QPoint(503, 1406);
+        QTest::newRow("lines") << QByteArray("\t65536 0\r\n0 0 65536\n\n0 65536\r\n") << true
+                               << QPoint(100, 200);
+        QTest::newRow("of ts_calibrate")
+            << QByteArray("1 0 0 0 1 0 1 800 480 0") << true << QPoint(100, 200);
+        QTest::newRow("turned once")
+            << QByteArray("1 0 0 0 1 0 1 800 480 1") << true << QPoint(200, 699);
+        QTest::newRow("turned twice")
+            << QByteArray("1 0 0 0 1 0 1 800 480 2") << true << QPoint(699, 279);
+        QTest::newRow("turned three times")
+            << QByteArray("1 0 0 0 1 0 1 800 480 3") << true << QPoint(279, 100);
+        QTest::newRow("empty") << QByteArray() << false << nowhere;
+        QTest::newRow("text") << QByteArray("not calibrated\n") << false << nowhere;
+        QTest::newRow("six numbers") << QByteArray("1 2 3 4 5 6\n") << false << nowhere;
+        QTest::newRow("divisor 0") << QByteArray("1 0 0 0 1 0 0") << false << nowhere;
+        QTest::newRow("divisor -1") << QByteArray("1 0 0 0 1 0 -1") << false << nowhere;
+        QTest::newRow("beyond 32 bit") << QByteArray("4294967296 0 0 0 1 0 1") << false << nowhere;
+        QTest::newRow("fraction") << QByteArray("1.5 0 0 0 1 0 1") << false << nowhere;
+        QTest::newRow("everything at one line") << QByteArray("1 2 0 2 4 0 1") << false << nowhere;
+        QTest::newRow("rotation 4") << QByteArray("1 0 0 0 1 0 1 800 480 4") << false << nowhere;
+        QTest::newRow("1 MB") << QByteArray(1 << 20, '7') << false << nowhere;
+        QTest::newRow("1 MB of numbers") << QByteArray("7 ").repeated(1 << 19) << false << nowhere;
+    }
+    void parses()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(bool, valid);
+        const auto transform = PointerTransform::parse(content);
+        QCOMPARE(transform.has_value(), valid);
+        if (valid) {
+            QTEST(transform->map({100, 200}), "mapped");
+            QCOMPARE(PointerTransform::parse(transform->toFile())->map({100, 200}),
+                     transform->map({100, 200}));
+        }
+    }
+
+    void inverseOfRotatedFile_data()
+    {
+        QTest::addColumn<QByteArray>("rotation");
+        for (const char *rotation : {"0", "1", "2", "3"}) {
+            QTest::newRow(rotation) << QByteArray(rotation);
+        }
+    }
+    void inverseOfRotatedFile()
+    {
+        QFETCH(QByteArray, rotation);
+        const auto transform = PointerTransform::parse(
+            "-13000 90 52000000 120 9000 -900000 65536 800 480 " + rotation);
+        QVERIFY(transform);
+        for (QPoint target : Targets) {
+            if (rotation.toInt() % 2 != 0) {
+                target = target.transposed();
+            }
+            QCOMPARE(transform->map(transform->inverse(target)), target);
+        }
+    }
+
+    void rotationKeepsCorners_data()
+    {
+        QTest::addColumn<int>("turns");
+        QTest::addColumn<QPoint>("topLeft"); ///< of the picture, on the panel behind it
+        QTest::addColumn<QPoint>("topRight");
+
+        // The panel is 800 x 480; the picture is 480 x 800 when turned once or three times.
+        QTest::newRow("0") << 0 << QPoint(0, 0) << QPoint(799, 0);
+        QTest::newRow("1") << 1 << QPoint(0, 479) << QPoint(0, 0);
+        QTest::newRow("2") << 2 << QPoint(799, 479) << QPoint(0, 479);
+        QTest::newRow("3") << 3 << QPoint(799, 0) << QPoint(799, 479);
+    }
+    void rotationKeepsCorners()
+    {
+        QFETCH(int, turns);
+        QFETCH(QPoint, topLeft);
+        QFETCH(QPoint, topRight);
+        const QSize picture = turns % 2 == 0 ? Screen : Screen.transposed();
+        QCOMPARE(panelToScreen(topLeft, turns, picture), QPoint(0, 0));
+        QCOMPARE(panelToScreen(topRight, turns, picture), QPoint(picture.width() - 1, 0));
+    }
 };
-
-void TestPointerTransform::fitsPanel_data()
-{
-    QTest::addColumn<Panel>("panel");
-
-    QTest::newRow("as the screen") << Panel{1, 1, 0, 0};
-    QTest::newRow("12 bit") << Panel{4.2, 7.1, 200, 310};
-    QTest::newRow("16 bit") << Panel{75, 120, 1000, 2000};
-    QTest::newRow("mirrored x") << Panel{-4.2, 7.1, 3800, 310};
-    QTest::newRow("mirrored y") << Panel{4.2, -7.1, 200, 3900};
-    QTest::newRow("mirrored both") << Panel{-4.2, -7.1, 3800, 3900};
-    QTest::newRow("swapped") << Panel{7.1, 4.2, 300, 200, true};
-    QTest::newRow("swapped, mirrored x") << Panel{-7.1, 4.2, 3800, 200, true};
-    QTest::newRow("swapped, mirrored y") << Panel{7.1, -4.2, 300, 3800, true};
-    QTest::newRow("swapped, mirrored both") << Panel{-7.1, -4.2, 3800, 3800, true};
-    QTest::newRow("skewed") << Panel{4.2, 7.1, 200, 310, false, 0.08};
-    QTest::newRow("skewed, swapped, far off") << Panel{-7.1, 4.2, 30000, -900, true, -0.1};
-}
-
-void TestPointerTransform::fitsPanel()
-{
-    QFETCH(Panel, panel);
-    const auto transform = PointerTransform::fit(pairs(panel));
-    QVERIFY(transform);
-    QCOMPARE(PointerTransform::parse(transform->toFile()), transform);
-
-    for (int x = 0; x < Screen.width(); x += 47) {
-        for (int y = 0; y < Screen.height(); y += 41) {
-            const QPoint pixel(x, y);
-            const QPoint off = transform->map(panel.touch(pixel)) - pixel;
-            QVERIFY2(
-                std::abs(off.x()) <= 1 && std::abs(off.y()) <= 1,
-                qPrintable(
-                    QStringLiteral("%1,%2 off by %3,%4").arg(x).arg(y).arg(off.x()).arg(off.y())));
-            // The panel is no coarser than the screen, so that every pixel has a raw touch.
-            QCOMPARE(transform->map(transform->inverse(pixel)), pixel);
-        }
-    }
-    for (const QPoint target : Targets) {
-        QCOMPARE(transform->map(panel.touch(target)), target);
-    }
-}
-
-void TestPointerTransform::leastSquares()
-{
-    // One of five touches 10 raw units off: the error is shared by all five, as the sum of squares
-    // wants it, and not taken by any three of them.
-    PointerCalibrationData data =
-        pairs({RawPoint{-100, -100}, {100, -100}, {100, 100}, {-100, 100}, {0, 0}},
-              {QPoint(0, 0), {200, 0}, {200, 200}, {0, 200}, {100, 100}});
-    data.screenPoints[4] = {110, 100};
-    const auto transform = PointerTransform::fit(data);
-    QVERIFY(transform);
-    QCOMPARE(transform->map({-100, -100}), QPoint(2, 0));
-    QCOMPARE(transform->map({0, 0}), QPoint(102, 100));
-    QCOMPARE(transform->map({100, 100}), QPoint(202, 200));
-}
-
-void TestPointerTransform::refuses_data()
-{
-    QTest::addColumn<PointerCalibrationData>("data");
-
-    QTest::newRow("one point") << pairs({RawPoint{7, 9}, {7, 9}, {7, 9}, {7, 9}, {7, 9}});
-    QTest::newRow("horizontal") << pairs(
-        {RawPoint{0, 900}, {900, 900}, {2000, 900}, {3000, 900}, {4000, 900}});
-    QTest::newRow("vertical, shaking")
-        << pairs({RawPoint{99, 0}, {100, 900}, {101, 2000}, {100, 3000}, {99, 4000}});
-    QTest::newRow("diagonal") << pairs(
-        {RawPoint{0, 0}, {1000, 1000}, {2000, 2000}, {3000, 3000}, {4000, 4000}});
-    QTest::newRow("diagonal, shaking")
-        << pairs({RawPoint{0, 3}, {1000, 998}, {2000, 2005}, {3000, 2996}, {4000, 4002}});
-    QTest::newRow("screen on one line")
-        << pairs({RawPoint{0, 0}, {4000, 0}, {4000, 4000}, {0, 4000}, {2000, 2000}},
-                 {QPoint(0, 50), {100, 50}, {200, 50}, {300, 50}, {400, 50}});
-    constexpr int Far = std::numeric_limits<int>::max();
-    QTest::newRow("offset beyond 32 bit")
-        << pairs({RawPoint{Far - 400, 0}, {Far, 0}, {Far, 400}, {Far - 400, 400}, {Far, 200}});
-    QTest::newRow("factor beyond 32 bit")
-        << pairs({RawPoint{0, 0}, {9, 0}, {9, 9}, {0, 9}, {4, 4}},
-                 {QPoint(0, 0), {900000, 0}, {900000, 480}, {0, 480}, {400000, 240}});
-}
-
-void TestPointerTransform::refuses()
-{
-    QFETCH(PointerCalibrationData, data);
-    QVERIFY(!PointerTransform::fit(data));
-}
-
-void TestPointerTransform::parses_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<bool>("valid");
-    QTest::addColumn<QPoint>("mapped");
-
-    const QPoint nowhere;
-    QTest::newRow("seven numbers")
-        << QByteArray("131072 0 65536 0 65536 131072 65536") << true << QPoint(201, 202);
-    QTest::newRow("order") << QByteArray("1 2 3 4 5 6 1\n") << true << QPoint(503, 1406);
-    QTest::newRow("lines") << QByteArray("\t65536 0\r\n0 0 65536\n\n0 65536\r\n") << true
-                           << QPoint(100, 200);
-    QTest::newRow("of ts_calibrate")
-        << QByteArray("1 0 0 0 1 0 1 800 480 0") << true << QPoint(100, 200);
-    QTest::newRow("turned once") << QByteArray("1 0 0 0 1 0 1 800 480 1") << true
-                                 << QPoint(200, 699);
-    QTest::newRow("turned twice") << QByteArray("1 0 0 0 1 0 1 800 480 2") << true
-                                  << QPoint(699, 279);
-    QTest::newRow("turned three times")
-        << QByteArray("1 0 0 0 1 0 1 800 480 3") << true << QPoint(279, 100);
-    QTest::newRow("empty") << QByteArray() << false << nowhere;
-    QTest::newRow("text") << QByteArray("not calibrated\n") << false << nowhere;
-    QTest::newRow("six numbers") << QByteArray("1 2 3 4 5 6\n") << false << nowhere;
-    QTest::newRow("divisor 0") << QByteArray("1 0 0 0 1 0 0") << false << nowhere;
-    QTest::newRow("divisor -1") << QByteArray("1 0 0 0 1 0 -1") << false << nowhere;
-    QTest::newRow("beyond 32 bit") << QByteArray("4294967296 0 0 0 1 0 1") << false << nowhere;
-    QTest::newRow("fraction") << QByteArray("1.5 0 0 0 1 0 1") << false << nowhere;
-    QTest::newRow("everything at one line") << QByteArray("1 2 0 2 4 0 1") << false << nowhere;
-    QTest::newRow("rotation 4") << QByteArray("1 0 0 0 1 0 1 800 480 4") << false << nowhere;
-    QTest::newRow("1 MB") << QByteArray(1 << 20, '7') << false << nowhere;
-    QTest::newRow("1 MB of numbers") << QByteArray("7 ").repeated(1 << 19) << false << nowhere;
-}
-
-void TestPointerTransform::parses()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(bool, valid);
-    const auto transform = PointerTransform::parse(content);
-    QCOMPARE(transform.has_value(), valid);
-    if (valid) {
-        QTEST(transform->map({100, 200}), "mapped");
-        QCOMPARE(PointerTransform::parse(transform->toFile())->map({100, 200}),
-                 transform->map({100, 200}));
-    }
-}
-
-void TestPointerTransform::inverseOfRotatedFile_data()
-{
-    QTest::addColumn<QByteArray>("rotation");
-    for (const char *rotation : {"0", "1", "2", "3"}) {
-        QTest::newRow(rotation) << QByteArray(rotation);
-    }
-}
-
-void TestPointerTransform::inverseOfRotatedFile()
-{
-    QFETCH(QByteArray, rotation);
-    const auto transform =
-        PointerTransform::parse("-13000 90 52000000 120 9000 -900000 65536 800 480 " + rotation);
-    QVERIFY(transform);
-    for (QPoint target : Targets) {
-        if (rotation.toInt() % 2 != 0) {
-            target = target.transposed();
-        }
-        QCOMPARE(transform->map(transform->inverse(target)), target);
-    }
-}
-
-void TestPointerTransform::rotationKeepsCorners_data()
-{
-    QTest::addColumn<int>("turns");
-    QTest::addColumn<QPoint>("topLeft"); ///< of the picture, on the panel behind it
-    QTest::addColumn<QPoint>("topRight");
-
-    // The panel is 800 x 480; the picture is 480 x 800 when turned once or three times.
-    QTest::newRow("0") << 0 << QPoint(0, 0) << QPoint(799, 0);
-    QTest::newRow("1") << 1 << QPoint(0, 479) << QPoint(0, 0);
-    QTest::newRow("2") << 2 << QPoint(799, 479) << QPoint(0, 479);
-    QTest::newRow("3") << 3 << QPoint(799, 0) << QPoint(799, 479);
-}
-
-void TestPointerTransform::rotationKeepsCorners()
-{
-    QFETCH(int, turns);
-    QFETCH(QPoint, topLeft);
-    QFETCH(QPoint, topRight);
-    const QSize picture = turns % 2 == 0 ? Screen : Screen.transposed();
-    QCOMPARE(panelToScreen(topLeft, turns, picture), QPoint(0, 0));
-    QCOMPARE(panelToScreen(topRight, turns, picture), QPoint(picture.width() - 1, 0));
-}
 
 PANEL_TEST_MAIN(TestPointerTransform)
 #include "tst_pointertransform.moc"

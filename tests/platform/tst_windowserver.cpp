@@ -48,147 +48,136 @@ class TestWindowServer : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup();
-    void keyboardTypes_data();
-    void keyboardTypes();
-    void rotationOption_data();
-    void rotationOption();
-    void withoutTouchscreen();
-    void multiTouch();
-    void instance();
-    void cursor();
-};
-
-void TestWindowServer::cleanup()
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    DeviceTest::cleanup();
-}
-
-void TestWindowServer::keyboardTypes_data()
-{
-    QTest::addColumn<QString>("options");
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("built-in key map") << QStringLiteral(":grab=1") << QStringLiteral("y");
-    QTest::newRow("key map file") << QStringLiteral(":grab=1:keymap=/etc/kbd/de.qmap")
-                                  << QStringLiteral("z");
-}
-
-void TestWindowServer::keyboardTypes()
-{
-    QFETCH(QString, options);
-    root().write(QStringLiteral("/etc/kbd/de.qmap"), keymap(KEY_Y, u'z'));
-    const QByteArray fifo =
-        QFile::encodeName(root().path(QStringLiteral("/dev/input/keyboard-fifo")));
-    QVERIFY(mkfifo(fifo.constData(), 0600) == 0);
-    QVERIFY(QFile::link(QStringLiteral("keyboard-fifo"),
-                        root().path(QStringLiteral("/dev/input/keyboard0"))));
-
-    WindowServer server;
-    auto handler =
-        WindowServer::createKeyboardHandler(QStringLiteral("/dev/input/keyboard0") + options);
-    QVERIFY(handler);
-    server.setKeyboardHandler(std::move(handler));
-    QVERIFY(server.hasKeyboard());
-
-    QLineEdit edit;
-    edit.show();
-    edit.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&edit));
-    QFile keyboard(QString::fromLocal8Bit(fifo));
-    QVERIFY(keyboard.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
-    keyboard.write(keyStroke(KEY_Y));
-    QTRY_VERIFY(!edit.text().isEmpty());
-    QTEST(edit.text(), "text");
-
-    server.closeKeyboard();
-    QVERIFY(!server.hasKeyboard());
-    keyboard.write(keyStroke(KEY_Y));
-    for (int i = 0; i < 5; ++i) {
-        QCoreApplication::processEvents();
-    }
-    QTEST(edit.text(), "text");
-}
-
-void TestWindowServer::rotationOption_data()
-{
-    QTest::addColumn<QByteArray>("argument");
-    QTest::addColumn<int>("turns");
-
-    QTest::newRow("none") << QByteArray("offscreen") << 0;
-    QTest::newRow("degrees") << QByteArray("offscreen:rotation=90") << 1;
-    QTest::newRow("after another option") << QByteArray("offscreen:fb=/dev/fb0:rotation=270") << 3;
-    QTest::newRow("quarter turns") << QByteArray("offscreen:rotation=2") << 2;
-    QTest::newRow("backwards") << QByteArray("offscreen:rotation=-90") << 3;
-    QTest::newRow("full turn") << QByteArray("offscreen:rotation=360") << 0;
-    QTest::newRow("no number") << QByteArray("offscreen:rotation=left") << 0;
-    QTest::newRow("of another platform") << QByteArray("xcb:rotation=90;offscreen") << 0;
-    QTest::newRow("second choice") << QByteArray("eglfs;offscreen:rotation=180") << 2;
-}
-
-void TestWindowServer::rotationOption()
-{
-    QFETCH(QByteArray, argument);
-    qputenv("QT_QPA_PLATFORM", argument);
-    const WindowServer server;
-    QTEST(server.transformationOrientation(), "turns");
-    QCOMPARE(server.isTransformed(), server.transformationOrientation() != 0);
-}
-
-void TestWindowServer::withoutTouchscreen()
-{
-    root().write(QStringLiteral("/etc/pointercal"), "1 2 3 4 5 6 7");
-    WindowServer server;
-    QVERIFY(server.openPointer());
-    server.suspendPointer();
-    server.resumePointer();
-    server.clearCalibration();
-    PointerCalibrationData data;
-    data.screenPoints.fill({3, 4});
-    const PointerCalibrationData before = data;
-    server.getCalibration(&data);
-    QCOMPARE(data, before);
-    QVERIFY(server.calibrate(data));
-    QCOMPARE(root().read(QStringLiteral("/etc/pointercal")), QByteArray("1 2 3 4 5 6 7"));
-}
-
-void TestWindowServer::multiTouch()
-{
-    // Not an event device, which is the only thing that Qt's own driver survives.
-    TouchscreenFifo touchscreen(root());
-    root().write(QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type"), "multi");
-    WindowServer server;
-    QVERIFY(server.openPointer());
-    QPushButton button;
-    button.setGeometry(100, 100, 80, 40);
-    button.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&button));
-    QSignalSpy clicks(&button, &QPushButton::clicked);
-    touchscreen.tap({140, 120});
-    QTRY_COMPARE(clicks.size(), 1);
-}
-
-void TestWindowServer::instance()
-{
-    QVERIFY(!WindowServer::instance());
+    void cleanup()
     {
-        const WindowServer server;
-        QCOMPARE(WindowServer::instance(), &server);
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        DeviceTest::cleanup();
     }
-    QVERIFY(!WindowServer::instance());
-}
 
-void TestWindowServer::cursor()
-{
-    WindowServer server;
-    QWidget window;
-    window.show();
-    for (const bool visible : {false, true}) {
-        server.setCursorVisible(visible);
-        QCOMPARE(server.isCursorVisible(), visible);
+    void keyboardTypes_data()
+    {
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QString>("text");
+
+        QTest::newRow("built-in key map") << QStringLiteral(":grab=1") << QStringLiteral("y");
+        QTest::newRow("key map file")
+            << QStringLiteral(":grab=1:keymap=/etc/kbd/de.qmap") << QStringLiteral("z");
     }
-}
+    void keyboardTypes()
+    {
+        QFETCH(QString, options);
+        root().write(QStringLiteral("/etc/kbd/de.qmap"), keymap(KEY_Y, u'z'));
+        const QByteArray fifo =
+            QFile::encodeName(root().path(QStringLiteral("/dev/input/keyboard-fifo")));
+        QVERIFY(mkfifo(fifo.constData(), 0600) == 0);
+        QVERIFY(QFile::link(QStringLiteral("keyboard-fifo"),
+                            root().path(QStringLiteral("/dev/input/keyboard0"))));
+
+        WindowServer server;
+        auto handler =
+            WindowServer::createKeyboardHandler(QStringLiteral("/dev/input/keyboard0") + options);
+        QVERIFY(handler);
+        server.setKeyboardHandler(std::move(handler));
+        QVERIFY(server.hasKeyboard());
+
+        QLineEdit edit;
+        edit.show();
+        edit.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&edit));
+        QFile keyboard(QString::fromLocal8Bit(fifo));
+        QVERIFY(keyboard.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+        keyboard.write(keyStroke(KEY_Y));
+        QTRY_VERIFY(!edit.text().isEmpty());
+        QTEST(edit.text(), "text");
+
+        server.closeKeyboard();
+        QVERIFY(!server.hasKeyboard());
+        keyboard.write(keyStroke(KEY_Y));
+        for (int i = 0; i < 5; ++i) {
+            QCoreApplication::processEvents();
+        }
+        QTEST(edit.text(), "text");
+    }
+
+    void rotationOption_data()
+    {
+        QTest::addColumn<QByteArray>("argument");
+        QTest::addColumn<int>("turns");
+
+        QTest::newRow("none") << QByteArray("offscreen") << 0;
+        QTest::newRow("degrees") << QByteArray("offscreen:rotation=90") << 1;
+        QTest::newRow("after another option")
+            << QByteArray("offscreen:fb=/dev/fb0:rotation=270") << 3;
+        QTest::newRow("quarter turns") << QByteArray("offscreen:rotation=2") << 2;
+        QTest::newRow("backwards") << QByteArray("offscreen:rotation=-90") << 3;
+        QTest::newRow("full turn") << QByteArray("offscreen:rotation=360") << 0;
+        QTest::newRow("no number") << QByteArray("offscreen:rotation=left") << 0;
+        QTest::newRow("of another platform") << QByteArray("xcb:rotation=90;offscreen") << 0;
+        QTest::newRow("second choice") << QByteArray("eglfs;offscreen:rotation=180") << 2;
+    }
+    void rotationOption()
+    {
+        QFETCH(QByteArray, argument);
+        qputenv("QT_QPA_PLATFORM", argument);
+        const WindowServer server;
+        QTEST(server.transformationOrientation(), "turns");
+        QCOMPARE(server.isTransformed(), server.transformationOrientation() != 0);
+    }
+
+    void withoutTouchscreen()
+    {
+        root().write(QStringLiteral("/etc/pointercal"), "1 2 3 4 5 6 7");
+        WindowServer server;
+        QVERIFY(server.openPointer());
+        server.suspendPointer();
+        server.resumePointer();
+        server.clearCalibration();
+        PointerCalibrationData data;
+        data.screenPoints.fill({3, 4});
+        const PointerCalibrationData before = data;
+        server.getCalibration(&data);
+        QCOMPARE(data, before);
+        QVERIFY(server.calibrate(data));
+        QCOMPARE(root().read(QStringLiteral("/etc/pointercal")), QByteArray("1 2 3 4 5 6 7"));
+    }
+
+    void multiTouch()
+    {
+        // Not an event device, which is the only thing that Qt's own driver survives.
+        TouchscreenFifo touchscreen(root());
+        root().write(QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type"), "multi");
+        WindowServer server;
+        QVERIFY(server.openPointer());
+        QPushButton button;
+        button.setGeometry(100, 100, 80, 40);
+        button.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&button));
+        QSignalSpy clicks(&button, &QPushButton::clicked);
+        touchscreen.tap({140, 120});
+        QTRY_COMPARE(clicks.size(), 1);
+    }
+
+    void instance()
+    {
+        QVERIFY(!WindowServer::instance());
+        {
+            const WindowServer server;
+            QCOMPARE(WindowServer::instance(), &server);
+        }
+        QVERIFY(!WindowServer::instance());
+    }
+
+    void cursor()
+    {
+        WindowServer server;
+        QWidget window;
+        window.show();
+        for (const bool visible : {false, true}) {
+            server.setCursorVisible(visible);
+            QCOMPARE(server.isCursorVisible(), visible);
+        }
+    }
+};
 
 PANEL_TEST_MAIN(TestWindowServer)
 #include "tst_windowserver.moc"

@@ -65,426 +65,386 @@ class TestPanelctl : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void badUsageChangesNothing_data();
-    void badUsageChangesNothing();
-    void initRefusesAForeignFolder();
-    void plcAndNetworkReachTheFirmware();
-    void bootFollowsTheSettings();
-    void touchLandsWhereTheFingerIs_data();
-    void touchLandsWhereTheFingerIs();
-    void touchscreenComesAndGoes();
-    void calibratePlaysTheOperator_data();
-    void calibratePlaysTheOperator();
-    void keyboardTypes_data();
-    void keyboardTypes();
-    void nobodyListens();
-    void syscfgMerges_data();
-    void syscfgMerges();
-    void syscfgMisbehaves_data();
-    void syscfgMisbehaves();
-    void rebootAndMountAreLogged();
+    void badUsageChangesNothing_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("named");
+        const auto row = [](const char *pLine, const char *pNamed) {
+            QTest::newRow(pLine) << QString::fromLatin1(pLine).split(u' ') << QByteArray(pNamed);
+        };
+        row("explode", "explode");
+        row("--colour plc stop", "--colour");
+        row("plc stop now", "now");
+        row("plc state high", "high");
+        row("net lease 1.2.3.256", "1.2.3.256");
+        row("net static 10.0.0.1 --interface eth9", "eth9");
+        row("touch 800 0", "800");
+        row("touch 10", "Y");
+        row("touch 10 10 --ms", "--ms");
+        row("touchscreen remove", "remove");
+        row("calibrate now", "now");
+        row("calibrate --noise much", "much");
+        row("calibrate --no-accept --exit", "--exit");
+        row("keyboard type a<Foo>", "<Foo>");
+        row("keyboard plug 11", "11");
+        row("syscfg fail 256", "256");
+        row("init --screen 800", "800");
+        row("init --touch triple", "triple");
+        row("init --mapping skewed,odd", "odd");
+        row("screenshot", "FILE");
+        row("firmware =1", "=1");
+    }
+    void badUsageChangesNothing()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, named);
+        QCOMPARE(panelctl("init").code, 0);
+        const auto content = [this] {
+            QByteArray all;
+            QDirIterator files(root().path(QString()), QDir::Files | QDir::Hidden | QDir::System,
+                               QDirIterator::Subdirectories);
+            while (files.hasNext()) {
+                const QFileInfo info(files.next());
+                all += info.filePath().toUtf8() + QByteArray::number(info.size())
+                    + info.lastModified().toString(Qt::ISODateWithMs).toUtf8();
+            }
+            return all;
+        };
+        const QByteArray before = content();
+        const Result result = panelctl(arguments);
+        QCOMPARE(result.code, 2);
+        QVERIFY2(result.error.contains(named), result.error.constData());
+        QCOMPARE(result.error.count('\n'), 1);
+        QCOMPARE(content(), before);
+    }
+
+    void initRefusesAForeignFolder()
+    {
+        const QTemporaryDir folder;
+        QFile precious(folder.filePath("etc"));
+        QVERIFY(precious.open(QIODevice::WriteOnly));
+        QCOMPARE(panelctl({"init", folder.path()}).code, 1);
+        QVERIFY(precious.exists());
+        QVERIFY(precious.remove());
+        QCOMPARE(panelctl({"init", folder.path()}).code, 0);
+        QCOMPARE(panelctl({"init", folder.path()}).code, 0);
+    }
+
+    void plcAndNetworkReachTheFirmware()
+    {
+        QCOMPARE(panelctl("init").code, 0);
+        std::array<char, RCTRL_STATUS_SIZE> status{};
+        QCOMPARE(panelctl({"plc", "app", QString(), " Gr\u00fc\u00dfe\n"}).code, 0);
+        QCOMPARE(panelctl("plc state 6").code, 0);
+        QCOMPARE(rctrl_get_status(1, status.data()), 0);
+        QCOMPARE(status[0], char(2));
+        QCOMPARE(status[4], char(6));
+        QCOMPARE(QString::fromUtf8(status.data() + 88 + 440), " Gr\u00fc\u00dfe\n");
+        QCOMPARE(panelctl("plc fail-start").code, 0);
+        QVERIFY(rctrl_start_all_applications(1) != 0);
+        QCOMPARE(panelctl("plc start-ok").code, 0);
+        QCOMPARE(rctrl_start_all_applications(1), 0);
+        QCOMPARE(panelctl("plc no-link").code, 0);
+        QVERIFY(rctrl_init_communication() < 1);
+
+        std::array<char, 84> text{};
+        QCOMPARE(panelctl("net dhcp").code, 0);
+        QVERIFY(root().read("/etc/settings.ini").contains("eth0.mode=dhcp"));
+        QVERIFY(sysif_GetInterfaceIp(text.data(), "eth0") != 0);
+        QCOMPARE(panelctl("net lease 10.0.3.9").code, 0);
+        QCOMPARE(sysif_GetInterfaceIp(text.data(), "eth0"), 0);
+        QCOMPARE(text.data(), "10.0.3.9");
+        QCOMPARE(sysgw_GetDefaultGateway(text.data(), 64), 1);
+        QCOMPARE(panelctl("net no-lease").code, 0);
+        QCOMPARE(sysgw_GetDefaultGateway(text.data(), 64), 0);
+        QCOMPARE(panelctl("net static 10.1.1.1 --interface eth2").code, 0);
+        QVERIFY(sysif_IsEth2Present() != 0);
+        QCOMPARE(sysdb_GetEth2Mode(text.data()), 0);
+        QCOMPARE(text.data(), "static");
+    }
+
+    void bootFollowsTheSettings()
+    {
+        QCOMPARE(panelctl("init").code, 0);
+        root().write("/etc/settings.ini", "[network]\neth0.mode=DHCP\n");
+        root().write("/tmp/newsettings.ini", "left over");
+        QCOMPARE(panelctl("boot").code, 0);
+        std::array<char, 84> text{};
+        QCOMPARE(sysdb_GetEth0Mode(text.data()), 0);
+        QCOMPARE(text.data(), "dhcp");
+        QVERIFY(sysif_GetInterfaceIp(text.data(), "eth0") != 0);
+        QVERIFY(!root().exists("/tmp/newsettings.ini"));
+    }
+
+    void touchLandsWhereTheFingerIs_data()
+    {
+        QTest::addColumn<QString>("mapping");
+        QTest::addColumn<QSize>("screen");
+        QTest::addColumn<int>("tolerance");
+        QTest::newRow("skewed") << "skewed" << QSize(800, 480) << 0;
+        QTest::newRow("plain") << "plain" << QSize(320, 240) << 0;
+        QTest::newRow("swapped") << "swapped" << QSize(1920, 1080) << 0;
+        QTest::newRow("swapped, mirrored") << "swapped,mirror-x,mirror-y" << QSize(480, 800) << 0;
+        // One raw step is nearly five pixels.
+        QTest::newRow("coarse") << "coarse,mirror-y" << QSize(1920, 1080) << 5;
+    }
+    void touchLandsWhereTheFingerIs()
+    {
+        QFETCH(QString, mapping);
+        QFETCH(QSize, screen);
+        QFETCH(int, tolerance);
+        setScreen(screen);
+        const QString size = QStringLiteral("%1x%2").arg(screen.width()).arg(screen.height());
+        QCOMPARE(panelctl({"init", "--mapping", mapping, "--screen", size}).code, 0);
+        Target target;
+        target.setWindowFlag(Qt::FramelessWindowHint);
+        target.setGeometry(QRect(QPoint(), screen));
+        target.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&target));
+        WindowServer windowServer;
+        QVERIFY(windowServer.openPointer());
+
+        const QRect inside =
+            QRect(QPoint(), screen).marginsRemoved({tolerance, tolerance, tolerance, tolerance});
+        const QList<QPoint> fingers{inside.topLeft(), inside.bottomRight(), inside.center()};
+        for (const QPoint &finger : fingers) {
+            QCOMPARE(panelctl({"touch", QString::number(finger.x()), QString::number(finger.y()),
+                               "--ms=20"})
+                         .code,
+                     0);
+            QTRY_COMPARE(target.releases.size(), 1);
+            QCOMPARE(target.presses.size(), 1);
+            for (const QPoint &seen : {target.presses.takeLast(), target.releases.takeLast()}) {
+                QVERIFY2((seen - finger).manhattanLength() <= 2 * tolerance,
+                         qPrintable(QStringLiteral("%1,%2").arg(seen.x()).arg(seen.y())));
+            }
+        }
+    }
+
+    void touchscreenComesAndGoes()
+    {
+        QCOMPARE(panelctl("init").code, 0);
+        QCOMPARE(panelctl("touchscreen plug").code, 1);
+        WindowServer windowServer;
+        QVERIFY(windowServer.openPointer());
+        QCOMPARE(panelctl("touchscreen unplug").code, 0);
+        QVERIFY(!root().exists("/dev/input/touchscreen"));
+        QCOMPARE(panelctl("touch 1 1").code, 1);
+        QCOMPARE(panelctl("touchscreen unplug").code, 1);
+        QCOMPARE(panelctl("touchscreen plug").code, 0);
+        QCOMPARE(panelctl("touch 1 1 --ms=0").code, 0);
+    }
+
+    void calibratePlaysTheOperator_data()
+    {
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QString>("mapping");
+        QTest::addColumn<QSize>("screen");
+        QTest::addColumn<bool>("kept"); // the new calibration
+        QTest::addColumn<int>("tolerance"); // pixels
+        // Exit is disabled until Accept is hit, so the request's end shows that both were, through
+        // the new calibration.
+        QTest::newRow("accepts and leaves") << "--exit"
+                                            << "swapped,mirror-y" << QSize(320, 240) << true << 1;
+        QTest::newRow("starts by hand, trembles, does not accept")
+            << "--start --no-accept --noise 4 --seed 3"
+            << "plain" << QSize(800, 480) << false << 12;
+    }
+    /// The real pages on the real touchscreen driver, the operator in another process.
+    void calibratePlaysTheOperator()
+    {
+        QFETCH(QString, options);
+        QFETCH(QString, mapping);
+        QFETCH(QSize, screen);
+        QFETCH(bool, kept);
+        QFETCH(int, tolerance);
+        const QString request = "/tmp/.system/TouchCalibration";
+        const QString file = "/etc/pointercal";
+        setScreen(screen);
+        const auto init = [&](const QString &calibration) {
+            return panelctl({"init", "--pointercal", calibration, "--mapping", mapping, "--screen",
+                             QStringLiteral("%1x%2").arg(screen.width()).arg(screen.height())})
+                .code;
+        };
+        QCOMPARE(init("good"), 0);
+        const auto exact = PointerTransform::parse(root().read(file));
+        QVERIFY(exact);
+        QCOMPARE(init("wrong"), 0);
+        const QByteArray before = root().read(file);
+        WindowServer windowServer;
+        QVERIFY(windowServer.openPointer());
+        auto pPage = std::make_unique<CalibrationPage>();
+        QTimer tick; // as the main window's
+        connect(&tick, &QTimer::timeout, pPage.get(), [&] {
+            if (root().exists(request)) {
+                pPage->startAutoCalibration();
+            }
+        });
+        tick.start(50);
+
+        QProcess person;
+        person.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        person.start(QStringLiteral(PANELCTL), QStringList{"calibrate"} + options.split(u' '));
+        QTRY_COMPARE_WITH_TIMEOUT(person.state(), QProcess::NotRunning, 60000);
+        QCOMPARE(person.exitCode(), 0);
+        QCOMPARE(root().exists(request), !options.contains(u"--exit"));
+        QVERIFY(root().read(file) != before);
+        tick.stop();
+        const auto measured = PointerTransform::parse(root().read(file));
+        QVERIFY(measured);
+        for (const QPoint &corner :
+             {QPoint(0, 0), QPoint(screen.width() - 1, 0), QPoint(0, screen.height() - 1),
+              QPoint(screen.width() - 1, screen.height() - 1)}) {
+            const QPoint error = measured->map(exact->inverse(corner)) - corner;
+            QVERIFY2(std::max(std::abs(error.x()), std::abs(error.y())) <= tolerance,
+                     qPrintable(QStringLiteral("%1,%2").arg(error.x()).arg(error.y())));
+        }
+        pPage.reset();
+        QCOMPARE(root().read(file) != before, kept);
+    }
+
+    void keyboardTypes_data()
+    {
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("seen");
+        QTest::newRow("US") << QString() << "yZ-:;a<Left>B<lt><Home><Delete>"
+                            << "Z-:;B<a";
+        QTest::newRow("German") << ":keymap=/etc/kbd/de.qmap"
+                                << "yZ-[&<AltGr+q><Shift+Tab>a<Left>s<Backspace>"
+                                << "zY\u00df\u00fc/@a";
+        QTest::newRow("held") << QString() << "abc<Left:600>X"
+                              << "Xabc";
+    }
+    void keyboardTypes()
+    {
+        QFETCH(QString, options);
+        QFETCH(QString, typed);
+        QFETCH(QString, seen);
+        QCOMPARE(panelctl("init").code, 0);
+        QCOMPARE(panelctl("keyboard plug").code, 0);
+        QVERIFY(QFileInfo(root().path("/dev/input/keyboard0")).isSymLink());
+        QLineEdit edit;
+        edit.show();
+        edit.activateWindow();
+        edit.setFocus();
+        QVERIFY(QTest::qWaitForWindowActive(&edit));
+        // A pipe has no lights; the driver asks for them twice.
+        for (int i = 0; i < 2; ++i) {
+            QTest::ignoreMessage(QtWarningMsg, "evdevkeyboard: Failed to query led states");
+        }
+        WindowServer windowServer;
+        windowServer.setKeyboardHandler(WindowServer::createKeyboardHandler(
+            QStringLiteral("/dev/input/keyboard0:grab=1") + options));
+        QVERIFY(windowServer.hasKeyboard());
+        QCOMPARE(panelctl({"keyboard", "type", typed}).code, 0);
+        QTRY_COMPARE(edit.text(), seen);
+        windowServer.closeKeyboard();
+        QCOMPARE(panelctl("keyboard unplug").code, 0);
+        QVERIFY(QDir(root().path("/dev/input"))
+                    .entryList({"keyboard*"}, QDir::AllEntries | QDir::System)
+                    .isEmpty());
+        QCOMPARE(panelctl("keyboard unplug").code, 1);
+    }
+
+    void nobodyListens()
+    {
+        QCOMPARE(panelctl("init").code, 0);
+        QCOMPARE(panelctl("keyboard plug").code, 0);
+        const std::array lines{"touch 1 1", "calibrate", "keyboard type a",
+                               "screenshot x.png --wait 1"};
+        // All at once, as each waits some seconds for the panel.
+        std::array<QProcess, lines.size()> tools;
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            tools[i].start(QStringLiteral(PANELCTL), QString::fromLatin1(lines[i]).split(u' '));
+        }
+        for (QProcess &tool : tools) {
+            QVERIFY(tool.waitForFinished());
+            QCOMPARE(tool.exitCode(), 1);
+            const QByteArray error = tool.readAllStandardError();
+            QVERIFY2(error.contains("is the panel running"), error.constData());
+        }
+        QVERIFY(!root().exists("/tmp/makeScreenshot"));
+        QVERIFY(!root().exists("/tmp/.system/TouchCalibration"));
+    }
+
+    void syscfgMerges_data()
+    {
+        QTest::addColumn<QByteArray>("settings");
+        QTest::addColumn<QByteArray>("merged");
+        QTest::newRow("replaces") << QByteArray("[options]\neth0.mode=keep\n\n[network]\n; note\n"
+                                                "eth0.mode=static\neth0.ip=1.2.3.4\n")
+                                  << QByteArray(
+                                         "[options]\neth0.mode=keep\n\n[network]\n; note\n"
+                                         "eth0.mode=dhcp\neth0.ip=1.2.3.4\ndnsserver1=a\\\\b&\n");
+        QTest::newRow("adds to its group, duplicates go")
+            << QByteArray("[network]\r\neth0.mode=a\r\neth0.mode=b\r\n\r\n[input]\r\nk=1\r\n")
+            << QByteArray("[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n\n[input]\nk=1\n");
+        QTest::newRow("adds the group") << QByteArray("[input]\nk=1\n")
+                                        << QByteArray("[input]\nk=1\n[network]\neth0.mode=dhcp\n"
+                                                      "dnsserver1=a\\\\b&\n");
+        QTest::newRow("empty") << QByteArray()
+                               << QByteArray("[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n");
+    }
+    void syscfgMerges()
+    {
+        QFETCH(QByteArray, settings);
+        QFETCH(QByteArray, merged);
+        QCOMPARE(panelctl("init").code, 0);
+        root().write("/etc/settings.ini", settings);
+        const QByteArray changes = "[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n";
+        root().write("/tmp/new settings.ini", changes);
+        const QString input = root().path("/tmp/new settings.ini");
+        const Result result = run(root().path("/bin/syscfg"), {"-i", input, "-g", "all"});
+        QCOMPARE(result.error, QByteArray());
+        QCOMPARE(result.code, 0);
+        QCOMPARE(root().read("/etc/settings.ini"), merged);
+        QCOMPARE(root().read("/simulator/syscfg-1.ini"), changes);
+        QVERIFY(
+            panelctl("log").output.contains("syscfg '-i' '" + input.toUtf8() + "' '-g' 'all'\n"));
+    }
+
+    void syscfgMisbehaves_data()
+    {
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<int>("code");
+        QTest::newRow("fails") << "fail 3" << 3;
+        QTest::newRow("crashes") << "crash" << -1;
+        QTest::newRow("missing") << "missing" << -1;
+    }
+    void syscfgMisbehaves()
+    {
+        QFETCH(QString, mode);
+        QFETCH(int, code);
+        QCOMPARE(panelctl("init").code, 0);
+        QCOMPARE(panelctl(QStringList{"syscfg"} + mode.split(u' ')).code, 0);
+        const QByteArray settings = root().read("/etc/settings.ini");
+        const QString input = root().path("/tmp/newsettings.ini");
+        root().write("/tmp/newsettings.ini", "[network]\neth0.mode=dhcp\n");
+        const QStringList arguments{"-i", input, "-g", "all"};
+        const QString program = root().path("/bin/syscfg");
+        if (mode != u"missing") {
+            QCOMPARE(run(program, arguments).code, code);
+        }
+        QCOMPARE(root().exists("/bin/syscfg"), mode != u"missing");
+        QCOMPARE(root().read("/etc/settings.ini"), settings);
+        QCOMPARE(panelctl("syscfg ok").code, 0);
+        QCOMPARE(run(program, arguments.mid(0, 2)).code, 2);
+        QCOMPARE(run(program, arguments).code, 0);
+    }
+
+    void rebootAndMountAreLogged()
+    {
+        QCOMPARE(panelctl("init").code, 0);
+        QCOMPARE(run(root().path("/sbin/reboot"), {}).code, 0);
+        QCOMPARE(run(root().path("/bin/mount"), {"-o", "remount,rw", "/a b"}).code, 0);
+        const QList<QByteArray> lines = panelctl("log").output.split('\n');
+        QVERIFY(lines.value(0).endsWith(" reboot"));
+        QVERIFY(lines.value(1).endsWith(" mount '-o' 'remount,rw' '/a b'"));
+        QCOMPARE(panelctl("log --clear").code, 0);
+        QCOMPARE(panelctl("log").output, QByteArray());
+    }
 };
-
-void TestPanelctl::badUsageChangesNothing_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("named");
-    const auto row = [](const char *pLine, const char *pNamed) {
-        QTest::newRow(pLine) << QString::fromLatin1(pLine).split(u' ') << QByteArray(pNamed);
-    };
-    row("explode", "explode");
-    row("--colour plc stop", "--colour");
-    row("plc stop now", "now");
-    row("plc state high", "high");
-    row("net lease 1.2.3.256", "1.2.3.256");
-    row("net static 10.0.0.1 --interface eth9", "eth9");
-    row("touch 800 0", "800");
-    row("touch 10", "Y");
-    row("touch 10 10 --ms", "--ms");
-    row("touchscreen remove", "remove");
-    row("calibrate now", "now");
-    row("calibrate --noise much", "much");
-    row("calibrate --no-accept --exit", "--exit");
-    row("keyboard type a<Foo>", "<Foo>");
-    row("keyboard plug 11", "11");
-    row("syscfg fail 256", "256");
-    row("init --screen 800", "800");
-    row("init --touch triple", "triple");
-    row("init --mapping skewed,odd", "odd");
-    row("screenshot", "FILE");
-    row("firmware =1", "=1");
-}
-
-void TestPanelctl::badUsageChangesNothing()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, named);
-    QCOMPARE(panelctl("init").code, 0);
-    const auto content = [this] {
-        QByteArray all;
-        QDirIterator files(root().path(QString()), QDir::Files | QDir::Hidden | QDir::System,
-                           QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            const QFileInfo info(files.next());
-            all += info.filePath().toUtf8() + QByteArray::number(info.size())
-                + info.lastModified().toString(Qt::ISODateWithMs).toUtf8();
-        }
-        return all;
-    };
-    const QByteArray before = content();
-    const Result result = panelctl(arguments);
-    QCOMPARE(result.code, 2);
-    QVERIFY2(result.error.contains(named), result.error.constData());
-    QCOMPARE(result.error.count('\n'), 1);
-    QCOMPARE(content(), before);
-}
-
-void TestPanelctl::initRefusesAForeignFolder()
-{
-    const QTemporaryDir folder;
-    QFile precious(folder.filePath(QStringLiteral("etc")));
-    QVERIFY(precious.open(QIODevice::WriteOnly));
-    QCOMPARE(panelctl({QStringLiteral("init"), folder.path()}).code, 1);
-    QVERIFY(precious.exists());
-    QVERIFY(precious.remove());
-    QCOMPARE(panelctl({QStringLiteral("init"), folder.path()}).code, 0);
-    QCOMPARE(panelctl({QStringLiteral("init"), folder.path()}).code, 0);
-}
-
-void TestPanelctl::plcAndNetworkReachTheFirmware()
-{
-    QCOMPARE(panelctl("init").code, 0);
-    std::array<char, RCTRL_STATUS_SIZE> status{};
-    QCOMPARE(panelctl({QStringLiteral("plc"), QStringLiteral("app"), QString(),
-                       QStringLiteral(" Gr\u00fc\u00dfe\n")})
-                 .code,
-             0);
-    QCOMPARE(panelctl("plc state 6").code, 0);
-    QCOMPARE(rctrl_get_status(1, status.data()), 0);
-    QCOMPARE(status[0], char(2));
-    QCOMPARE(status[4], char(6));
-    QCOMPARE(QString::fromUtf8(status.data() + 88 + 440), QStringLiteral(" Gr\u00fc\u00dfe\n"));
-    QCOMPARE(panelctl("plc fail-start").code, 0);
-    QVERIFY(rctrl_start_all_applications(1) != 0);
-    QCOMPARE(panelctl("plc start-ok").code, 0);
-    QCOMPARE(rctrl_start_all_applications(1), 0);
-    QCOMPARE(panelctl("plc no-link").code, 0);
-    QVERIFY(rctrl_init_communication() < 1);
-
-    std::array<char, 84> text{};
-    QCOMPARE(panelctl("net dhcp").code, 0);
-    QVERIFY(root().read(QStringLiteral("/etc/settings.ini")).contains("eth0.mode=dhcp"));
-    QVERIFY(sysif_GetInterfaceIp(text.data(), "eth0") != 0);
-    QCOMPARE(panelctl("net lease 10.0.3.9").code, 0);
-    QCOMPARE(sysif_GetInterfaceIp(text.data(), "eth0"), 0);
-    QCOMPARE(text.data(), "10.0.3.9");
-    QCOMPARE(sysgw_GetDefaultGateway(text.data(), 64), 1);
-    QCOMPARE(panelctl("net no-lease").code, 0);
-    QCOMPARE(sysgw_GetDefaultGateway(text.data(), 64), 0);
-    QCOMPARE(panelctl("net static 10.1.1.1 --interface eth2").code, 0);
-    QVERIFY(sysif_IsEth2Present() != 0);
-    QCOMPARE(sysdb_GetEth2Mode(text.data()), 0);
-    QCOMPARE(text.data(), "static");
-}
-
-void TestPanelctl::bootFollowsTheSettings()
-{
-    QCOMPARE(panelctl("init").code, 0);
-    root().write(QStringLiteral("/etc/settings.ini"), "[network]\neth0.mode=DHCP\n");
-    root().write(QStringLiteral("/tmp/newsettings.ini"), "left over");
-    QCOMPARE(panelctl("boot").code, 0);
-    std::array<char, 84> text{};
-    QCOMPARE(sysdb_GetEth0Mode(text.data()), 0);
-    QCOMPARE(text.data(), "dhcp");
-    QVERIFY(sysif_GetInterfaceIp(text.data(), "eth0") != 0);
-    QVERIFY(!root().exists(QStringLiteral("/tmp/newsettings.ini")));
-}
-
-void TestPanelctl::touchLandsWhereTheFingerIs_data()
-{
-    QTest::addColumn<QString>("mapping");
-    QTest::addColumn<QSize>("screen");
-    QTest::addColumn<int>("tolerance");
-    QTest::newRow("skewed") << QStringLiteral("skewed") << QSize(800, 480) << 0;
-    QTest::newRow("plain") << QStringLiteral("plain") << QSize(320, 240) << 0;
-    QTest::newRow("swapped") << QStringLiteral("swapped") << QSize(1920, 1080) << 0;
-    QTest::newRow("swapped, mirrored")
-        << QStringLiteral("swapped,mirror-x,mirror-y") << QSize(480, 800) << 0;
-    // One raw step is nearly five pixels.
-    QTest::newRow("coarse") << QStringLiteral("coarse,mirror-y") << QSize(1920, 1080) << 5;
-}
-
-void TestPanelctl::touchLandsWhereTheFingerIs()
-{
-    QFETCH(QString, mapping);
-    QFETCH(QSize, screen);
-    QFETCH(int, tolerance);
-    setScreen(screen);
-    const QString size = QStringLiteral("%1x%2").arg(screen.width()).arg(screen.height());
-    QCOMPARE(panelctl({QStringLiteral("init"), QStringLiteral("--mapping"), mapping,
-                       QStringLiteral("--screen"), size})
-                 .code,
-             0);
-    Target target;
-    target.setWindowFlag(Qt::FramelessWindowHint);
-    target.setGeometry(QRect(QPoint(), screen));
-    target.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&target));
-    WindowServer windowServer;
-    QVERIFY(windowServer.openPointer());
-
-    const QRect inside =
-        QRect(QPoint(), screen).marginsRemoved({tolerance, tolerance, tolerance, tolerance});
-    const QList<QPoint> fingers{inside.topLeft(), inside.bottomRight(), inside.center()};
-    for (const QPoint &finger : fingers) {
-        QCOMPARE(panelctl({QStringLiteral("touch"), QString::number(finger.x()),
-                           QString::number(finger.y()), QStringLiteral("--ms=20")})
-                     .code,
-                 0);
-        QTRY_COMPARE(target.releases.size(), 1);
-        QCOMPARE(target.presses.size(), 1);
-        for (const QPoint &seen : {target.presses.takeLast(), target.releases.takeLast()}) {
-            QVERIFY2((seen - finger).manhattanLength() <= 2 * tolerance,
-                     qPrintable(QStringLiteral("%1,%2").arg(seen.x()).arg(seen.y())));
-        }
-    }
-}
-
-void TestPanelctl::touchscreenComesAndGoes()
-{
-    QCOMPARE(panelctl("init").code, 0);
-    QCOMPARE(panelctl("touchscreen plug").code, 1);
-    WindowServer windowServer;
-    QVERIFY(windowServer.openPointer());
-    QCOMPARE(panelctl("touchscreen unplug").code, 0);
-    QVERIFY(!root().exists(QStringLiteral("/dev/input/touchscreen")));
-    QCOMPARE(panelctl("touch 1 1").code, 1);
-    QCOMPARE(panelctl("touchscreen unplug").code, 1);
-    QCOMPARE(panelctl("touchscreen plug").code, 0);
-    QCOMPARE(panelctl("touch 1 1 --ms=0").code, 0);
-}
-
-void TestPanelctl::calibratePlaysTheOperator_data()
-{
-    QTest::addColumn<QString>("options");
-    QTest::addColumn<QString>("mapping");
-    QTest::addColumn<QSize>("screen");
-    QTest::addColumn<bool>("kept"); // the new calibration
-    QTest::addColumn<int>("tolerance"); // pixels
-    // Exit is disabled until Accept is hit, so the request's end shows that both were, through the
-    // new calibration.
-    QTest::newRow("accepts and leaves")
-        << QStringLiteral("--exit") << QStringLiteral("swapped,mirror-y") << QSize(320, 240) << true
-        << 1;
-    QTest::newRow("starts by hand, trembles, does not accept")
-        << QStringLiteral("--start --no-accept --noise 4 --seed 3") << QStringLiteral("plain")
-        << QSize(800, 480) << false << 12;
-}
-
-/// The real pages on the real touchscreen driver, the operator in another process.
-void TestPanelctl::calibratePlaysTheOperator()
-{
-    QFETCH(QString, options);
-    QFETCH(QString, mapping);
-    QFETCH(QSize, screen);
-    QFETCH(bool, kept);
-    QFETCH(int, tolerance);
-    const QString request = QStringLiteral("/tmp/.system/TouchCalibration");
-    const QString file = QStringLiteral("/etc/pointercal");
-    setScreen(screen);
-    const auto init = [&](const QString &calibration) {
-        return panelctl({QStringLiteral("init"), QStringLiteral("--pointercal"), calibration,
-                         QStringLiteral("--mapping"), mapping, QStringLiteral("--screen"),
-                         QStringLiteral("%1x%2").arg(screen.width()).arg(screen.height())})
-            .code;
-    };
-    QCOMPARE(init(QStringLiteral("good")), 0);
-    const auto exact = PointerTransform::parse(root().read(file));
-    QVERIFY(exact);
-    QCOMPARE(init(QStringLiteral("wrong")), 0);
-    const QByteArray before = root().read(file);
-    WindowServer windowServer;
-    QVERIFY(windowServer.openPointer());
-    auto pPage = std::make_unique<CalibrationPage>();
-    QTimer tick; // as the main window's
-    connect(&tick, &QTimer::timeout, pPage.get(), [&] {
-        if (root().exists(request)) {
-            pPage->startAutoCalibration();
-        }
-    });
-    tick.start(50);
-
-    QProcess person;
-    person.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    person.start(QStringLiteral(PANELCTL),
-                 QStringList{QStringLiteral("calibrate")} + options.split(u' '));
-    QTRY_COMPARE_WITH_TIMEOUT(person.state(), QProcess::NotRunning, 60000);
-    QCOMPARE(person.exitCode(), 0);
-    QCOMPARE(root().exists(request), !options.contains(u"--exit"));
-    QVERIFY(root().read(file) != before);
-    tick.stop();
-    const auto measured = PointerTransform::parse(root().read(file));
-    QVERIFY(measured);
-    for (const QPoint &corner :
-         {QPoint(0, 0), QPoint(screen.width() - 1, 0), QPoint(0, screen.height() - 1),
-          QPoint(screen.width() - 1, screen.height() - 1)}) {
-        const QPoint error = measured->map(exact->inverse(corner)) - corner;
-        QVERIFY2(std::max(std::abs(error.x()), std::abs(error.y())) <= tolerance,
-                 qPrintable(QStringLiteral("%1,%2").arg(error.x()).arg(error.y())));
-    }
-    pPage.reset();
-    QCOMPARE(root().read(file) != before, kept);
-}
-
-void TestPanelctl::keyboardTypes_data()
-{
-    QTest::addColumn<QString>("options");
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("seen");
-    QTest::newRow("US") << QString() << QStringLiteral("yZ-:;a<Left>B<lt><Home><Delete>")
-                        << QStringLiteral("Z-:;B<a");
-    QTest::newRow("German") << QStringLiteral(":keymap=/etc/kbd/de.qmap")
-                            << QStringLiteral("yZ-[&<AltGr+q><Shift+Tab>a<Left>s<Backspace>")
-                            << QStringLiteral("zY\u00df\u00fc/@a");
-    QTest::newRow("held") << QString() << QStringLiteral("abc<Left:600>X")
-                          << QStringLiteral("Xabc");
-}
-
-void TestPanelctl::keyboardTypes()
-{
-    QFETCH(QString, options);
-    QFETCH(QString, typed);
-    QFETCH(QString, seen);
-    QCOMPARE(panelctl("init").code, 0);
-    QCOMPARE(panelctl("keyboard plug").code, 0);
-    QVERIFY(QFileInfo(root().path(QStringLiteral("/dev/input/keyboard0"))).isSymLink());
-    QLineEdit edit;
-    edit.show();
-    edit.activateWindow();
-    edit.setFocus();
-    QVERIFY(QTest::qWaitForWindowActive(&edit));
-    // A pipe has no lights; the driver asks for them twice.
-    for (int i = 0; i < 2; ++i) {
-        QTest::ignoreMessage(QtWarningMsg, "evdevkeyboard: Failed to query led states");
-    }
-    WindowServer windowServer;
-    windowServer.setKeyboardHandler(WindowServer::createKeyboardHandler(
-        QStringLiteral("/dev/input/keyboard0:grab=1") + options));
-    QVERIFY(windowServer.hasKeyboard());
-    QCOMPARE(panelctl({QStringLiteral("keyboard"), QStringLiteral("type"), typed}).code, 0);
-    QTRY_COMPARE(edit.text(), seen);
-    windowServer.closeKeyboard();
-    QCOMPARE(panelctl("keyboard unplug").code, 0);
-    QVERIFY(QDir(root().path(QStringLiteral("/dev/input")))
-                .entryList({QStringLiteral("keyboard*")}, QDir::AllEntries | QDir::System)
-                .isEmpty());
-    QCOMPARE(panelctl("keyboard unplug").code, 1);
-}
-
-void TestPanelctl::nobodyListens()
-{
-    QCOMPARE(panelctl("init").code, 0);
-    QCOMPARE(panelctl("keyboard plug").code, 0);
-    const std::array lines{"touch 1 1", "calibrate", "keyboard type a",
-                           "screenshot x.png --wait 1"};
-    // All at once, as each waits some seconds for the panel.
-    std::array<QProcess, lines.size()> tools;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        tools[i].start(QStringLiteral(PANELCTL), QString::fromLatin1(lines[i]).split(u' '));
-    }
-    for (QProcess &tool : tools) {
-        QVERIFY(tool.waitForFinished());
-        QCOMPARE(tool.exitCode(), 1);
-        const QByteArray error = tool.readAllStandardError();
-        QVERIFY2(error.contains("is the panel running"), error.constData());
-    }
-    QVERIFY(!root().exists(QStringLiteral("/tmp/makeScreenshot")));
-    QVERIFY(!root().exists(QStringLiteral("/tmp/.system/TouchCalibration")));
-}
-
-void TestPanelctl::syscfgMerges_data()
-{
-    QTest::addColumn<QByteArray>("settings");
-    QTest::addColumn<QByteArray>("merged");
-    QTest::newRow("replaces") << QByteArray("[options]\neth0.mode=keep\n\n[network]\n; note\n"
-                                            "eth0.mode=static\neth0.ip=1.2.3.4\n")
-                              << QByteArray(
-                                     "[options]\neth0.mode=keep\n\n[network]\n; note\n"
-                                     "eth0.mode=dhcp\neth0.ip=1.2.3.4\ndnsserver1=a\\\\b&\n");
-    QTest::newRow("adds to its group, duplicates go")
-        << QByteArray("[network]\r\neth0.mode=a\r\neth0.mode=b\r\n\r\n[input]\r\nk=1\r\n")
-        << QByteArray("[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n\n[input]\nk=1\n");
-    QTest::newRow("adds the group") << QByteArray("[input]\nk=1\n")
-                                    << QByteArray("[input]\nk=1\n[network]\neth0.mode=dhcp\n"
-                                                  "dnsserver1=a\\\\b&\n");
-    QTest::newRow("empty") << QByteArray()
-                           << QByteArray("[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n");
-}
-
-void TestPanelctl::syscfgMerges()
-{
-    QFETCH(QByteArray, settings);
-    QFETCH(QByteArray, merged);
-    QCOMPARE(panelctl("init").code, 0);
-    root().write(QStringLiteral("/etc/settings.ini"), settings);
-    const QByteArray changes = "[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n";
-    root().write(QStringLiteral("/tmp/new settings.ini"), changes);
-    const QString input = root().path(QStringLiteral("/tmp/new settings.ini"));
-    const Result result =
-        run(root().path(QStringLiteral("/bin/syscfg")),
-            {QStringLiteral("-i"), input, QStringLiteral("-g"), QStringLiteral("all")});
-    QCOMPARE(result.error, QByteArray());
-    QCOMPARE(result.code, 0);
-    QCOMPARE(root().read(QStringLiteral("/etc/settings.ini")), merged);
-    QCOMPARE(root().read(QStringLiteral("/simulator/syscfg-1.ini")), changes);
-    QVERIFY(panelctl("log").output.contains("syscfg '-i' '" + input.toUtf8() + "' '-g' 'all'\n"));
-}
-
-void TestPanelctl::syscfgMisbehaves_data()
-{
-    QTest::addColumn<QString>("mode");
-    QTest::addColumn<int>("code");
-    QTest::newRow("fails") << QStringLiteral("fail 3") << 3;
-    QTest::newRow("crashes") << QStringLiteral("crash") << -1;
-    QTest::newRow("missing") << QStringLiteral("missing") << -1;
-}
-
-void TestPanelctl::syscfgMisbehaves()
-{
-    QFETCH(QString, mode);
-    QFETCH(int, code);
-    QCOMPARE(panelctl("init").code, 0);
-    QCOMPARE(panelctl(QStringList{QStringLiteral("syscfg")} + mode.split(u' ')).code, 0);
-    const QByteArray settings = root().read(QStringLiteral("/etc/settings.ini"));
-    const QString input = root().path(QStringLiteral("/tmp/newsettings.ini"));
-    root().write(QStringLiteral("/tmp/newsettings.ini"), "[network]\neth0.mode=dhcp\n");
-    const QStringList arguments{QStringLiteral("-i"), input, QStringLiteral("-g"),
-                                QStringLiteral("all")};
-    const QString program = root().path(QStringLiteral("/bin/syscfg"));
-    if (mode != u"missing") {
-        QCOMPARE(run(program, arguments).code, code);
-    }
-    QCOMPARE(root().exists(QStringLiteral("/bin/syscfg")), mode != u"missing");
-    QCOMPARE(root().read(QStringLiteral("/etc/settings.ini")), settings);
-    QCOMPARE(panelctl("syscfg ok").code, 0);
-    QCOMPARE(run(program, arguments.mid(0, 2)).code, 2);
-    QCOMPARE(run(program, arguments).code, 0);
-}
-
-void TestPanelctl::rebootAndMountAreLogged()
-{
-    QCOMPARE(panelctl("init").code, 0);
-    QCOMPARE(run(root().path(QStringLiteral("/sbin/reboot")), {}).code, 0);
-    QCOMPARE(run(root().path(QStringLiteral("/bin/mount")),
-                 {QStringLiteral("-o"), QStringLiteral("remount,rw"), QStringLiteral("/a b")})
-                 .code,
-             0);
-    const QList<QByteArray> lines = panelctl("log").output.split('\n');
-    QVERIFY(lines.value(0).endsWith(" reboot"));
-    QVERIFY(lines.value(1).endsWith(" mount '-o' 'remount,rw' '/a b'"));
-    QCOMPARE(panelctl("log --clear").code, 0);
-    QCOMPARE(panelctl("log").output, QByteArray());
-}
 
 PANEL_TEST_MAIN(TestPanelctl)
 #include "tst_panelctl.moc"
