@@ -1,23 +1,28 @@
 #include "platform/pendinginput.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QEvent>
 
-#include <chrono>
-
-using namespace std::chrono_literals;
+#include <utility>
 
 namespace {
 
-constexpr std::chrono::milliseconds Limit = 500ms;
+constexpr int LimitMs = 500;
+/// What one round reads from a device is delivered by the next.
+constexpr int QuietRounds = 2;
 
 class InputFilter : public QObject
 {
 public:
     bool eventFilter(QObject *, QEvent *pEvent) override
     {
-        return pEvent->isInputEvent() || pEvent->type() == QEvent::Shortcut;
+        const bool bInput = pEvent->isInputEvent() || pEvent->type() == QEvent::Shortcut;
+        bSeen = bSeen || bInput;
+        return bInput;
     }
+
+    bool bSeen = false;
 };
 
 } // namespace
@@ -26,5 +31,11 @@ void discardPendingInput()
 {
     InputFilter filter;
     QCoreApplication::instance()->installEventFilter(&filter);
-    QCoreApplication::processEvents(QEventLoop::AllEvents, int(Limit.count()));
+    QElapsedTimer elapsed;
+    elapsed.start();
+    // Not until nothing at all is pending: timers may go on for ever.
+    for (int nQuiet = 0; nQuiet < QuietRounds && !elapsed.hasExpired(LimitMs);) {
+        QCoreApplication::processEvents();
+        nQuiet = std::exchange(filter.bSeen, false) ? 0 : nQuiet + 1;
+    }
 }
