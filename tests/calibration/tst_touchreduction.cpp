@@ -14,23 +14,15 @@ class TestTouchReduction : public DeviceTest
 private Q_SLOTS:
     void median_data()
     {
-        QTest::addColumn<RawPoints>("samples");
-        QTest::addColumn<int>("x");
-        QTest::addColumn<int>("y");
-
+        columns<RawPoints, int, int>("samples", "x", "y");
         constexpr int Max = std::numeric_limits<int>::max();
-        QTest::newRow("one") << RawPoints{{7, 9}} << 7 << 9;
-        QTest::newRow("two: average, cut off") << RawPoints{{7, 9}, {10, 12}} << 8 << 10;
-        QTest::newRow("two, below zero") << RawPoints{{-7, -9}, {-10, -12}} << -8 << -10;
-        QTest::newRow("two, no overflow") << RawPoints{{Max, -Max}, {Max, -Max}} << Max << -Max;
-        QTest::newRow("axes apart") << RawPoints{{1, 30}, {2, 10}, {3, 20}} << 2 << 20;
-        QTest::newRow("wild at press and release")
-            << RawPoints{{0, 4095}, {500, 600}, {502, 602}, {501, 601}, {4095, 0}} << 501 << 601;
-        RawPoints drift;
-        for (int i = 0; i < 127; ++i) {
-            drift.append({1000 + i, 2000 - 2 * i});
-        }
-        QTest::newRow("drifting") << drift << 1063 << 1874;
+        row("one", RawPoints{{7, 9}}, 7, 9);
+        row("two: average, cut off", RawPoints{{7, 9}, {10, 12}}, 8, 10);
+        row("two, below zero", RawPoints{{-7, -9}, {-10, -12}}, -8, -10);
+        row("two, no overflow", RawPoints{{Max, -Max}, {Max, -Max}}, Max, -Max);
+        row("axes apart", RawPoints{{1, 30}, {2, 10}, {3, 20}}, 2, 20);
+        row("wild at press and release",
+            RawPoints{{0, 4095}, {500, 600}, {502, 602}, {501, 601}, {4095, 0}}, 501, 601);
     }
     void median()
     {
@@ -42,18 +34,15 @@ private Q_SLOTS:
 
     void tolerance_data()
     {
-        QTest::addColumn<int>("maximumX");
-        QTest::addColumn<int>("maximumY");
-        QTest::addColumn<int>("expected");
-
-        QTest::newRow("none known") << 0 << 0 << 51;
-        QTest::newRow("x only") << 4095 << 0 << 51;
-        QTest::newRow("y only") << 0 << 4095 << 51;
-        QTest::newRow("y only, short") << 0 << 800 << 40;
-        QTest::newRow("both") << 800 << 480 << 24;
-        QTest::newRow("12 bit") << 4095 << 4095 << 204;
-        QTest::newRow("16 bit") << 65535 << 65535 << 3276;
-        QTest::newRow("tiny") << 19 << 4095 << 0;
+        columns<int, int, int>("maximumX", "maximumY", "expected");
+        row("none known", 0, 0, 51);
+        row("x only", 4095, 0, 51);
+        row("y only", 0, 4095, 51);
+        row("y only, short", 0, 800, 40);
+        row("both", 800, 480, 24);
+        row("12 bit", 4095, 4095, 204);
+        row("16 bit", 65535, 65535, 3276);
+        row("tiny", 19, 4095, 0);
     }
     void tolerance()
     {
@@ -64,16 +53,12 @@ private Q_SLOTS:
 
     void samePlace_data()
     {
-        QTest::addColumn<int>("x");
-        QTest::addColumn<int>("y");
-        QTest::addColumn<bool>("same");
-
-        QTest::newRow("same") << 1000 << 1000 << true;
-        QTest::newRow("at the tolerance") << 1051 << 949 << true;
-        QTest::newRow("beyond in x") << 1052 << 1000 << false;
-        QTest::newRow("beyond in y, below") << 1000 << 948 << false;
-        QTest::newRow("far beyond 32 bit apart")
-            << std::numeric_limits<int>::min() << 1000 << false;
+        columns<int, int, bool>("x", "y", "same");
+        row("same", 1000, 1000, true);
+        row("at the tolerance", 1051, 949, true);
+        row("beyond in x", 1052, 1000, false);
+        row("beyond in y, below", 1000, 948, false);
+        row("far beyond 32 bit apart", std::numeric_limits<int>::min(), 1000, false);
     }
     void samePlace()
     {
@@ -84,13 +69,11 @@ private Q_SLOTS:
 
     void targets_data()
     {
-        QTest::addColumn<QSize>("screen");
-        QTest::addColumn<QList<QPoint>>("expected");
-
-        QTest::newRow("800x480") << QSize(
-            800, 480) << QList<QPoint>{{50, 50}, {750, 50}, {750, 430}, {50, 430}, {400, 240}};
-        QTest::newRow("240x320") << QSize(
-            240, 320) << QList<QPoint>{{50, 50}, {190, 50}, {190, 270}, {50, 270}, {120, 160}};
+        columns<QSize, QList<QPoint>>("screen", "expected");
+        row("800x480", QSize(800, 480),
+            QList<QPoint>{{50, 50}, {750, 50}, {750, 430}, {50, 430}, {400, 240}});
+        row("240x320", QSize(240, 320),
+            QList<QPoint>{{50, 50}, {190, 50}, {190, 270}, {50, 270}, {120, 160}});
     }
     void targets()
     {
@@ -101,23 +84,18 @@ private Q_SLOTS:
 
     void pairs_data()
     {
-        QTest::addColumn<int>("rotation");
-        QTest::addColumn<QByteArray>("device"); ///< indices of the record's points
-        QTest::addColumn<QList<QPoint>>("screen");
-
-        const QList<QPoint> landscape{{50, 50}, {750, 50}, {750, 430}, {50, 430}, {400, 240}};
-        QTest::newRow("0") << 0 << QByteArray("01234") << landscape;
-        QTest::newRow("1") << 1 << QByteArray("12304") << landscape;
-        QTest::newRow("2") << 2 << QByteArray("23014") << landscape;
-        QTest::newRow("3") << 3 << QByteArray("30124") << landscape;
+        columns<int, QByteArray>("rotation", "device"); // indices of the record's points
+        row("0", 0, QByteArray("01234"));
+        row("1", 1, QByteArray("12304"));
+        row("2", 2, QByteArray("23014"));
+        row("3", 3, QByteArray("30124"));
     }
     void pairs()
     {
         QFETCH(int, rotation);
         QFETCH(QByteArray, device);
-        QFETCH(QList<QPoint>, screen);
-
         // The panel is 800 x 480, turned or not: the pairs are always those of the panel.
+        const QList<QPoint> screen{{50, 50}, {750, 50}, {750, 430}, {50, 430}, {400, 240}};
         const auto targets = crosshairTargets(untransformed({800, 480}, rotation));
         CalibrationRecord record;
         for (int i = 0; i < CalibrationRecord::PointCount; ++i) {

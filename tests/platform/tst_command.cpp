@@ -12,34 +12,31 @@ class CommandTest : public DeviceTest
 private Q_SLOTS:
     void results_data()
     {
-        QTest::addColumn<QByteArray>("script");
-        QTest::addColumn<int>("result");
-        QTest::newRow("0") << QByteArray("exit 0") << 0;
-        QTest::newRow("255") << QByteArray("exit 255") << 255;
-        QTest::newRow("crash") << QByteArray("kill -ABRT $$") << CommandCrashed;
-        QTest::newRow("missing") << QByteArray() << CommandNotStarted;
-        QTest::newRow("arguments with blanks")
-            << QByteArray("[ $# = 2 ] && [ \"$1\" = 'a b' ] && exit 7") << 7;
+        columns<QByteArray, int>("script", "result");
+        row("0", QByteArray("exit 0"), 0);
+        row("255", QByteArray("exit 255"), 255);
+        row("crash", QByteArray("kill -ABRT $$"), CommandCrashed);
+        row("missing", QByteArray(), CommandNotStarted);
+        row("arguments with blanks", QByteArray("[ $# = 2 ] && [ \"$1\" = 'a b' ] && exit 7"), 7);
     }
     void results()
     {
         QFETCH(QByteArray, script);
-        const QString command = QStringLiteral("/bin/with blank/tool");
+        const QString command = "/bin/with blank/tool";
         if (!script.isEmpty()) {
             root().writeCommand(command, script);
         }
-        const QStringList arguments{QStringLiteral("a b"), QString()};
+        const QStringList arguments{"a b", QString()};
         QTEST(runCommand(devicePath(command), arguments, 30s), "result");
     }
 
     // It ends together with what it has started, even when that does not care for signals.
     void limit()
     {
-        root().writeCommand(QStringLiteral("/bin/tool"),
-                            "sleep 600 & echo $! >\"$PANEL_ROOT/pid\"\nwait");
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("does not end")));
-        QCOMPARE(runCommand(devicePath(QStringLiteral("/bin/tool")), {}, 500ms), CommandCrashed);
-        const QByteArray pid = root().read(QStringLiteral("/pid")).trimmed();
+        root().writeCommand("/bin/tool", "sleep 600 & echo $! >\"$PANEL_ROOT/pid\"\nwait");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("does not end"));
+        QCOMPARE(runCommand(devicePath("/bin/tool"), {}, 500ms), CommandCrashed);
+        const QByteArray pid = root().read("/pid").trimmed();
         QVERIFY(!pid.isEmpty());
         const QString status = QStringLiteral("/proc/%1/stat").arg(QString::fromLatin1(pid));
         const auto bGone = [&status] {

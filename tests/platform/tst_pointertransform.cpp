@@ -62,20 +62,19 @@ class TestPointerTransform : public DeviceTest
 private Q_SLOTS:
     void fitsPanel_data()
     {
-        QTest::addColumn<Panel>("panel");
-
-        QTest::newRow("as the screen") << Panel{1, 1, 0, 0};
-        QTest::newRow("12 bit") << Panel{4.2, 7.1, 200, 310};
-        QTest::newRow("16 bit") << Panel{75, 120, 1000, 2000};
-        QTest::newRow("mirrored x") << Panel{-4.2, 7.1, 3800, 310};
-        QTest::newRow("mirrored y") << Panel{4.2, -7.1, 200, 3900};
-        QTest::newRow("mirrored both") << Panel{-4.2, -7.1, 3800, 3900};
-        QTest::newRow("swapped") << Panel{7.1, 4.2, 300, 200, true};
-        QTest::newRow("swapped, mirrored x") << Panel{-7.1, 4.2, 3800, 200, true};
-        QTest::newRow("swapped, mirrored y") << Panel{7.1, -4.2, 300, 3800, true};
-        QTest::newRow("swapped, mirrored both") << Panel{-7.1, -4.2, 3800, 3800, true};
-        QTest::newRow("skewed") << Panel{4.2, 7.1, 200, 310, false, 0.08};
-        QTest::newRow("skewed, swapped, far off") << Panel{-7.1, 4.2, 30000, -900, true, -0.1};
+        columns<Panel>("panel");
+        row("as the screen", Panel{1, 1, 0, 0});
+        row("12 bit", Panel{4.2, 7.1, 200, 310});
+        row("16 bit", Panel{75, 120, 1000, 2000});
+        row("mirrored x", Panel{-4.2, 7.1, 3800, 310});
+        row("mirrored y", Panel{4.2, -7.1, 200, 3900});
+        row("mirrored both", Panel{-4.2, -7.1, 3800, 3900});
+        row("swapped", Panel{7.1, 4.2, 300, 200, true});
+        row("swapped, mirrored x", Panel{-7.1, 4.2, 3800, 200, true});
+        row("swapped, mirrored y", Panel{7.1, -4.2, 300, 3800, true});
+        row("swapped, mirrored both", Panel{-7.1, -4.2, 3800, 3800, true});
+        row("skewed", Panel{4.2, 7.1, 200, 310, false, 0.08});
+        row("skewed, swapped, far off", Panel{-7.1, 4.2, 30000, -900, true, -0.1});
     }
     void fitsPanel()
     {
@@ -88,12 +87,9 @@ private Q_SLOTS:
             for (int y = 0; y < Screen.height(); y += 41) {
                 const QPoint pixel(x, y);
                 const QPoint off = transform->map(panel.touch(pixel)) - pixel;
-                QVERIFY2(std::abs(off.x()) <= 1 && std::abs(off.y()) <= 1,
-                         qPrintable(QStringLiteral("%1,%2 off by %3,%4")
-                                        .arg(x)
-                                        .arg(y)
-                                        .arg(off.x())
-                                        .arg(off.y())));
+                QVERIFY2(
+                    qMax(std::abs(off.x()), std::abs(off.y())) <= 1,
+                    qPrintable(QString::asprintf("%d,%d off by %d,%d", x, y, off.x(), off.y())));
                 // The panel is no coarser than the screen, so that every pixel has a raw touch.
                 QCOMPARE(transform->map(transform->inverse(pixel)), pixel);
             }
@@ -120,26 +116,25 @@ private Q_SLOTS:
 
     void refuses_data()
     {
-        QTest::addColumn<PointerCalibrationData>("data");
-
-        QTest::newRow("one point") << pairs({RawPoint{7, 9}, {7, 9}, {7, 9}, {7, 9}, {7, 9}});
-        QTest::newRow("horizontal")
-            << pairs({RawPoint{0, 900}, {900, 900}, {2000, 900}, {3000, 900}, {4000, 900}});
-        QTest::newRow("vertical, shaking")
-            << pairs({RawPoint{99, 0}, {100, 900}, {101, 2000}, {100, 3000}, {99, 4000}});
-        QTest::newRow("diagonal") << pairs(
-            {RawPoint{0, 0}, {1000, 1000}, {2000, 2000}, {3000, 3000}, {4000, 4000}});
-        QTest::newRow("diagonal, shaking")
-            << pairs({RawPoint{0, 3}, {1000, 998}, {2000, 2005}, {3000, 2996}, {4000, 4002}});
-        QTest::newRow("screen on one line")
-            << pairs({RawPoint{0, 0}, {4000, 0}, {4000, 4000}, {0, 4000}, {2000, 2000}},
-                     {QPoint(0, 50), {100, 50}, {200, 50}, {300, 50}, {400, 50}});
+        columns<PointerCalibrationData>("data");
+        row("one point", pairs({RawPoint{7, 9}, {7, 9}, {7, 9}, {7, 9}, {7, 9}}));
+        row("horizontal",
+            pairs({RawPoint{0, 900}, {900, 900}, {2000, 900}, {3000, 900}, {4000, 900}}));
+        row("vertical, shaking",
+            pairs({RawPoint{99, 0}, {100, 900}, {101, 2000}, {100, 3000}, {99, 4000}}));
+        row("diagonal",
+            pairs({RawPoint{0, 0}, {1000, 1000}, {2000, 2000}, {3000, 3000}, {4000, 4000}}));
+        row("diagonal, shaking",
+            pairs({RawPoint{0, 3}, {1000, 998}, {2000, 2005}, {3000, 2996}, {4000, 4002}}));
+        row("screen on one line",
+            pairs({RawPoint{0, 0}, {4000, 0}, {4000, 4000}, {0, 4000}, {2000, 2000}},
+                  {QPoint(0, 50), {100, 50}, {200, 50}, {300, 50}, {400, 50}}));
         constexpr int Far = std::numeric_limits<int>::max();
-        QTest::newRow("offset beyond 32 bit")
-            << pairs({RawPoint{Far - 400, 0}, {Far, 0}, {Far, 400}, {Far - 400, 400}, {Far, 200}});
-        QTest::newRow("factor beyond 32 bit")
-            << pairs({RawPoint{0, 0}, {9, 0}, {9, 9}, {0, 9}, {4, 4}},
-                     {QPoint(0, 0), {900000, 0}, {900000, 480}, {0, 480}, {400000, 240}});
+        row("offset beyond 32 bit",
+            pairs({RawPoint{Far - 400, 0}, {Far, 0}, {Far, 400}, {Far - 400, 400}, {Far, 200}}));
+        row("factor beyond 32 bit",
+            pairs({RawPoint{0, 0}, {9, 0}, {9, 9}, {0, 9}, {4, 4}},
+                  {QPoint(0, 0), {900000, 0}, {900000, 480}, {0, 480}, {400000, 240}}));
     }
     void refuses()
     {
@@ -149,35 +144,27 @@ private Q_SLOTS:
 
     void parses_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<bool>("valid");
-        QTest::addColumn<QPoint>("mapped");
-
+        columns<QByteArray, bool, QPoint>("content", "valid", "mapped");
         const QPoint nowhere;
-        QTest::newRow("seven numbers")
-            << QByteArray("131072 0 65536 0 65536 131072 65536") << true << QPoint(201, 202);
-        QTest::newRow("order") << QByteArray("1 2 3 4 5 6 1\n") << true << QPoint(503, 1406);
-        QTest::newRow("lines") << QByteArray("\t65536 0\r\n0 0 65536\n\n0 65536\r\n") << true
-                               << QPoint(100, 200);
-        QTest::newRow("of ts_calibrate")
-            << QByteArray("1 0 0 0 1 0 1 800 480 0") << true << QPoint(100, 200);
-        QTest::newRow("turned once")
-            << QByteArray("1 0 0 0 1 0 1 800 480 1") << true << QPoint(200, 699);
-        QTest::newRow("turned twice")
-            << QByteArray("1 0 0 0 1 0 1 800 480 2") << true << QPoint(699, 279);
-        QTest::newRow("turned three times")
-            << QByteArray("1 0 0 0 1 0 1 800 480 3") << true << QPoint(279, 100);
-        QTest::newRow("empty") << QByteArray() << false << nowhere;
-        QTest::newRow("text") << QByteArray("not calibrated\n") << false << nowhere;
-        QTest::newRow("six numbers") << QByteArray("1 2 3 4 5 6\n") << false << nowhere;
-        QTest::newRow("divisor 0") << QByteArray("1 0 0 0 1 0 0") << false << nowhere;
-        QTest::newRow("divisor -1") << QByteArray("1 0 0 0 1 0 -1") << false << nowhere;
-        QTest::newRow("beyond 32 bit") << QByteArray("4294967296 0 0 0 1 0 1") << false << nowhere;
-        QTest::newRow("fraction") << QByteArray("1.5 0 0 0 1 0 1") << false << nowhere;
-        QTest::newRow("everything at one line") << QByteArray("1 2 0 2 4 0 1") << false << nowhere;
-        QTest::newRow("rotation 4") << QByteArray("1 0 0 0 1 0 1 800 480 4") << false << nowhere;
-        QTest::newRow("1 MB") << QByteArray(1 << 20, '7') << false << nowhere;
-        QTest::newRow("1 MB of numbers") << QByteArray("7 ").repeated(1 << 19) << false << nowhere;
+        row("seven numbers", QByteArray("131072 0 65536 0 65536 131072 65536"), true,
+            QPoint(201, 202));
+        row("order", QByteArray("1 2 3 4 5 6 1\n"), true, QPoint(503, 1406));
+        row("lines", QByteArray("\t65536 0\r\n0 0 65536\n\n0 65536\r\n"), true, QPoint(100, 200));
+        row("of ts_calibrate", QByteArray("1 0 0 0 1 0 1 800 480 0"), true, QPoint(100, 200));
+        row("turned once", QByteArray("1 0 0 0 1 0 1 800 480 1"), true, QPoint(200, 699));
+        row("turned twice", QByteArray("1 0 0 0 1 0 1 800 480 2"), true, QPoint(699, 279));
+        row("turned three times", QByteArray("1 0 0 0 1 0 1 800 480 3"), true, QPoint(279, 100));
+        row("empty", QByteArray(), false, nowhere);
+        row("text", QByteArray("not calibrated\n"), false, nowhere);
+        row("six numbers", QByteArray("1 2 3 4 5 6\n"), false, nowhere);
+        row("divisor 0", QByteArray("1 0 0 0 1 0 0"), false, nowhere);
+        row("divisor -1", QByteArray("1 0 0 0 1 0 -1"), false, nowhere);
+        row("beyond 32 bit", QByteArray("4294967296 0 0 0 1 0 1"), false, nowhere);
+        row("fraction", QByteArray("1.5 0 0 0 1 0 1"), false, nowhere);
+        row("everything at one line", QByteArray("1 2 0 2 4 0 1"), false, nowhere);
+        row("rotation 4", QByteArray("1 0 0 0 1 0 1 800 480 4"), false, nowhere);
+        row("1 MB", QByteArray(1 << 20, '7'), false, nowhere);
+        row("1 MB of numbers", QByteArray("7 ").repeated(1 << 19), false, nowhere);
     }
     void parses()
     {
@@ -192,38 +179,28 @@ private Q_SLOTS:
         }
     }
 
-    void inverseOfRotatedFile_data()
-    {
-        QTest::addColumn<QByteArray>("rotation");
-        for (const char *rotation : {"0", "1", "2", "3"}) {
-            QTest::newRow(rotation) << QByteArray(rotation);
-        }
-    }
     void inverseOfRotatedFile()
     {
-        QFETCH(QByteArray, rotation);
-        const auto transform = PointerTransform::parse(
-            "-13000 90 52000000 120 9000 -900000 65536 800 480 " + rotation);
-        QVERIFY(transform);
-        for (QPoint target : Targets) {
-            if (rotation.toInt() % 2 != 0) {
-                target = target.transposed();
+        for (const QByteArray rotation : {"0", "1", "2", "3"}) {
+            const auto transform = PointerTransform::parse(
+                "-13000 90 52000000 120 9000 -900000 65536 800 480 " + rotation);
+            QVERIFY(transform);
+            for (QPoint target : Targets) {
+                target = rotation.toInt() % 2 != 0 ? target.transposed() : target;
+                QCOMPARE(transform->map(transform->inverse(target)), target);
             }
-            QCOMPARE(transform->map(transform->inverse(target)), target);
         }
     }
 
     void rotationKeepsCorners_data()
     {
-        QTest::addColumn<int>("turns");
-        QTest::addColumn<QPoint>("topLeft"); ///< of the picture, on the panel behind it
-        QTest::addColumn<QPoint>("topRight");
-
-        // The panel is 800 x 480; the picture is 480 x 800 when turned once or three times.
-        QTest::newRow("0") << 0 << QPoint(0, 0) << QPoint(799, 0);
-        QTest::newRow("1") << 1 << QPoint(0, 479) << QPoint(0, 0);
-        QTest::newRow("2") << 2 << QPoint(799, 479) << QPoint(0, 479);
-        QTest::newRow("3") << 3 << QPoint(799, 0) << QPoint(799, 479);
+        // Corners of the picture, on the panel behind it. That is 800 x 480; the picture is
+        // 480 x 800 when turned once or three times.
+        columns<int, QPoint, QPoint>("turns", "topLeft", "topRight");
+        row("0", 0, QPoint(0, 0), QPoint(799, 0));
+        row("1", 1, QPoint(0, 479), QPoint(0, 0));
+        row("2", 2, QPoint(799, 479), QPoint(0, 479));
+        row("3", 3, QPoint(799, 0), QPoint(799, 479));
     }
     void rotationKeepsCorners()
     {

@@ -1,26 +1,25 @@
 #include "platform/terminationsignals.h"
+#include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
 #include <QDialog>
-#include <QTest>
 #include <QTimer>
 
 #include <csignal>
 #include <functional>
 
-class TestTerminationSignals : public QObject
+class TestTerminationSignals : public DeviceTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void signalEndsTheEventLoop_data()
     {
-        QTest::addColumn<int>("number");
-        QTest::addColumn<int>("dialogs"); // modal ones, each opened from within the one before
-        QTest::addColumn<bool>("beforeMainLoop");
-        QTest::newRow("SIGTERM") << SIGTERM << 0 << false;
-        QTest::newRow("SIGINT, box over the wizard") << SIGINT << 2 << false;
-        QTest::newRow("SIGTERM, box before the main loop") << SIGTERM << 1 << true;
+        // Modal dialogs, each opened from within the one before.
+        columns<int, int, bool>("number", "dialogs", "beforeMainLoop");
+        row("SIGTERM", SIGTERM, 0, false);
+        row("SIGINT, box over the wizard", SIGINT, 2, false);
+        row("SIGTERM, box before the main loop", SIGTERM, 1, true);
     }
     void signalEndsTheEventLoop()
     {

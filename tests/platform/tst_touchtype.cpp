@@ -6,8 +6,8 @@
 #include <array>
 
 namespace {
-const QString Device = QStringLiteral("/dev/input/touchscreen");
-const QString Property = QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type");
+const QString Device = "/dev/input/touchscreen";
+const QString Property = "/proc/device-tree/qrd-specific/qrd_touch_type";
 } // namespace
 
 class TestTouchType : public DeviceTest
@@ -17,20 +17,18 @@ class TestTouchType : public DeviceTest
 private Q_SLOTS:
     void property_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<bool>("multi");
-
-        QTest::newRow("single") << QByteArray("single\0", 7) << false;
-        QTest::newRow("multi") << QByteArray("multi\0", 6) << true;
-        QTest::newRow("capital") << QByteArray("Multi\n") << true;
-        QTest::newRow("inside, without NUL") << QByteArray("capMULTItouch") << true;
-        QTest::newRow("blanks in front") << QByteArray(" \t multi-touch") << true;
-        QTest::newRow("second word") << QByteArray("single multi") << false;
-        QTest::newRow("second string") << QByteArray("single\0multi\0", 13) << false;
-        QTest::newRow("empty") << QByteArray() << false;
-        QTest::newRow("blanks only") << QByteArray(" \n") << false;
-        QTest::newRow("1 MB") << QByteArray(1 << 20, 'x') + "multi" << false;
-        QTest::newRow("binary") << QByteArray("\xff\xfe\x80") << false;
+        columns<QByteArray, bool>("content", "multi");
+        row("single", QByteArray("single\0", 7), false);
+        row("multi", QByteArray("multi\0", 6), true);
+        row("capital", QByteArray("Multi\n"), true);
+        row("inside, without NUL", QByteArray("capMULTItouch"), true);
+        row("blanks in front", QByteArray(" \t multi-touch"), true);
+        row("second word", QByteArray("single multi"), false);
+        row("second string", QByteArray("single\0multi\0", 13), false);
+        row("empty", QByteArray(), false);
+        row("blanks only", QByteArray(" \n"), false);
+        row("1 MB", QByteArray(1 << 20, 'x') + "multi", false);
+        row("binary", QByteArray("\xff\xfe\x80"), false);
     }
     void property()
     {
@@ -41,31 +39,23 @@ private Q_SLOTS:
         QCOMPARE(readTouchType(), multi ? TouchType::Multi : TouchType::Single);
     }
 
-    void withoutProperty()
-    {
-        root().write(Device, {});
-        QCOMPARE(readTouchType(), TouchType::Single);
-    }
-
-    void unreadableProperty()
-    {
-        root().write(Device, {});
-        root().write(Property + QStringLiteral("/is-a-folder"), {});
-        QCOMPARE(readTouchType(), TouchType::Single);
-    }
-
-    void withoutDevice()
+    void withoutDeviceOrProperty()
     {
         root().write(Property, "multi");
         QCOMPARE(readTouchType(), TouchType::None);
+        root().write(Device, {});
+        root().remove(Property);
+        QCOMPARE(readTouchType(), TouchType::Single);
+        root().write(Property + "/is-a-folder", {});
+        QCOMPARE(readTouchType(), TouchType::Single);
     }
 
     void textEndsInsideItsBuffer()
     {
         const std::array<char, 8> memory{'1', '9', '2', '\0', 'x', 'y', 'z', 'z'};
-        QCOMPARE(firmwareText(memory), QStringLiteral("192"));
-        QCOMPARE(firmwareText(std::span(memory).first(2)), QStringLiteral("19"));
-        QCOMPARE(firmwareText(std::span(memory).last(4)), QStringLiteral("xyzz"));
+        QCOMPARE(firmwareText(memory), "192");
+        QCOMPARE(firmwareText(std::span(memory).first(2)), "19");
+        QCOMPARE(firmwareText(std::span(memory).last(4)), "xyzz");
         QCOMPARE(firmwareText({}), QString());
     }
 };

@@ -48,34 +48,22 @@ class TestWindowServer : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup()
-    {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        DeviceTest::cleanup();
-    }
-
     void keyboardTypes_data()
     {
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<QString>("text");
-
-        QTest::newRow("built-in key map") << QStringLiteral(":grab=1") << QStringLiteral("y");
-        QTest::newRow("key map file")
-            << QStringLiteral(":grab=1:keymap=/etc/kbd/de.qmap") << QStringLiteral("z");
+        columns<QString, QString>("options", "text");
+        row("built-in key map", ":grab=1", "y");
+        row("key map file", ":grab=1:keymap=/etc/kbd/de.qmap", "z");
     }
     void keyboardTypes()
     {
         QFETCH(QString, options);
-        root().write(QStringLiteral("/etc/kbd/de.qmap"), keymap(KEY_Y, u'z'));
-        const QByteArray fifo =
-            QFile::encodeName(root().path(QStringLiteral("/dev/input/keyboard-fifo")));
+        root().write("/etc/kbd/de.qmap", keymap(KEY_Y, u'z'));
+        const QByteArray fifo = QFile::encodeName(root().path("/dev/input/keyboard-fifo"));
         QVERIFY(mkfifo(fifo.constData(), 0600) == 0);
-        QVERIFY(QFile::link(QStringLiteral("keyboard-fifo"),
-                            root().path(QStringLiteral("/dev/input/keyboard0"))));
+        QVERIFY(QFile::link("keyboard-fifo", root().path("/dev/input/keyboard0")));
 
         WindowServer server;
-        auto handler =
-            WindowServer::createKeyboardHandler(QStringLiteral("/dev/input/keyboard0") + options);
+        auto handler = WindowServer::createKeyboardHandler("/dev/input/keyboard0" + options);
         QVERIFY(handler);
         server.setKeyboardHandler(std::move(handler));
         QVERIFY(server.hasKeyboard());
@@ -101,19 +89,16 @@ private Q_SLOTS:
 
     void rotationOption_data()
     {
-        QTest::addColumn<QByteArray>("argument");
-        QTest::addColumn<int>("turns");
-
-        QTest::newRow("none") << QByteArray("offscreen") << 0;
-        QTest::newRow("degrees") << QByteArray("offscreen:rotation=90") << 1;
-        QTest::newRow("after another option")
-            << QByteArray("offscreen:fb=/dev/fb0:rotation=270") << 3;
-        QTest::newRow("quarter turns") << QByteArray("offscreen:rotation=2") << 2;
-        QTest::newRow("backwards") << QByteArray("offscreen:rotation=-90") << 3;
-        QTest::newRow("full turn") << QByteArray("offscreen:rotation=360") << 0;
-        QTest::newRow("no number") << QByteArray("offscreen:rotation=left") << 0;
-        QTest::newRow("of another platform") << QByteArray("xcb:rotation=90;offscreen") << 0;
-        QTest::newRow("second choice") << QByteArray("eglfs;offscreen:rotation=180") << 2;
+        columns<QByteArray, int>("argument", "turns");
+        row("none", QByteArray("offscreen"), 0);
+        row("degrees", QByteArray("offscreen:rotation=90"), 1);
+        row("after another option", QByteArray("offscreen:fb=/dev/fb0:rotation=270"), 3);
+        row("quarter turns", QByteArray("offscreen:rotation=2"), 2);
+        row("backwards", QByteArray("offscreen:rotation=-90"), 3);
+        row("full turn", QByteArray("offscreen:rotation=360"), 0);
+        row("no number", QByteArray("offscreen:rotation=left"), 0);
+        row("of another platform", QByteArray("xcb:rotation=90;offscreen"), 0);
+        row("second choice", QByteArray("eglfs;offscreen:rotation=180"), 2);
     }
     void rotationOption()
     {
@@ -126,7 +111,7 @@ private Q_SLOTS:
 
     void withoutTouchscreen()
     {
-        root().write(QStringLiteral("/etc/pointercal"), "1 2 3 4 5 6 7");
+        root().write("/etc/pointercal", "1 2 3 4 5 6 7");
         WindowServer server;
         QVERIFY(server.openPointer());
         server.suspendPointer();
@@ -138,14 +123,14 @@ private Q_SLOTS:
         server.getCalibration(&data);
         QCOMPARE(data, before);
         QVERIFY(server.calibrate(data));
-        QCOMPARE(root().read(QStringLiteral("/etc/pointercal")), QByteArray("1 2 3 4 5 6 7"));
+        QCOMPARE(root().read("/etc/pointercal"), QByteArray("1 2 3 4 5 6 7"));
     }
 
     void multiTouch()
     {
         // Not an event device, which is the only thing that Qt's own driver survives.
         TouchscreenFifo touchscreen(root());
-        root().write(QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type"), "multi");
+        root().write("/proc/device-tree/qrd-specific/qrd_touch_type", "multi");
         WindowServer server;
         QVERIFY(server.openPointer());
         QPushButton button;
@@ -157,26 +142,17 @@ private Q_SLOTS:
         QTRY_COMPARE(clicks.size(), 1);
     }
 
-    void instance()
-    {
-        QVERIFY(!WindowServer::instance());
-        {
-            const WindowServer server;
-            QCOMPARE(WindowServer::instance(), &server);
-        }
-        QVERIFY(!WindowServer::instance());
-    }
-
+    /// A window that has never been shown has no pointer to change.
     void cursor()
     {
         WindowServer server;
-        QWidget window;
-        window.show();
-        for (const bool visible : {false, true}) {
-            server.setCursorVisible(visible);
-            QCOMPARE(server.isCursorVisible(), visible);
-        }
+        const QWindow hidden;
+        server.setCursorVisible(false);
+        QVERIFY(!server.isCursorVisible());
     }
+
+private:
+    void closeWindows() override { qputenv("QT_QPA_PLATFORM", "offscreen"); }
 };
 
 PANEL_TEST_MAIN(TestWindowServer)

@@ -35,9 +35,9 @@ Result panelctl(const QStringList &arguments)
 }
 
 /// "plc state 6" as arguments.
-Result panelctl(const char *pLine)
+Result panelctl(const QByteArray &line)
 {
-    return panelctl(QString::fromLatin1(pLine).split(u' '));
+    return panelctl(QString::fromLatin1(line).split(u' '));
 }
 
 /// A full-screen widget that remembers where it was pressed and released.
@@ -67,11 +67,7 @@ class TestPanelctl : public DeviceTest
 private Q_SLOTS:
     void badUsageChangesNothing_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("named");
-        const auto row = [](const char *pLine, const char *pNamed) {
-            QTest::newRow(pLine) << QString::fromLatin1(pLine).split(u' ') << QByteArray(pNamed);
-        };
+        columns<QString>("named"); // in the error, by the line
         row("explode", "explode");
         row("--colour plc stop", "--colour");
         row("plc stop now", "now");
@@ -96,8 +92,7 @@ private Q_SLOTS:
     }
     void badUsageChangesNothing()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(QByteArray, named);
+        QFETCH(QString, named);
         QCOMPARE(panelctl("init").code, 0);
         const auto content = [this] {
             QByteArray all;
@@ -111,9 +106,9 @@ private Q_SLOTS:
             return all;
         };
         const QByteArray before = content();
-        const Result result = panelctl(arguments);
+        const Result result = panelctl(QTest::currentDataTag());
         QCOMPARE(result.code, 2);
-        QVERIFY2(result.error.contains(named), result.error.constData());
+        QVERIFY2(result.error.contains(named.toLatin1()), result.error.constData());
         QCOMPARE(result.error.count('\n'), 1);
         QCOMPARE(content(), before);
     }
@@ -178,15 +173,13 @@ private Q_SLOTS:
 
     void touchLandsWhereTheFingerIs_data()
     {
-        QTest::addColumn<QString>("mapping");
-        QTest::addColumn<QSize>("screen");
-        QTest::addColumn<int>("tolerance");
-        QTest::newRow("skewed") << "skewed" << QSize(800, 480) << 0;
-        QTest::newRow("plain") << "plain" << QSize(320, 240) << 0;
-        QTest::newRow("swapped") << "swapped" << QSize(1920, 1080) << 0;
-        QTest::newRow("swapped, mirrored") << "swapped,mirror-x,mirror-y" << QSize(480, 800) << 0;
+        columns<QString, QSize, int>("mapping", "screen", "tolerance");
+        row("skewed", "skewed", QSize(800, 480), 0);
+        row("plain", "plain", QSize(320, 240), 0);
+        row("swapped", "swapped", QSize(1920, 1080), 0);
+        row("swapped, mirrored", "swapped,mirror-x,mirror-y", QSize(480, 800), 0);
         // One raw step is nearly five pixels.
-        QTest::newRow("coarse") << "coarse,mirror-y" << QSize(1920, 1080) << 5;
+        row("coarse", "coarse,mirror-y", QSize(1920, 1080), 5);
     }
     void touchLandsWhereTheFingerIs()
     {
@@ -208,10 +201,8 @@ private Q_SLOTS:
             QRect(QPoint(), screen).marginsRemoved({tolerance, tolerance, tolerance, tolerance});
         const QList<QPoint> fingers{inside.topLeft(), inside.bottomRight(), inside.center()};
         for (const QPoint &finger : fingers) {
-            QCOMPARE(panelctl({"touch", QString::number(finger.x()), QString::number(finger.y()),
-                               "--ms=20"})
-                         .code,
-                     0);
+            const auto line = QByteArray::number(finger.x()) + ' ' + QByteArray::number(finger.y());
+            QCOMPARE(panelctl("touch " + line + " --ms=20").code, 0);
             QTRY_COMPARE(target.releases.size(), 1);
             QCOMPARE(target.presses.size(), 1);
             for (const QPoint &seen : {target.presses.takeLast(), target.releases.takeLast()}) {
@@ -237,18 +228,14 @@ private Q_SLOTS:
 
     void calibratePlaysTheOperator_data()
     {
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<QString>("mapping");
-        QTest::addColumn<QSize>("screen");
-        QTest::addColumn<bool>("kept"); // the new calibration
-        QTest::addColumn<int>("tolerance"); // pixels
+        // Whether the new calibration is kept; tolerance in pixels.
+        columns<QString, QString, QSize, bool, int>("options", "mapping", "screen", "kept",
+                                                    "tolerance");
         // Exit is disabled until Accept is hit, so the request's end shows that both were, through
         // the new calibration.
-        QTest::newRow("accepts and leaves") << "--exit"
-                                            << "swapped,mirror-y" << QSize(320, 240) << true << 1;
-        QTest::newRow("starts by hand, trembles, does not accept")
-            << "--start --no-accept --noise 4 --seed 3"
-            << "plain" << QSize(800, 480) << false << 12;
+        row("accepts and leaves", "--exit", "swapped,mirror-y", QSize(320, 240), true, 1);
+        row("starts by hand, trembles, does not accept", "--start --no-accept --noise 4 --seed 3",
+            "plain", QSize(800, 480), false, 12);
     }
     /// The real pages on the real touchscreen driver, the operator in another process.
     void calibratePlaysTheOperator()
@@ -292,9 +279,9 @@ private Q_SLOTS:
         tick.stop();
         const auto measured = PointerTransform::parse(root().read(file));
         QVERIFY(measured);
+        const QRect area(QPoint(), screen);
         for (const QPoint &corner :
-             {QPoint(0, 0), QPoint(screen.width() - 1, 0), QPoint(0, screen.height() - 1),
-              QPoint(screen.width() - 1, screen.height() - 1)}) {
+             {area.topLeft(), area.topRight(), area.bottomLeft(), area.bottomRight()}) {
             const QPoint error = measured->map(exact->inverse(corner)) - corner;
             QVERIFY2(std::max(std::abs(error.x()), std::abs(error.y())) <= tolerance,
                      qPrintable(QStringLiteral("%1,%2").arg(error.x()).arg(error.y())));
@@ -305,16 +292,11 @@ private Q_SLOTS:
 
     void keyboardTypes_data()
     {
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("seen");
-        QTest::newRow("US") << QString() << "yZ-:;a<Left>B<lt><Home><Delete>"
-                            << "Z-:;B<a";
-        QTest::newRow("German") << ":keymap=/etc/kbd/de.qmap"
-                                << "yZ-[&<AltGr+q><Shift+Tab>a<Left>s<Backspace>"
-                                << "zY\u00df\u00fc/@a";
-        QTest::newRow("held") << QString() << "abc<Left:600>X"
-                              << "Xabc";
+        columns<QString, QString, QString>("options", "typed", "seen");
+        row("US", QString(), "yZ-:;a<Left>B<lt><Home><Delete>", "Z-:;B<a");
+        row("German", ":keymap=/etc/kbd/de.qmap", "yZ-[&<AltGr+q><Shift+Tab>a<Left>s<Backspace>",
+            "zY\u00df\u00fc/@a");
+        row("held", QString(), "abc<Left:600>X", "Xabc");
     }
     void keyboardTypes()
     {
@@ -329,13 +311,9 @@ private Q_SLOTS:
         edit.activateWindow();
         edit.setFocus();
         QVERIFY(QTest::qWaitForWindowActive(&edit));
-        // A pipe has no lights; the driver asks for them twice.
-        for (int i = 0; i < 2; ++i) {
-            QTest::ignoreMessage(QtWarningMsg, "evdevkeyboard: Failed to query led states");
-        }
         WindowServer windowServer;
-        windowServer.setKeyboardHandler(WindowServer::createKeyboardHandler(
-            QStringLiteral("/dev/input/keyboard0:grab=1") + options));
+        windowServer.setKeyboardHandler(
+            WindowServer::createKeyboardHandler("/dev/input/keyboard0:grab=1" + options));
         QVERIFY(windowServer.hasKeyboard());
         QCOMPARE(panelctl({"keyboard", "type", typed}).code, 0);
         QTRY_COMPARE(edit.text(), seen);
@@ -370,21 +348,19 @@ private Q_SLOTS:
 
     void syscfgMerges_data()
     {
-        QTest::addColumn<QByteArray>("settings");
-        QTest::addColumn<QByteArray>("merged");
-        QTest::newRow("replaces") << QByteArray("[options]\neth0.mode=keep\n\n[network]\n; note\n"
-                                                "eth0.mode=static\neth0.ip=1.2.3.4\n")
-                                  << QByteArray(
-                                         "[options]\neth0.mode=keep\n\n[network]\n; note\n"
-                                         "eth0.mode=dhcp\neth0.ip=1.2.3.4\ndnsserver1=a\\\\b&\n");
-        QTest::newRow("adds to its group, duplicates go")
-            << QByteArray("[network]\r\neth0.mode=a\r\neth0.mode=b\r\n\r\n[input]\r\nk=1\r\n")
-            << QByteArray("[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n\n[input]\nk=1\n");
-        QTest::newRow("adds the group") << QByteArray("[input]\nk=1\n")
-                                        << QByteArray("[input]\nk=1\n[network]\neth0.mode=dhcp\n"
-                                                      "dnsserver1=a\\\\b&\n");
-        QTest::newRow("empty") << QByteArray()
-                               << QByteArray("[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n");
+        columns<QByteArray, QByteArray>("settings", "merged");
+        row("replaces",
+            QByteArray("[options]\neth0.mode=keep\n\n[network]\n; note\n"
+                       "eth0.mode=static\neth0.ip=1.2.3.4\n"),
+            QByteArray("[options]\neth0.mode=keep\n\n[network]\n; note\n"
+                       "eth0.mode=dhcp\neth0.ip=1.2.3.4\ndnsserver1=a\\\\b&\n"));
+        row("adds to its group, duplicates go",
+            QByteArray("[network]\r\neth0.mode=a\r\neth0.mode=b\r\n\r\n[input]\r\nk=1\r\n"),
+            QByteArray("[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n\n[input]\nk=1\n"));
+        row("adds the group", QByteArray("[input]\nk=1\n"),
+            QByteArray("[input]\nk=1\n[network]\neth0.mode=dhcp\n"
+                       "dnsserver1=a\\\\b&\n"));
+        row("empty", QByteArray(), QByteArray("[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n"));
     }
     void syscfgMerges()
     {
@@ -406,11 +382,10 @@ private Q_SLOTS:
 
     void syscfgMisbehaves_data()
     {
-        QTest::addColumn<QString>("mode");
-        QTest::addColumn<int>("code");
-        QTest::newRow("fails") << "fail 3" << 3;
-        QTest::newRow("crashes") << "crash" << -1;
-        QTest::newRow("missing") << "missing" << -1;
+        columns<QString, int>("mode", "code");
+        row("fails", "fail 3", 3);
+        row("crashes", "crash", -1);
+        row("missing", "missing", -1);
     }
     void syscfgMisbehaves()
     {
