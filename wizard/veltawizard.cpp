@@ -138,6 +138,9 @@ void VeltaWizard::setupButtons()
     setButtonLayout(buttonOrder);
     setOption(QWizard::HaveCustomButton1, true);
     setOption(QWizard::NoCancelButton, false);
+    // As a part of the main window it would not take the mark of the default button away from Next
+    // while another button has the focus: who works it by keys could not tell which.
+    setOption(QWizard::NoDefaultButton, true);
     button(QWizard::CustomButton1)->hide();
 }
 

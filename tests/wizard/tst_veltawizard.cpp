@@ -206,9 +206,15 @@ private Q_SLOTS:
     void keypad()
     {
         run([&] {
+            const auto marked = [this] {
+                const QList<QPushButton *> buttons = pWizard->findChildren<QPushButton *>();
+                return std::ranges::count_if(buttons, &QPushButton::isDefault);
+            };
             pWizard->button(QWizard::CancelButton)->setFocus();
+            QCOMPARE(marked(), 1); // the focused one alone
             QTest::keyClick(pWizard.get(), Qt::Key_S);
             QVERIFY(pWizard->button(QWizard::CancelButton) != QApplication::focusWidget());
+            QCOMPARE(marked(), 1);
             QTest::keyClick(pWizard.get(), Qt::Key_T);
             QCOMPARE(QApplication::focusWidget(), pWizard->button(QWizard::CancelButton));
             QTest::keyClick(pWizard.get(), Qt::Key_Escape);
