@@ -201,22 +201,12 @@ void printAccuracy(double noise, const char *goal)
 
 // ---- the device ---------------------------------------------------------------------------------
 
-void write(const char *path, const QByteArray &content)
-{
-    const QString full = qEnvironmentVariable("PANEL_ROOT") + QLatin1String(path);
-    QDir().mkpath(QFileInfo(full).path());
-    QFile file(full);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
-        qFatal("cannot write %s", qPrintable(full));
-    }
-}
-
 /// The touchscreen of the device root, a pipe that tslib reads.
 QByteArray makeTouchscreen()
 {
-    write("/proc/device-tree/qrd-specific/qrd_touch_type", QByteArray("single", 7));
-    write("/etc/ts.conf", "module_raw waveshare len=8\nmodule linear\n");
-    write("/etc/pointercal", "13107 0 0 0 7864 0 65536\n");
+    writeDeviceFile("/proc/device-tree/qrd-specific/qrd_touch_type", QByteArray("single", 7));
+    writeDeviceFile("/etc/ts.conf", "module_raw waveshare len=8\nmodule linear\n");
+    writeDeviceFile("/etc/pointercal", "13107 0 0 0 7864 0 65536\n");
     QByteArray path = qgetenv("PANEL_ROOT") + "/dev/input/touchscreen";
     QDir().mkpath(QFileInfo(QFile::decodeName(path)).path());
     if (mkfifo(path.constData(), 0600) != 0) {

@@ -10,28 +10,17 @@
 #include "wizard/ip4validator.h"
 
 #include <QApplication>
-#include <QDir>
 
 #include <benchmark/benchmark.h>
 
 namespace {
 
-void write(const char *path, const QByteArray &content)
-{
-    const QString full = qEnvironmentVariable("PANEL_ROOT") + QLatin1String(path);
-    QDir().mkpath(QFileInfo(full).path());
-    QFile file(full);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
-        qFatal("cannot write %s", qPrintable(full));
-    }
-}
-
 void setApplication(const QByteArray &name)
 {
-    write("/simulator/firmware.state",
-          "[firmware]\nlink=yes\nstate=2\neth0.mode=static\neth0.ip=192.168.0.20\n"
-          "eth0.netmask=255.255.255.0\napp.0="
-              + name + "\n");
+    writeDeviceFile("/simulator/firmware.state",
+                    "[firmware]\nlink=yes\nstate=2\neth0.mode=static\neth0.ip=192.168.0.20\n"
+                    "eth0.netmask=255.255.255.0\napp.0="
+                        + name + "\n");
 }
 
 void tick(benchmark::State &state, bool bNewName)
@@ -80,10 +69,11 @@ BENCHMARK(wrap);
 
 void loadSettings(benchmark::State &state)
 {
-    write("/etc/settings.ini",
-          "[options]\nconfig_passwd=1234\n[network]\neth0.mode=static\neth0.ip=192.168.0.20\n"
-          "eth0.netmask=255.255.255.0\ndefault_gateway=192.168.0.1\ndnsserver1=192.168.0.1\n"
-          "dnsserver2=0.0.0.0\n");
+    writeDeviceFile(
+        "/etc/settings.ini",
+        "[options]\nconfig_passwd=1234\n[network]\neth0.mode=static\neth0.ip=192.168.0.20\n"
+        "eth0.netmask=255.255.255.0\ndefault_gateway=192.168.0.1\ndnsserver1=192.168.0.1\n"
+        "dnsserver2=0.0.0.0\n");
     for ([[maybe_unused]] auto _ : state) {
         VeltaSettings settings(QStringLiteral("/etc/settings.ini"),
                                QStringLiteral("/tmp/newsettings.ini"), QSettings::IniFormat);

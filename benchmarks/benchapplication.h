@@ -5,10 +5,22 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 constexpr int ScreenWidth = 800; // pixels
 constexpr int ScreenHeight = 480;
+
+/// Replaces the file \a path of the device root of BenchApplication.
+inline void writeDeviceFile(const char *path, const QByteArray &content)
+{
+    const QString full = qEnvironmentVariable("PANEL_ROOT") + QLatin1String(path);
+    QDir().mkpath(QFileInfo(full).path());
+    QFile file(full);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
+        qFatal("cannot write %s", qPrintable(full));
+    }
+}
 
 /// The application object of a measurement: as the program makes it, on an empty device root and,
 /// unless the environment says otherwise, on an offscreen display of 800 x 480.
