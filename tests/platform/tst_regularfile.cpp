@@ -1,0 +1,164 @@
+#include "platform/regularfile.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/testmain.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+class RegularFileTest : public DeviceTest
+{
+    Q_OBJECT
+
+private:
+    QString path() const { return root().path("/tmp/file"); }
+    QByteArray name() const { return QFile::encodeName(path()); }
+    QStringList folder() const
+    {
+        return QDir(root().path("/tmp")).entryList(QDir::Files | QDir::System, QDir::Name);
+    }
+    /// Puts something at path(): "file", "fifo", "link" (to /tmp/target), "dangling", "directory",
+    /// "full directory" or nothing.
+    void plant(const QByteArray &kind)
+    {
+        root().write("/tmp/target", "target");
+        if (kind == "file") {
+            root().write("/tmp/file", "file");
+        } else if (kind == "fifo") {
+            QCOMPARE(mkfifo(name().constData(), 0600), 0);
+        } else if (kind == "link" || kind == "dangling") {
+            QVERIFY(QFile::link(root().path(kind == "link" ? "/tmp/target" : "/tmp/none"), path()));
+        } else if (kind.endsWith("directory")) {
+            QVERIFY(QDir().mkpath(path() + (kind.startsWith("full") ? "/inner" : "")));
+        }
+    }
+
+private Q_SLOTS:
+    void reads_data()
+    {
+        columns<QByteArray, int, int>("kind", "refuse", "follow");
+        row("nothing", QByteArray(), int(FileContent::Absent), int(FileContent::Absent));
+        row("file", QByteArray("file"), int(FileContent::Readable), int(FileContent::Readable));
+        row("fifo", QByteArray("fifo"), int(FileContent::Unreadable), int(FileContent::Unreadable));
+        row("link", QByteArray("link"), int(FileContent::Unreadable), int(FileContent::Readable));
+        row("dangling", QByteArray("dangling"), int(FileContent::Unreadable),
+            int(FileContent::Absent));
+        row("directory", QByteArray("directory"), int(FileContent::Unreadable),
+            int(FileContent::Unreadable));
+    }
+    void reads()
+    {
+        QFETCH(QByteArray, kind);
+        plant(kind);
+        QTEST(int(readRegularFile(path(), Links::Refuse).state), "refuse");
+        const FileContent followed = readRegularFile(path(), Links::Follow);
+        QTEST(int(followed.state), "follow");
+        QCOMPARE(followed.content.isEmpty(), followed.state != FileContent::Readable);
+        QCOMPARE(followed.sError.isEmpty(), followed.state != FileContent::Unreadable);
+    }
+
+    void limit()
+    {
+        root().write("/tmp/file", QByteArray(100000, 'x'));
+        QCOMPARE(readRegularFile(path(), Links::Refuse, 100000).content.size(), 100000);
+        QCOMPARE(readRegularFile(path(), Links::Refuse, 99999).state, FileContent::Unreadable);
+    }
+
+    void requests_data()
+    {
+        columns<QByteArray, bool, bool>("kind", "requested", "stays");
+        row("nothing", QByteArray(), false, false);
+        row("file", QByteArray("file"), true, true);
+        row("fifo", QByteArray("fifo"), false, false);
+        row("link", QByteArray("link"), false, false);
+        row("dangling", QByteArray("dangling"), false, false);
+        row("directory", QByteArray("directory"), false, false);
+        row("full directory", QByteArray("full directory"), false, true);
+    }
+    void requests()
+    {
+        QFETCH(QByteArray, kind);
+        QFETCH(bool, requested);
+        QFETCH(bool, stays);
+        plant(kind);
+        if (!requested && !kind.isEmpty()) {
+            QTest::ignoreMessage(
+                QtWarningMsg, QRegularExpression(QStringLiteral("is no file and so no request")));
+        }
+        QCOMPARE(isRequested(path()), requested);
+        QCOMPARE(isRequested(path()), requested); // and not a second line
+        struct stat status = {};
+        QCOMPARE(lstat(name().constData(), &status) == 0, stays);
+        QCOMPARE(root().read("/tmp/target"), QByteArray("target"));
+    }
+
+    void writes_data()
+    {
+        columns<QByteArray, bool, bool>("kind", "anew", "replaced");
+        row("nothing", QByteArray(), true, true);
+        row("file", QByteArray("file"), true, true);
+        row("fifo", QByteArray("fifo"), true, true);
+        row("link", QByteArray("link"), true, true);
+        row("dangling", QByteArray("dangling"), true, true);
+        row("directory", QByteArray("directory"), true, false);
+        row("full directory", QByteArray("full directory"), false, false);
+    }
+    void writes()
+    {
+        QFETCH(QByteArray, kind);
+        for (const bool bAnew : {true, false}) {
+            plant(kind);
+            const bool bDone =
+                bAnew ? writeNewFile(path(), "new") : replaceFile(path(), "new", 0640);
+            QTEST(bDone, bAnew ? "anew" : "replaced");
+            QCOMPARE(root().read("/tmp/target"), QByteArray("target"));
+            struct stat status = {};
+            if (bDone) {
+                QCOMPARE(lstat(name().constData(), &status), 0);
+                QVERIFY(S_ISREG(status.st_mode));
+                QCOMPARE(root().read("/tmp/file"), QByteArray("new"));
+                if (bAnew) {
+                    QCOMPARE(int(status.st_mode & 0777), 0600);
+                }
+                QCOMPARE(folder(), QStringList({"file", "target"}));
+            } else {
+                QCOMPARE(folder(), QStringList({"target"}));
+            }
+            if (!removeName(path())) {
+                QVERIFY(QDir(path()).removeRecursively());
+            }
+        }
+    }
+
+    void permissions()
+    {
+        const mode_t mask = umask(077);
+        QVERIFY(replaceFile(path(), "first", 0640));
+        umask(mask);
+        struct stat status = {};
+        QCOMPARE(stat(name().constData(), &status), 0);
+        QCOMPARE(int(status.st_mode & 0777), 0640);
+        QCOMPARE(chmod(name().constData(), 0604), 0);
+        QVERIFY(replaceFile(path(), "second", 0640));
+        QCOMPARE(stat(name().constData(), &status), 0);
+        QCOMPARE(int(status.st_mode & 0777), 0604);
+    }
+
+    void strays()
+    {
+        root().write("/tmp/file", "kept");
+        root().write("/tmp/file.panel-a1B2c3", "half a fi");
+        root().write("/tmp/fileX", "kept");
+        removeStrayFiles(path());
+        QCOMPARE(folder(), QStringList({"file", "fileX"}));
+    }
+
+    void noRoom()
+    {
+        QVERIFY(!writeNewFile("/dev/full/file", "new"));
+        QVERIFY(!replaceFile("/nowhere/file", "new"));
+        QCOMPARE(errno, ENOENT);
+    }
+};
+
+PANEL_TEST_MAIN(RegularFileTest)
+#include "tst_regularfile.moc"
