@@ -1,12 +1,11 @@
 #include "app/mainwindow.h"
 
 #include "app/cursor.h"
+#include "app/deviceinformation.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "platform/command.h"
 #include "platform/devicepath.h"
-#include "platform/firmwaretext.h"
-#include "platform/macaddress.h"
 #include "platform/screengrab.h"
 #include "platform/touchtype.h"
 #include "platform/windowserver.h"
@@ -54,9 +53,6 @@ constexpr auto KeyMapFile = QLatin1String("/etc/kbd/de.qmap");
 constexpr int MaxKeyboards = 2;
 
 constexpr auto BlankLabel = QLatin1String("    ");
-constexpr auto UnknownMac = QLatin1String("00:00:00:00:00:00");
-constexpr auto DhcpModeText = QLatin1String("dhcp");
-constexpr auto StaticModeText = QLatin1String("static");
 constexpr int PageMargin = 9; // pixels, as in the form
 constexpr int ButtonSpacing = 6; // pixels between a button and the texts beside it
 constexpr int AppNameMargin = 50; // pixels by which a long name stays short of the screen
@@ -98,18 +94,6 @@ void setPointSize(QWidget *pWidget, int nPoints)
     pWidget->setFont(font);
 }
 
-// A version of the firmware, empty when it is not known.
-QString firmwareInfo(QLatin1String key)
-{
-    const QSettings info(devicePath(QStringLiteral("/etc/fwinfo.ini")), QSettings::IniFormat);
-    return info.value(key).toString();
-}
-
-QByteArray interfaceName(int nInterface)
-{
-    return "eth" + QByteArray::number(nInterface);
-}
-
 } // namespace
 
 MainWindow::MainWindow(QWidget *pParent)
@@ -143,9 +127,6 @@ MainWindow::MainWindow(QWidget *pParent)
 
 MainWindow::~MainWindow()
 {
-    if (nPlcHandle > 0) {
-        closeRuntimeLink();
-    }
     pCalibrationPage.reset();
     if (gCursorHidden) {
         QApplication::restoreOverrideCursor();
@@ -249,19 +230,19 @@ void MainWindow::doProgressBar()
 
 void MainWindow::controlVisibility()
 {
-    if (nPlcHandle < 1) {
-        openRuntimeLink();
-        bStatusKnown = false;
+    if (!runtimeLink.isOpen()) {
+        runtimeLink = RuntimeLink::open();
         bConfigRequested = false;
         scheduleNextTick();
         return;
     }
-    if (!readRuntimeStatus()) {
+    plcStatus = runtimeLink.status();
+    if (!plcStatus) {
         if (!isVisible()) {
             show();
             keepOverlaysOnTop();
         }
-        closeRuntimeLink();
+        runtimeLink.close();
         pVisibilityTimer->setInterval(TickInterval);
         return;
     }
@@ -270,11 +251,11 @@ void MainWindow::controlVisibility()
         // file cannot be deleted.
         bCheckCalMessage = false;
         showCalibrationMessage();
-        if (nPlcHandle < 1) {
-            return; // lost meanwhile: the status is not worth acting on
+        if (!plcStatus) {
+            return; // lost meanwhile
         }
     }
-    if (plcStatus.isPlcStopped()) {
+    if (plcStatus->isPlcStopped()) {
         showWhileStopped();
     } else {
         showWhileRunning();
@@ -290,14 +271,14 @@ void MainWindow::controlVisibility()
 
 void MainWindow::showWhileStopped()
 {
-    if (ipText.contains(NoAddress)) {
+    if (sIpShown.contains(NoAddress)) {
         updateDeviceInfo(); // a late lease becomes visible
     }
     showFullScreenOnce();
     showPage(pUi->previewPage);
     pProgressTimer->stop();
     updateAppName();
-    pUi->pushButtonStartApp->setVisible(plcStatus.state == PlcStateStopped);
+    pUi->pushButtonStartApp->setVisible(plcStatus->state == PlcStateStopped);
 }
 
 void MainWindow::showWhileRunning()
@@ -391,7 +372,7 @@ void MainWindow::scheduleNextTick()
 
 void MainWindow::configButtonPressed()
 {
-    if (bStatusKnown && plcStatus.isPlcStopped()) {
+    if (plcStatus && plcStatus->isPlcStopped()) {
         bConfigRequested = true;
     }
 }
@@ -438,90 +419,22 @@ void MainWindow::changeEvent(QEvent *pEvent)
 
 void MainWindow::updateDeviceInfo()
 {
-    pUi->label_fw->setText(tr("Firmware Version: ") + readFirmwareVersion());
-    pUi->label_rts->setText(tr("Codesys RTS Version: ") + readRuntimeVersion());
+    const FirmwareVersions versions = readFirmwareVersions();
+    pUi->label_fw->setText(tr("Firmware Version: ") + versions.firmware);
+    pUi->label_rts->setText(tr("Codesys RTS Version: ") + versions.runtime);
     fitTexts({pUi->label_fw, pUi->label_rts});
-    const int nInterface = interfaceToShow();
-    if (nInterface < 0) {
-        return;
+    const auto interface = readInterfaceInformation();
+    if (!interface) {
+        return; // what is shown stays
     }
-    const InterfaceTexts &texts = interfaceTexts[nInterface];
-    const QString ip = interfaceIp(nInterface);
-    pUi->label_ip->setText(modeText.contains(StaticModeText) ? tr(texts.staticIp).arg(ip)
-                                                             : tr(texts.dhcpIp).arg(ip, modeText));
-    pUi->label_mask->setText(tr(texts.netmask).arg(interfaceNetmask(nInterface)));
-    pUi->label_mac->setText(tr(texts.mac).arg(interfaceMac(nInterface)));
+    const InterfaceTexts &texts = interfaceTexts[interface->nInterface];
+    sIpShown = interface->ip;
+    pUi->label_ip->setText(interface->bStatic
+                               ? tr(texts.staticIp).arg(sIpShown)
+                               : tr(texts.dhcpIp).arg(sIpShown, QLatin1String(" (dhcp)")));
+    pUi->label_mask->setText(tr(texts.netmask).arg(interface->netmask));
+    pUi->label_mac->setText(tr(texts.mac).arg(interface->mac));
     fitTexts({pUi->label_ip, pUi->label_mask, pUi->label_mac});
-}
-
-int MainWindow::interfaceToShow()
-{
-    if (interfaceQualifies(0)) {
-        return 0;
-    }
-    if (sysif_IsEth1Present() && interfaceQualifies(1)) {
-        return 1;
-    }
-    if (sysif_IsEth2Present() && interfaceQualifies(2)) {
-        return 2;
-    }
-    return -1;
-}
-
-bool MainWindow::interfaceQualifies(int nInterface)
-{
-    const QString mode = interfaceMode(nInterface);
-    return mode.contains(DhcpModeText) || mode.contains(StaticModeText);
-}
-
-QString MainWindow::readFirmwareVersion()
-{
-    firmwareVersion = firmwareInfo(QLatin1String("firmware/version"));
-    return firmwareVersion;
-}
-
-QString MainWindow::readRuntimeVersion()
-{
-    runtimeVersion = firmwareInfo(QLatin1String("codesys/version"));
-    return runtimeVersion;
-}
-
-QString MainWindow::interfaceIp(int nInterface)
-{
-    ipBuffer.fill('\0');
-    const int nResult =
-        sysif_GetInterfaceIp(ipBuffer.data(), interfaceName(nInterface).constData());
-    ipText = nResult == 0 ? firmwareText(ipBuffer) : NoAddress;
-    return ipText;
-}
-
-QString MainWindow::interfaceNetmask(int nInterface)
-{
-    netmaskBuffer.fill('\0');
-    const int nResult =
-        sysif_GetInterfaceNetmask(netmaskBuffer.data(), interfaceName(nInterface).constData());
-    netmaskText = nResult == 0 ? firmwareText(netmaskBuffer) : NoAddress;
-    return netmaskText;
-}
-
-QString MainWindow::interfaceMode(int nInterface)
-{
-    const auto call = nInterface == 1 ? sysdb_GetEth1Mode
-        : nInterface == 2             ? sysdb_GetEth2Mode
-                                      : sysdb_GetEth0Mode;
-    modeBuffer.fill('\0');
-    modeText = call(modeBuffer.data()) == 0 ? firmwareText(modeBuffer) : QString();
-    if (modeText.contains(DhcpModeText)) {
-        modeText = QStringLiteral(" (dhcp)");
-    }
-    return modeText;
-}
-
-QString MainWindow::interfaceMac(int nInterface)
-{
-    const QString mac = interfaceMacAddress(QStringLiteral("eth%1").arg(nInterface));
-    macText = mac.isEmpty() ? UnknownMac : mac;
-    return macText;
 }
 
 // Texts that would be cut off are shown in a smaller font; those of a group stay alike.
@@ -551,34 +464,11 @@ QFont MainWindow::formFont(const QLabel *pLabel)
 
 // PLC runtime link
 
-void MainWindow::openRuntimeLink()
-{
-    nPlcHandle = rctrl_init_communication();
-}
-
-bool MainWindow::readRuntimeStatus()
-{
-    PlcStatus status{};
-    if (rctrl_get_status(nPlcHandle, &status) != 0) {
-        return false; // whatever it has left in the record
-    }
-    plcStatus = status;
-    bStatusKnown = true;
-    return true;
-}
-
-void MainWindow::closeRuntimeLink()
-{
-    rctrl_exit_communication(nPlcHandle);
-    nPlcHandle = 0;
-    bStatusKnown = false;
-}
-
 void MainWindow::updateAppName()
 {
     QString name;
-    if (nPlcHandle != 0 && plcStatus.state != PlcStateNoApplication) {
-        name = plcStatus.firstAppName().simplified(); // one line
+    if (plcStatus && plcStatus->state != PlcStateNoApplication) {
+        name = plcStatus->firstAppName().simplified(); // one line
     }
     if (name == loadedName && !appName.isEmpty()) {
         return; // as at nearly every tick: shaping a text costs more than all the rest of it
@@ -593,7 +483,7 @@ void MainWindow::updateAppName()
 
 void MainWindow::startAppButtonPressed()
 {
-    if (nPlcHandle > 0 && rctrl_start_all_applications(nPlcHandle) != 0) {
+    if (runtimeLink.isOpen() && !runtimeLink.startAllApplications()) {
         pUi->pushButtonStartApp->setEnabled(false); // shows the error icon from now on
     }
 }

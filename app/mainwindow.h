@@ -1,13 +1,13 @@
 #pragma once
 
-#include "app/plcstatus.h"
+#include "platform/firmware.h"
 
 #include <QFont>
 #include <QHash>
 #include <QStackedWidget>
 
-#include <array>
 #include <memory>
+#include <optional>
 
 class CalibrationPage;
 class QFileSystemWatcher;
@@ -80,14 +80,6 @@ private:
     void showPage(QWidget *pPage);
 
     // Device status
-    QString readFirmwareVersion();
-    QString readRuntimeVersion();
-    QString interfaceIp(int nInterface);
-    QString interfaceNetmask(int nInterface);
-    QString interfaceMode(int nInterface);
-    QString interfaceMac(int nInterface);
-    bool interfaceQualifies(int nInterface);
-    int interfaceToShow();
     void fitTexts(std::initializer_list<QLabel *> labels);
     QFont formFont(const QLabel *pLabel);
 
@@ -98,11 +90,6 @@ private:
     bool readKeyboardMapping() const;
     void detectTouchType();
 
-    // PLC runtime link
-    void openRuntimeLink();
-    bool readRuntimeStatus();
-    void closeRuntimeLink();
-
     std::unique_ptr<Ui::MainWindow> pUi;
     QHash<const QLabel *, QFont> formFonts; // before a text was fitted into its width
     std::unique_ptr<QTimer> pProgressTimer;
@@ -111,23 +98,14 @@ private:
     QTimer *pScreenshotTimer = nullptr; // child of the window
     std::unique_ptr<CalibrationPage> pCalibrationPage;
     QFileSystemWatcher *pInputWatcher = nullptr; // child of the window
-    int nPlcHandle = 0; // below 1: no link
-    PlcStatus plcStatus{};
-    QString firmwareVersion;
-    QString runtimeVersion;
-    QString ipText; // of the interface shown, empty when none is
-    QString netmaskText;
-    QString modeText;
-    QString macText;
+    RuntimeLink runtimeLink;
+    std::optional<PlcStatus> plcStatus; // read over the present link
+    QString sIpShown; // address of the interface shown, empty when none is
     QString appName; // as shown
     QString loadedName; // as the runtime reports it
-    std::array<char, 20> ipBuffer{};
-    std::array<char, 20> netmaskBuffer{};
-    std::array<char, 84> modeBuffer{};
     int nRestartSeconds = 10;
     bool bCheckCalMessage = true; // due at the first good status
     bool bKeepVisible = false; // stay on the screen although the PLC runs
-    bool bStatusKnown = false; // plcStatus was read over the present link
     bool bConfigRequested = false;
     bool bNoCalibration = false;
     bool bRestartPending = false;
