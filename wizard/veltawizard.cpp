@@ -41,6 +41,8 @@ constexpr std::array<PageCreator, WizardPageCount> PageCreators = {
     createPage<ProtectionPage>,  createPage<NetOpModeSettingsPage>, createPage<IPAddressesPage>,
     createPage<DNSSettingsPage>, createPage<SummaryPage>,
 };
+static_assert(std::ranges::find(PageCreators, nullptr) == PageCreators.end(),
+              "every page id has its creator");
 
 } // namespace
 
