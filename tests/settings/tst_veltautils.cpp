@@ -8,6 +8,7 @@
 #include <QtWidgets>
 
 #include <memory>
+#include <sys/stat.h>
 
 namespace {
 constexpr char CommonDpi[] = "/proc/device-tree/qrd-specific/qrd_dpi_x_resolution";
@@ -174,6 +175,18 @@ private Q_SLOTS:
         VeltaUtils utils;
         utils.scaleFont(&label, 12);
         QTEST(label.font().pixelSize(), "size");
+    }
+
+    void dpiIsNoFile()
+    {
+        const QString path = root().path(QLatin1String(CommonDpi));
+        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+        QCOMPARE(mkfifo(qPrintable(path), 0600), 0);
+        setScreen({800, 480}, 72);
+        QLabel label;
+        label.setFont(pixelFont(100));
+        VeltaUtils().scaleFont(&label, 12);
+        QCOMPARE(label.font().pixelSize(), 200); // as unreadable
     }
 
     void readsDpiOnce()
