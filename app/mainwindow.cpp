@@ -13,6 +13,7 @@
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
 #include "settings/fittedfont.h"
+#include "settings/inifile.h"
 #include "settings/settingsrecord.h"
 #include "settings/veltautils.h"
 #include "ui_mainwindow.h"
@@ -26,7 +27,6 @@
 #include <QFileSystemWatcher>
 #include <QKeyEvent>
 #include <QScreen>
-#include <QSettings>
 #include <QTimer>
 
 using namespace std::chrono_literals;
@@ -101,7 +101,14 @@ void setPointSize(QWidget *pWidget, int nPoints)
 // A version of the firmware, empty when it is not known.
 QString firmwareInfo(QLatin1String key)
 {
-    const QSettings info(devicePath(QStringLiteral("/etc/fwinfo.ini")), QSettings::IniFormat);
+    constexpr auto Path = QLatin1String("/etc/fwinfo.ini");
+    static bool bTold = false; // it is read again and again
+    const IniFile info(Path);
+    const bool bUnreadable = info.state() == IniFile::Unreadable;
+    if (bUnreadable && !bTold) {
+        qWarning("%s %s", Path.data(), qPrintable(info.problem()));
+    }
+    bTold = bUnreadable;
     return info.value(key).toString();
 }
 
@@ -602,7 +609,10 @@ void MainWindow::startAppButtonPressed()
 
 bool MainWindow::readKeyboardMapping() const
 {
-    const QSettings settings(devicePath(SettingsPath), QSettings::IniFormat);
+    const IniFile settings(SettingsPath);
+    if (!settings.problem().isEmpty()) {
+        qWarning("%s %s", SettingsPath.data(), qPrintable(settings.problem()));
+    }
     return settings.value(QLatin1String("input/kbd_mapping"), QString()).toString()
         == QLatin1String("DE")
         && QFile::exists(devicePath(KeyMapFile));

@@ -1,4 +1,5 @@
 #include "app/mainwindow.h"
+#include "app/startup.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "platform/windowserver.h"
@@ -229,6 +230,31 @@ private Q_SLOTS:
         start();
         QTEST(text("label_fw"), "firmware");
         QTEST(text("label_rts"), "runtime");
+    }
+
+    // Nothing that stands in for a file keeps the panel from starting.
+    void filesThatAreNone_data()
+    {
+        columns<QString>("path"); // by the path
+        for (const char *path : {"/etc/settings.ini", "/etc/fwinfo.ini"}) {
+            row(path, QString::fromLatin1(path));
+        }
+    }
+    void filesThatAreNone()
+    {
+        QFETCH(QString, path);
+        QCOMPARE(mkfifo(qPrintable(root().path(path)), 0600), 0);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u'^' + path + " cannot be read: "));
+        start();
+        pWindow->updateDeviceInfo();
+        QCOMPARE(text("label_fw"), QStringLiteral("Firmware Version: "));
+    }
+
+    void fontsThatAreNone()
+    {
+        QVERIFY(QDir().mkpath(root().path("/usr/lib/fonts")));
+        QCOMPARE(mkfifo(qPrintable(root().path("/usr/lib/fonts/Vera.ttf")), 0600), 0);
+        QVERIFY(!loadFonts());
     }
 
     void startButton()
