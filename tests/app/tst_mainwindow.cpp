@@ -250,6 +250,31 @@ private Q_SLOTS:
         QCOMPARE(text("label_fw"), QStringLiteral("Firmware Version: "));
     }
 
+    // The configuration stays closed, until the next press finds a file that can be read.
+    void unreadableSettings()
+    {
+        startLinked(2);
+        const QString path = root().path("/etc/settings.ini");
+        QVERIFY(QDir().mkpath(path));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("settings.ini cannot be read: "));
+        BoxWatcher watcher;
+        pWindow->configButtonPressed();
+        pWindow->controlVisibility();
+        QCOMPARE(watcher.texts().size(), 1);
+        QVERIFY(watcher.texts().constFirst().startsWith("Error -202: "));
+        QCOMPARE(page(), QStringLiteral("previewPage"));
+
+        QVERIFY(QDir().rmdir(path));
+        int nOpened = 0;
+        pWindow->configButtonPressed();
+        tickWithWizard([&](QWizard &wizard) {
+            ++nOpened;
+            wizard.reject();
+        });
+        QCOMPARE(nOpened, 1);
+        QCOMPARE(watcher.texts().size(), 1);
+    }
+
     void fontsThatAreNone()
     {
         QVERIFY(QDir().mkpath(root().path("/usr/lib/fonts")));

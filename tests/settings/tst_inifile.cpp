@@ -60,6 +60,7 @@ private Q_SLOTS:
         row("FIFO", QByteArray("fifo"), int(IniFile::Unreadable));
         row("directory", QByteArray("directory"), int(IniFile::Unreadable));
         row("link to itself", QByteArray("loop"), int(IniFile::Unreadable));
+        row("read error", QByteArray("eio"), int(IniFile::Unreadable));
     }
     void noFile()
     {
@@ -71,6 +72,9 @@ private Q_SLOTS:
             QVERIFY(QDir().mkpath(path));
         } else if (kind == "loop") {
             QVERIFY(QFile::link(path, path));
+        } else if (kind == "eio") {
+            QVERIFY(
+                QFile::link("/proc/self/mem", path)); // a regular file whose start is unreadable
         }
         const IniFile file(QStringLiteral("/etc/file.ini"));
         QTEST(int(file.state()), "state");
