@@ -146,6 +146,7 @@ private Q_SLOTS:
         both("1 MB", QByteArray(1 << 20, '1'), 200, 72);
         both("huge", QByteArray("4000000\0", 8), 200, 72);
         both("negative", QByteArray("-5\0", 3), 200, 72);
+        both("FIFO", QByteArray("fifo"), 200, 72);
         both("implausible", QByteArray("3000\0", 5), 200, 72);
         // Read, but no resolution: nothing is enlarged.
         both("disabled", QByteArray("Disabled\0", 9), 150, 72);
@@ -169,24 +170,16 @@ private Q_SLOTS:
             if (!content.isNull()) {
                 root().write(QLatin1String(path), content);
             }
+            if (content == "fifo") {
+                root().remove(QLatin1String(path));
+                QCOMPARE(mkfifo(qPrintable(root().path(QLatin1String(path))), 0600), 0);
+            }
         }
         QLabel label;
         label.setFont(pixelFont(100));
         VeltaUtils utils;
         utils.scaleFont(&label, 12);
         QTEST(label.font().pixelSize(), "size");
-    }
-
-    void dpiIsNoFile()
-    {
-        const QString path = root().path(QLatin1String(CommonDpi));
-        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
-        QCOMPARE(mkfifo(qPrintable(path), 0600), 0);
-        setScreen({800, 480}, 72);
-        QLabel label;
-        label.setFont(pixelFont(100));
-        VeltaUtils().scaleFont(&label, 12);
-        QCOMPARE(label.font().pixelSize(), 200); // as unreadable
     }
 
     void readsDpiOnce()
