@@ -1,11 +1,9 @@
 #include "app/deviceinformation.h"
 
-#include "platform/devicepath.h"
 #include "platform/firmware.h"
 #include "platform/macaddress.h"
+#include "settings/inifile.h"
 #include "settings/settingsrecord.h"
-
-#include <QSettings>
 
 namespace {
 
@@ -25,7 +23,13 @@ QString macAddress(int nInterface)
 
 FirmwareVersions readFirmwareVersions()
 {
-    const QSettings info(devicePath(FirmwareInfoFile), QSettings::IniFormat);
+    static bool bTold = false; // it is read again and again
+    const IniFile info(FirmwareInfoFile);
+    const bool bUnreadable = info.state() == IniFile::Unreadable;
+    if (bUnreadable && !bTold) {
+        qWarning("%s %s", FirmwareInfoFile.data(), qPrintable(info.problem()));
+    }
+    bTold = bUnreadable;
     return {info.value(QLatin1String("firmware/version")).toString(),
             info.value(QLatin1String("codesys/version")).toString()};
 }

@@ -12,6 +12,7 @@
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
 #include "settings/fittedfont.h"
+#include "settings/inifile.h"
 #include "settings/settingsrecord.h"
 #include "settings/veltautils.h"
 #include "ui_mainwindow.h"
@@ -25,7 +26,6 @@
 #include <QFileSystemWatcher>
 #include <QKeyEvent>
 #include <QScreen>
-#include <QSettings>
 #include <QTimer>
 
 using namespace std::chrono_literals;
@@ -492,7 +492,10 @@ void MainWindow::startAppButtonPressed()
 
 bool MainWindow::readKeyboardMapping() const
 {
-    const QSettings settings(devicePath(SettingsPath), QSettings::IniFormat);
+    const IniFile settings(SettingsPath);
+    if (!settings.problem().isEmpty()) {
+        qWarning("%s %s", SettingsPath.data(), qPrintable(settings.problem()));
+    }
     return settings.value(QLatin1String("input/kbd_mapping"), QString()).toString()
         == QLatin1String("DE")
         && QFile::exists(devicePath(KeyMapFile));

@@ -1,8 +1,8 @@
 #include "platform/touchtype.h"
 
 #include "platform/devicepath.h"
+#include "platform/regularfile.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -32,10 +32,8 @@ TouchType readTouchType()
     if (!QFileInfo::exists(devicePath(QStringLiteral("/dev/input/touchscreen")))) {
         return TouchType::None;
     }
-    QFile property(devicePath(QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type")));
-    if (!property.open(QIODevice::ReadOnly)) {
-        return TouchType::Single;
-    }
-    const QByteArray word = firstWord(property.read(PropertyLimit)).toLower();
+    const FileContent property = readRegularFile(
+        devicePath(QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type")), Links::Follow);
+    const QByteArray word = firstWord(property.content.left(PropertyLimit)).toLower();
     return word.contains("multi") ? TouchType::Multi : TouchType::Single;
 }

@@ -2,6 +2,7 @@
 
 #include "platform/command.h"
 #include "platform/devicepath.h"
+#include "platform/regularfile.h"
 #include "settings/screenclass.h"
 
 #include <QAbstractButton>
@@ -44,11 +45,9 @@ bool hasClassName(const QWidget *widget, const char *className)
 /// texts with NUL; one line without it is taken too.
 std::optional<QString> readProperty(const QString &path)
 {
-    QFile file(devicePath(path));
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        return std::nullopt;
-    }
-    const QByteArray piece = file.read(MaxPropertyBytes);
+    const QByteArray piece = readRegularFile(devicePath(path), Links::Follow)
+                                 .content.left(MaxPropertyBytes)
+                                 .replace("\r\n", "\n");
     qsizetype end = piece.indexOf('\0');
     if (end < 0) {
         end = piece.indexOf('\n');
@@ -208,7 +207,7 @@ short VeltaUtils::runSysCfg()
     const int result = runCommand(
         devicePath(SysCfgPath),
         {QStringLiteral("-i"), file, QStringLiteral("-g"), QStringLiteral("all")}, SysCfgLimit);
-    if (result == 0 && QFile::exists(file) && !QFile::remove(file)) {
+    if (result == 0 && !removeName(file)) {
         qDebug("could not remove file %s", NewSettingsPath.data());
     }
     return static_cast<short>(result);

@@ -1,4 +1,5 @@
 #include "app/mainwindow.h"
+#include "app/startup.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "platform/windowserver.h"
@@ -206,6 +207,56 @@ private Q_SLOTS:
         root().setFirmware("eth0.ip=10.9.8.7");
         pWindow->controlVisibility();
         QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 10.9.8.7 (dhcp)"));
+    }
+
+    // Nothing that stands in for a file keeps the panel from starting.
+    void filesThatAreNone_data()
+    {
+        columns<QString>("path"); // by the path
+        for (const char *path : {"/etc/settings.ini", "/etc/fwinfo.ini"}) {
+            row(path, QString::fromLatin1(path));
+        }
+    }
+    void filesThatAreNone()
+    {
+        QFETCH(QString, path);
+        QCOMPARE(mkfifo(qPrintable(root().path(path)), 0600), 0);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u'^' + path + " cannot be read: "));
+        start();
+        pWindow->updateDeviceInfo();
+        QCOMPARE(text("label_fw"), QStringLiteral("Firmware Version: "));
+    }
+
+    // The configuration stays closed, until the next press finds a file that can be read.
+    void unreadableSettings()
+    {
+        startLinked(2);
+        const QString path = root().path("/etc/settings.ini");
+        QVERIFY(QDir().mkpath(path));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("settings.ini cannot be read: "));
+        BoxWatcher watcher;
+        pWindow->configButtonPressed();
+        pWindow->controlVisibility();
+        QCOMPARE(watcher.texts().size(), 1);
+        QVERIFY(watcher.texts().constFirst().startsWith("Error -202: "));
+        QCOMPARE(page(), QStringLiteral("previewPage"));
+
+        QVERIFY(QDir().rmdir(path));
+        int nOpened = 0;
+        pWindow->configButtonPressed();
+        tickWithWizard([&](QWizard &wizard) {
+            ++nOpened;
+            wizard.reject();
+        });
+        QCOMPARE(nOpened, 1);
+        QCOMPARE(watcher.texts().size(), 1);
+    }
+
+    void fontsThatAreNone()
+    {
+        QVERIFY(QDir().mkpath(root().path("/usr/lib/fonts")));
+        QCOMPARE(mkfifo(qPrintable(root().path("/usr/lib/fonts/Vera.ttf")), 0600), 0);
+        QVERIFY(!loadFonts());
     }
 
     void startButton()

@@ -372,6 +372,8 @@ private Q_SLOTS:
         row("unknown module", QByteArray(), QByteArray("module_raw nonsense\n"),
             "tslib cannot configure");
         row("empty configuration", QByteArray(), QByteArray(), "tslib cannot configure");
+        row("FIFO", QByteArray(), QByteArray("fifo"),
+            "(ts.conf cannot be read: not a regular file|tslib cannot configure)");
     }
     void cannotOpen()
     {
@@ -383,19 +385,29 @@ private Q_SLOTS:
         }
         const QByteArray good = root().read(TsConf);
         root().write(TsConf, conf);
+        const auto ignoreWarnings = [&] {
+            for (int i = 0; i < (conf == "fifo" ? 2 : 1); ++i) {
+                QTest::ignoreMessage(QtWarningMsg, QRegularExpression(warning));
+            }
+        };
+        if (conf == "fifo") {
+            root().remove(TsConf);
+            QCOMPARE(mkfifo(qPrintable(root().path(TsConf)), 0600), 0);
+        }
         pServer = std::make_unique<WindowServer>();
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(warning));
+        ignoreWarnings();
         QVERIFY(!pServer->openPointer());
 
         pServer->suspendPointer();
         pServer->clearCalibration();
         PointerCalibrationData data = targetsOnly();
         pServer->getCalibration(&data);
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(warning));
+        ignoreWarnings();
         pServer->resumePointer();
         QCOMPARE(tap({10, 20}), QStringList());
 
         qunsetenv("TSLIB_TSDEVICE");
+        root().remove(TsConf);
         root().write(TsConf, good);
         pServer->resumePointer();
         QCOMPARE(tap({30, 40}), tapAt(30, 40));

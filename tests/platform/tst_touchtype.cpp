@@ -4,6 +4,7 @@
 #include "tests/support/testmain.h"
 
 #include <array>
+#include <sys/stat.h>
 
 namespace {
 const QString Device = "/dev/input/touchscreen";
@@ -47,6 +48,9 @@ private Q_SLOTS:
         root().remove(Property);
         QCOMPARE(readTouchType(), TouchType::Single);
         root().write(Property + "/is-a-folder", {});
+        QCOMPARE(readTouchType(), TouchType::Single);
+        QVERIFY(QDir(root().path(Property)).removeRecursively());
+        QCOMPARE(mkfifo(qPrintable(root().path(Property)), 0600), 0);
         QCOMPARE(readTouchType(), TouchType::Single);
     }
 

@@ -8,6 +8,7 @@
 #include <QtWidgets>
 
 #include <memory>
+#include <sys/stat.h>
 
 namespace {
 constexpr char CommonDpi[] = "/proc/device-tree/qrd-specific/qrd_dpi_x_resolution";
@@ -147,6 +148,7 @@ private Q_SLOTS:
         both("1 MB", QByteArray(1 << 20, '1'), 200, 72);
         both("huge", QByteArray("4000000\0", 8), 200, 72);
         both("negative", QByteArray("-5\0", 3), 200, 72);
+        both("FIFO", QByteArray("fifo"), 200, 72);
         both("implausible", QByteArray("3000\0", 5), 200, 72);
         // Read, but no resolution: nothing is enlarged.
         both("disabled", QByteArray("Disabled\0", 9), 150, 72);
@@ -169,6 +171,10 @@ private Q_SLOTS:
              {std::pair(CommonDpi, common), std::pair(DpiX, x), std::pair(DpiY, y)}) {
             if (!content.isNull()) {
                 root().write(QLatin1String(path), content);
+            }
+            if (content == "fifo") {
+                root().remove(QLatin1String(path));
+                QCOMPARE(mkfifo(qPrintable(root().path(QLatin1String(path))), 0600), 0);
             }
         }
         QLabel label;
