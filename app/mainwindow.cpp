@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/cursor.h"
+#include "app/keyboardwatcher.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "platform/command.h"
@@ -20,10 +21,7 @@
 
 #include <QApplication>
 #include <QDebug>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QFileSystemWatcher>
 #include <QKeyEvent>
 #include <QScreen>
 #include <QSettings>
@@ -49,9 +47,6 @@ constexpr quint8 CalMessageSeconds = 15;
 constexpr auto CalibrationRequestFile = QLatin1String("/tmp/.system/TouchCalibration");
 constexpr auto CalMessageFile = QLatin1String("/flash/local/cal_message");
 constexpr auto RebootCommand = QLatin1String("/sbin/reboot");
-constexpr auto InputFolder = QLatin1String("/dev/input");
-constexpr auto KeyMapFile = QLatin1String("/etc/kbd/de.qmap");
-constexpr int MaxKeyboards = 2;
 
 constexpr auto BlankLabel = QLatin1String("    ");
 constexpr auto UnknownMac = QLatin1String("00:00:00:00:00:00");
@@ -119,7 +114,6 @@ MainWindow::MainWindow(QWidget *pParent)
     pUi->setupUi(this);
     createTimers();
     adaptToScreen();
-    bKeyboardMapping = readKeyboardMapping();
     pUi->sp_progressBar01->setRange(0, 0);
     connectAll();
     updateDeviceInfo();
@@ -600,14 +594,6 @@ void MainWindow::startAppButtonPressed()
 
 // Input devices
 
-bool MainWindow::readKeyboardMapping() const
-{
-    const QSettings settings(devicePath(SettingsPath), QSettings::IniFormat);
-    return settings.value(QLatin1String("input/kbd_mapping"), QString()).toString()
-        == QLatin1String("DE")
-        && QFile::exists(devicePath(KeyMapFile));
-}
-
 void MainWindow::detectTouchType()
 {
     bNoCalibration = readTouchType() != TouchType::Single;
@@ -615,69 +601,17 @@ void MainWindow::detectTouchType()
 
 void MainWindow::watchInputDevices()
 {
-    pInputWatcher = new QFileSystemWatcher(this);
-    connect(pInputWatcher, &QFileSystemWatcher::directoryChanged, this,
-            &MainWindow::inputEventDirChanged);
-    releaseKeyboard();
-    watchInputFolder();
-    inputEventDirChanged(devicePath(InputFolder));
-}
-
-// False while there is no folder: it comes with the first device and goes with the last.
-bool MainWindow::watchInputFolder()
-{
-    const QString folder = devicePath(InputFolder);
-    return QFileInfo::exists(folder) && pInputWatcher->addPath(folder);
+    pKeyboardWatcher = new KeyboardWatcher(this);
+    pKeyboardWatcher->start();
 }
 
 void MainWindow::inputEventDirChanged(const QString &path)
 {
-    const QFileInfoList entries = QDir(path).entryInfoList(
-        {QStringLiteral("keyboard*")}, QDir::Files | QDir::System, QDir::Unsorted);
-    if (entries.size() > MaxKeyboards || entries.size() == nKeyboardCount) {
-        return;
-    }
-    if (nKeyboardCount > 0) {
-        releaseKeyboard();
-    }
-    for (const QFileInfo &entry : entries) {
-        if (entry.isSymLink()) {
-            setKeyboard(entry.baseName());
-        }
-    }
-    nKeyboardCount = int(entries.size());
-}
-
-void MainWindow::setKeyboard(const QString &deviceName)
-{
-    QString specification = QStringLiteral("/dev/input/%1:grab=1").arg(deviceName);
-    if (bKeyboardMapping) {
-        specification += QLatin1String(":keymap=") + KeyMapFile;
-    }
-    WindowServer *pServer = WindowServer::instance();
-    std::unique_ptr<QObject> pKeyboardHandler = WindowServer::createKeyboardHandler(specification);
-    if (pServer && pKeyboardHandler) {
-        pServer->setKeyboardHandler(std::move(pKeyboardHandler));
-    } else {
-        qWarning("MainWindow::setKeyboard: found null pointer on pKeyboardHandler and/or "
-                 "pQwsServer !\n");
-    }
-}
-
-void MainWindow::releaseKeyboard()
-{
-    if (WindowServer *pServer = WindowServer::instance()) {
-        pServer->closeKeyboard();
-    } else {
-        qWarning("MainWindow::releaseKeyboard: found null pointer on pQwsServer !\n");
-    }
+    pKeyboardWatcher->rescan(path);
 }
 
 void MainWindow::screenshotTimerEvent()
 {
-    if (pInputWatcher->directories().isEmpty() && watchInputFolder()) {
-        inputEventDirChanged(devicePath(InputFolder));
-    }
     const QString request = devicePath(QStringLiteral("/tmp/makeScreenshot"));
     if (QFile::exists(request)) {
         grabScreen().save(devicePath(QStringLiteral("/tmp/screenshot.png")), "PNG");

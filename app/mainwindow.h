@@ -10,7 +10,7 @@
 #include <memory>
 
 class CalibrationPage;
-class QFileSystemWatcher;
+class KeyboardWatcher;
 class QLabel;
 class QTimer;
 
@@ -92,10 +92,6 @@ private:
     QFont formFont(const QLabel *pLabel);
 
     // Input devices
-    bool watchInputFolder();
-    void setKeyboard(const QString &deviceName);
-    void releaseKeyboard();
-    bool readKeyboardMapping() const;
     void detectTouchType();
 
     // PLC runtime link
@@ -110,7 +106,7 @@ private:
     std::unique_ptr<QTimer> pRestartTimer;
     QTimer *pScreenshotTimer = nullptr; // child of the window
     std::unique_ptr<CalibrationPage> pCalibrationPage;
-    QFileSystemWatcher *pInputWatcher = nullptr; // child of the window
+    KeyboardWatcher *pKeyboardWatcher = nullptr; // child of the window
     int nPlcHandle = 0; // below 1: no link
     PlcStatus plcStatus{};
     QString firmwareVersion;
@@ -131,6 +127,4 @@ private:
     bool bConfigRequested = false;
     bool bNoCalibration = false;
     bool bRestartPending = false;
-    bool bKeyboardMapping = false;
-    int nKeyboardCount = 0; // entries last seen
 };

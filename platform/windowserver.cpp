@@ -1,13 +1,14 @@
 #include "platform/windowserver.h"
 
 #include "platform/devicepath.h"
+#include "platform/inputdevice.h"
+#include "platform/keymapfile.h"
 #include "platform/pointerhandler.h"
 #include "platform/screenrotation.h"
 #include "platform/touchscreenpaths.h"
 #include "platform/touchtype.h"
 
 #include <QCursor>
-#include <QFile>
 #include <QGenericPluginFactory>
 #include <QGuiApplication>
 #include <QScreen>
@@ -16,11 +17,6 @@
 
 #include <qpa/qplatformcursor.h>
 #include <qpa/qplatformscreen.h>
-
-#include <fcntl.h>
-#include <linux/input.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace {
 
@@ -35,20 +31,6 @@ QString evdevPath(const QString &path)
 std::unique_ptr<QObject> createPlugin(const QString &key, const QString &specification)
 {
     return std::unique_ptr<QObject>(QGenericPluginFactory::create(key, specification));
-}
-
-/// Whether \a path speaks the kernel's input protocol. Qt's driver for multi-touch screens corrupts
-/// the heap with any other device (a FIFO, for one).
-bool isEventDevice(const QString &path)
-{
-    const int fd = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) {
-        return false;
-    }
-    int version = 0;
-    const bool bSpeaksIt = ioctl(fd, EVIOCGVERSION, &version) == 0;
-    close(fd);
-    return bSpeaksIt;
 }
 
 std::unique_ptr<QObject> createMultiTouchHandler(int quarterTurns)
@@ -86,7 +68,8 @@ bool WindowServer::openPointer()
     if (type == TouchType::None && qEnvironmentVariableIsEmpty("TSLIB_TSDEVICE")) {
         return true;
     }
-    // Whatever is no event device is tslib's, several fingers or not.
+    // Whatever is no event device is tslib's, several fingers or not: Qt's driver corrupts the heap
+    // with it.
     if (type == TouchType::Multi && isEventDevice(touchscreenDevice())) {
         pMultiTouchHandler = createMultiTouchHandler(nRotation);
         if (!pMultiTouchHandler) {
@@ -100,12 +83,21 @@ bool WindowServer::openPointer()
 
 std::unique_ptr<QObject> WindowServer::createKeyboardHandler(const QString &specification)
 {
-    QStringList parts = specification.split(u':');
-    parts.first() = evdevPath(devicePath(parts.first()));
+    const QStringList given = specification.split(u':');
+    const QString device = devicePath(given.first());
+    if (!isKeyboard(device)) {
+        qWarning("%s is not used: it is no keyboard", qPrintable(device));
+        return nullptr;
+    }
+    // Without the option Ctrl+Alt+Backspace ends the program.
+    QStringList parts{evdevPath(device), QStringLiteral("disable-zap")};
     const QString keymap = QStringLiteral("keymap=");
-    for (QString &option : parts) {
-        if (option.startsWith(keymap)) {
-            option = keymap + devicePath(option.mid(keymap.size()));
+    for (const QString &option : given.sliced(1)) {
+        if (!option.startsWith(keymap)) {
+            parts += option;
+        } else if (const QString file = devicePath(option.mid(keymap.size()));
+                   isKeyMapUsable(file)) {
+            parts += keymap + file;
         }
     }
     return createPlugin(QStringLiteral("EvdevKeyboard"), parts.join(u':'));

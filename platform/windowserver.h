@@ -35,7 +35,9 @@ public:
 
     /// Creates a keyboard handler. \a specification is a device path followed by options, as
     /// "/dev/input/keyboard0:grab=1:keymap=/etc/kbd/de.qmap"; its paths are those of the device,
-    /// devicePath() is applied here. Returns nullptr when there is no driver for it.
+    /// devicePath() is applied here. Ctrl+Alt+Backspace does not end the program, whatever the
+    /// options; a key map file that is not whole is left out (one warning line). Returns nullptr
+    /// when there is no driver for it, or (after one warning line) when it is no keyboard.
     static std::unique_ptr<QObject> createKeyboardHandler(const QString &specification);
     /// Makes \a handler the keyboard handler, in place of the one before it.
     void setKeyboardHandler(std::unique_ptr<QObject> handler);
