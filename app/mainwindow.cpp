@@ -601,6 +601,9 @@ void MainWindow::detectTouchType()
 
 void MainWindow::watchInputDevices()
 {
+    if (const WindowServer *pServer = WindowServer::instance()) {
+        connect(pServer, &WindowServer::touchscreenCame, this, &MainWindow::detectTouchType);
+    }
     pKeyboardWatcher = new KeyboardWatcher(this);
     pKeyboardWatcher->start();
 }

@@ -1,6 +1,7 @@
 #include "platform/touchtype.h"
 
 #include "platform/devicepath.h"
+#include "platform/touchscreenpaths.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -29,7 +30,7 @@ QByteArray firstWord(const QByteArray &text)
 
 TouchType readTouchType()
 {
-    if (!QFileInfo::exists(devicePath(QStringLiteral("/dev/input/touchscreen")))) {
+    if (!QFileInfo::exists(touchscreenDevice())) {
         return TouchType::None;
     }
     QFile property(devicePath(QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type")));

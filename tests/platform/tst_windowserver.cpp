@@ -1,3 +1,4 @@
+#include "platform/tapguard.h"
 #include "platform/windowserver.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/platform/touchscreenfifo.h"
@@ -147,6 +148,13 @@ private Q_SLOTS:
         QCOMPARE(data, before);
         QVERIFY(server.calibrate(data));
         QCOMPARE(root().read("/etc/pointercal"), QByteArray("1 2 3 4 5 6 7"));
+
+        // It comes late, and is used from then on.
+        root().remove("/etc/pointercal");
+        QSignalSpy came(&server, &WindowServer::touchscreenCame);
+        TouchscreenFifo touchscreen(root());
+        QTRY_COMPARE(came.size(), 1);
+        clickWith(touchscreen);
     }
 
     void multiTouch()
@@ -178,6 +186,7 @@ private:
         button.show();
         QVERIFY(QTest::qWaitForWindowExposed(&button));
         QSignalSpy clicks(&button, &QPushButton::clicked);
+        QTest::qWait(int(TapGuard::Delay.count()) + 20);
         touchscreen.tap({140, 120});
         QTRY_COMPARE(clicks.size(), 1);
     }
