@@ -2,6 +2,7 @@
 
 #include "app/cursor.h"
 #include "app/deviceinformation.h"
+#include "app/keyboardwatcher.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "platform/command.h"
@@ -12,7 +13,6 @@
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
 #include "settings/fittedfont.h"
-#include "settings/inifile.h"
 #include "settings/settingsrecord.h"
 #include "settings/veltautils.h"
 #include "ui_mainwindow.h"
@@ -20,10 +20,7 @@
 
 #include <QApplication>
 #include <QDebug>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QFileSystemWatcher>
 #include <QKeyEvent>
 #include <QScreen>
 #include <QTimer>
@@ -48,9 +45,6 @@ constexpr quint8 CalMessageSeconds = 15;
 constexpr auto CalibrationRequestFile = QLatin1String("/tmp/.system/TouchCalibration");
 constexpr auto CalMessageFile = QLatin1String("/flash/local/cal_message");
 constexpr auto RebootCommand = QLatin1String("/sbin/reboot");
-constexpr auto InputFolder = QLatin1String("/dev/input");
-constexpr auto KeyMapFile = QLatin1String("/etc/kbd/de.qmap");
-constexpr int MaxKeyboards = 2;
 
 constexpr auto BlankLabel = QLatin1String("    ");
 constexpr int PageMargin = 9; // pixels, as in the form
@@ -103,7 +97,6 @@ MainWindow::MainWindow(QWidget *pParent)
     pUi->setupUi(this);
     createTimers();
     adaptToScreen();
-    bKeyboardMapping = readKeyboardMapping();
     pUi->sp_progressBar01->setRange(0, 0);
     connectAll();
     updateDeviceInfo();
@@ -490,17 +483,6 @@ void MainWindow::startAppButtonPressed()
 
 // Input devices
 
-bool MainWindow::readKeyboardMapping() const
-{
-    const IniFile settings(SettingsPath);
-    if (!settings.problem().isEmpty()) {
-        qWarning("%s %s", SettingsPath.data(), qPrintable(settings.problem()));
-    }
-    return settings.value(QLatin1String("input/kbd_mapping"), QString()).toString()
-        == QLatin1String("DE")
-        && QFile::exists(devicePath(KeyMapFile));
-}
-
 void MainWindow::detectTouchType()
 {
     bNoCalibration = readTouchType() != TouchType::Single;
@@ -508,69 +490,20 @@ void MainWindow::detectTouchType()
 
 void MainWindow::watchInputDevices()
 {
-    pInputWatcher = new QFileSystemWatcher(this);
-    connect(pInputWatcher, &QFileSystemWatcher::directoryChanged, this,
-            &MainWindow::inputEventDirChanged);
-    releaseKeyboard();
-    watchInputFolder();
-    inputEventDirChanged(devicePath(InputFolder));
-}
-
-// False while there is no folder: it comes with the first device and goes with the last.
-bool MainWindow::watchInputFolder()
-{
-    const QString folder = devicePath(InputFolder);
-    return QFileInfo::exists(folder) && pInputWatcher->addPath(folder);
+    if (const WindowServer *pServer = WindowServer::instance()) {
+        connect(pServer, &WindowServer::touchscreenCame, this, &MainWindow::detectTouchType);
+    }
+    pKeyboardWatcher = new KeyboardWatcher(this);
+    pKeyboardWatcher->start();
 }
 
 void MainWindow::inputEventDirChanged(const QString &path)
 {
-    const QFileInfoList entries = QDir(path).entryInfoList(
-        {QStringLiteral("keyboard*")}, QDir::Files | QDir::System, QDir::Unsorted);
-    if (entries.size() > MaxKeyboards || entries.size() == nKeyboardCount) {
-        return;
-    }
-    if (nKeyboardCount > 0) {
-        releaseKeyboard();
-    }
-    for (const QFileInfo &entry : entries) {
-        if (entry.isSymLink()) {
-            setKeyboard(entry.baseName());
-        }
-    }
-    nKeyboardCount = int(entries.size());
-}
-
-void MainWindow::setKeyboard(const QString &deviceName)
-{
-    QString specification = QStringLiteral("/dev/input/%1:grab=1").arg(deviceName);
-    if (bKeyboardMapping) {
-        specification += QLatin1String(":keymap=") + KeyMapFile;
-    }
-    WindowServer *pServer = WindowServer::instance();
-    std::unique_ptr<QObject> pKeyboardHandler = WindowServer::createKeyboardHandler(specification);
-    if (pServer && pKeyboardHandler) {
-        pServer->setKeyboardHandler(std::move(pKeyboardHandler));
-    } else {
-        qWarning("MainWindow::setKeyboard: found null pointer on pKeyboardHandler and/or "
-                 "pQwsServer !\n");
-    }
-}
-
-void MainWindow::releaseKeyboard()
-{
-    if (WindowServer *pServer = WindowServer::instance()) {
-        pServer->closeKeyboard();
-    } else {
-        qWarning("MainWindow::releaseKeyboard: found null pointer on pQwsServer !\n");
-    }
+    pKeyboardWatcher->rescan(path);
 }
 
 void MainWindow::screenshotTimerEvent()
 {
-    if (pInputWatcher->directories().isEmpty() && watchInputFolder()) {
-        inputEventDirChanged(devicePath(InputFolder));
-    }
     const QString request = devicePath(QStringLiteral("/tmp/makeScreenshot"));
     if (QFile::exists(request)) {
         grabScreen().save(devicePath(QStringLiteral("/tmp/screenshot.png")), "PNG");

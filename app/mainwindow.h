@@ -10,7 +10,7 @@
 #include <optional>
 
 class CalibrationPage;
-class QFileSystemWatcher;
+class KeyboardWatcher;
 class QLabel;
 class QTimer;
 
@@ -84,10 +84,6 @@ private:
     QFont formFont(const QLabel *pLabel);
 
     // Input devices
-    bool watchInputFolder();
-    void setKeyboard(const QString &deviceName);
-    void releaseKeyboard();
-    bool readKeyboardMapping() const;
     void detectTouchType();
 
     std::unique_ptr<Ui::MainWindow> pUi;
@@ -97,7 +93,7 @@ private:
     std::unique_ptr<QTimer> pRestartTimer;
     QTimer *pScreenshotTimer = nullptr; // child of the window
     std::unique_ptr<CalibrationPage> pCalibrationPage;
-    QFileSystemWatcher *pInputWatcher = nullptr; // child of the window
+    KeyboardWatcher *pKeyboardWatcher = nullptr; // child of the window
     RuntimeLink runtimeLink;
     std::optional<PlcStatus> plcStatus; // read over the present link
     QString sIpShown; // address of the interface shown, empty when none is
@@ -109,6 +105,4 @@ private:
     bool bConfigRequested = false;
     bool bNoCalibration = false;
     bool bRestartPending = false;
-    bool bKeyboardMapping = false;
-    int nKeyboardCount = 0; // entries last seen
 };

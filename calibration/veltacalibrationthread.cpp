@@ -2,7 +2,7 @@
 
 #include "calibration/touchaxes.h"
 #include "calibration/touchreduction.h"
-#include "platform/devicepath.h"
+#include "platform/touchscreenpaths.h"
 
 #include <QDebug>
 
@@ -106,7 +106,7 @@ void VeltaCalibrationThread::learnTolerance()
     if (bToleranceKnown && nTolerance != 0) {
         return;
     }
-    const auto axes = readTouchAxes(devicePath(QStringLiteral("/dev/input/touchscreen")));
+    const auto axes = readTouchAxes(touchscreenDevice());
     const TouchAxes known = axes.value_or(TouchAxes());
     nTolerance = touchTolerance(known.nMaximumX, known.nMaximumY);
     bToleranceKnown = axes.has_value();

@@ -3,7 +3,6 @@
 #include "platform/devicepath.h"
 #include "platform/regularfile.h"
 
-#include <QDebug>
 #include <QFile>
 
 namespace {
@@ -70,9 +69,8 @@ void TslibEnvironment::nameConfiguration()
     case FileContent::Unreadable:
         // A name all the same, as tslib would open its own, which may be this very file.
         configuration.set(MemoryFile::nowhere());
-        qWarning("%s cannot be read: %s",
-                 qPrintable(named.isEmpty() ? QString(DefaultConfiguration) : named),
-                 qPrintable(file.sError));
+        sProblem = QStringLiteral(": %1 cannot be read: %2")
+                       .arg(named.isEmpty() ? QString(DefaultConfiguration) : named, file.sError);
         break;
     }
 }
