@@ -1,6 +1,9 @@
 #pragma once
 
 #include "app/plcstatus.h"
+#include "app/restartsequence.h"
+#include "platform/requestfile.h"
+#include "platform/screenshotrequest.h"
 
 #include <QFont>
 #include <QHash>
@@ -74,6 +77,9 @@ private:
     void showCalibrationMessage();
     void runConfiguration();
     void startRestartCountdown();
+    void restartDevice();
+    void restartStateChanged();
+    void showRestartText();
     void scheduleNextTick();
     void showFullScreenOnce();
     void keepOverlaysOnTop();
@@ -111,6 +117,9 @@ private:
     QTimer *pScreenshotTimer = nullptr; // child of the window
     std::unique_ptr<CalibrationPage> pCalibrationPage;
     QFileSystemWatcher *pInputWatcher = nullptr; // child of the window
+    RestartSequence *pRestart = nullptr; // child of the window
+    RequestFile calibrationRequest;
+    ScreenshotRequest screenshotRequest;
     int nPlcHandle = 0; // below 1: no link
     PlcStatus plcStatus{};
     QString firmwareVersion;
