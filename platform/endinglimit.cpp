@@ -1,7 +1,8 @@
 #include "platform/endinglimit.h"
 
-#include <QtGlobal>
+#include <QString>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
