@@ -5,9 +5,8 @@
 #include "app/keyboardwatcher.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
-#include "platform/command.h"
 #include "platform/devicepath.h"
-#include "platform/screengrab.h"
+#include "platform/requestfiles.h"
 #include "platform/touchtype.h"
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
@@ -39,11 +38,8 @@ constexpr auto ProgressInterval = 2000ms;
 constexpr auto FirstTickDelay = 5000ms;
 constexpr auto TickInterval = 500ms;
 constexpr auto RestartStep = 1000ms;
-constexpr auto RebootLimit = 120s; // a hanging command must not freeze the panel
 constexpr quint8 CalMessageSeconds = 15;
 
-constexpr auto CalibrationRequestFile = QLatin1String("/tmp/.system/TouchCalibration");
-constexpr auto CalMessageFile = QLatin1String("/flash/local/cal_message");
 constexpr auto RebootCommand = QLatin1String("/sbin/reboot");
 
 constexpr auto BlankLabel = QLatin1String("    ");
@@ -91,7 +87,9 @@ void setPointSize(QWidget *pWidget, int nPoints)
 } // namespace
 
 MainWindow::MainWindow(QWidget *pParent)
-    : QStackedWidget(pParent), pUi(std::make_unique<Ui::MainWindow>())
+    : QStackedWidget(pParent), pUi(std::make_unique<Ui::MainWindow>()),
+      pRestart(new RestartSequence(devicePath(RebootCommand), this)),
+      calibrationRequest(CalibrationRequestFile)
 {
     registerResources();
     pUi->setupUi(this);
@@ -147,6 +145,7 @@ void MainWindow::connectAll()
     connect(pRestartTimer.get(), &QTimer::timeout, this, &MainWindow::systemRestart_Timer);
     connect(this, &MainWindow::triggerLcd, pUi->lcdRestart, qOverload<int>(&QLCDNumber::display));
     connect(pUi->buttonRestart, &QPushButton::clicked, this, &MainWindow::systemRestart_Button);
+    connect(pRestart, &RestartSequence::stateChanged, this, &MainWindow::restartStateChanged);
     connect(pUi->pushButtonStartApp, &QPushButton::clicked, this,
             &MainWindow::startAppButtonPressed);
     connect(pScreenshotTimer, &QTimer::timeout, this, &MainWindow::screenshotTimerEvent);
@@ -287,16 +286,14 @@ void MainWindow::showWhileRunning()
 
 void MainWindow::handleCalibrationRequest()
 {
-    QFile request(devicePath(CalibrationRequestFile));
-    if (!request.open(QIODevice::ReadOnly)) {
+    if (!calibrationRequest.isPending()) {
         if (pCalibrationPage) {
             pCalibrationPage->hide();
         }
         return;
     }
-    request.close();
     if (bNoCalibration) {
-        request.remove();
+        calibrationRequest.finish();
         return;
     }
     if (QApplication::activeModalWidget()) {
@@ -305,22 +302,31 @@ void MainWindow::handleCalibrationRequest()
     if (!pCalibrationPage) {
         pCalibrationPage = std::make_unique<CalibrationPage>(); // rarely needed, and not small
     }
-    if (!pCalibrationPage->isRunning()) {
-        if (WindowServer *pServer = WindowServer::instance()) {
-            pServer->resumePointer();
-        }
-        pCalibrationPage->startAutoCalibration();
+    if (pCalibrationPage->isRunning()) {
+        return;
     }
+    if (pCalibrationPage->isVisible() && calibrationRequest.isBegun()) {
+        // The operator has left the page, but the request could not be removed.
+        calibrationRequest.finish();
+        pCalibrationPage->hide();
+        return;
+    }
+    calibrationRequest.begin();
+    if (WindowServer *pServer = WindowServer::instance()) {
+        pServer->resumePointer();
+    }
+    pCalibrationPage->startAutoCalibration();
 }
 
 void MainWindow::showCalibrationMessage()
 {
-    QFile message(devicePath(CalMessageFile));
-    if (!message.exists()) {
+    RequestFile message(CalMessageFile);
+    if (!message.isPending()) {
         return;
     }
-    message.remove();
-    if (WindowServer *pServer = WindowServer::instance()) {
+    // A message that stays would shut touch off at every start, and with it the way to calibrate.
+    const bool bOnce = message.finish();
+    if (WindowServer *pServer = WindowServer::instance(); pServer && bOnce) {
         pServer->suspendPointer(); // until a calibration resumes it
     }
     bKeepVisible = true;
@@ -375,15 +381,43 @@ void MainWindow::systemRestart_Timer()
     Q_EMIT triggerLcd(pUi->lcdRestart->intValue() - 1);
     if (pUi->lcdRestart->intValue() == 0) {
         qDebug("Rebooting");
-        pRestartTimer->stop();
-        runCommand(devicePath(RebootCommand), {}, RebootLimit);
+        restartDevice();
     }
 }
 
 void MainWindow::systemRestart_Button()
 {
-    pRestartTimer->stop(); // one reboot is enough
-    runCommand(devicePath(RebootCommand), {}, RebootLimit);
+    restartDevice();
+}
+
+void MainWindow::restartDevice()
+{
+    pRestartTimer->stop(); // one restart is enough
+    Q_EMIT triggerLcd(0);
+    // On the screen before the command may end the program: painted, then brought to the display.
+    pUi->lcdRestart->repaint();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateRequest);
+    pRestart->restart();
+}
+
+void MainWindow::restartStateChanged()
+{
+    if (!pRestart->isCommandRunning()) { // else until it is known what comes of it
+        showRestartText();
+    }
+    if (pRestart->isRetryDue()) {
+        Q_EMIT triggerLcd(nRestartSeconds);
+        pRestartTimer->start();
+    }
+}
+
+void MainWindow::showRestartText()
+{
+    const RestartSequence::State state = pRestart->state();
+    pUi->label_restartText->setText(
+        state == RestartSequence::State::Failed        ? tr("Restart failed, next attempt in")
+            : state == RestartSequence::State::Overdue ? tr("Not restarted yet, next attempt in")
+                                                       : tr("Restart in"));
 }
 
 void MainWindow::keyPressEvent(QKeyEvent *pEvent)
@@ -401,6 +435,7 @@ void MainWindow::changeEvent(QEvent *pEvent)
     QStackedWidget::changeEvent(pEvent);
     if (pEvent->type() == QEvent::LanguageChange) {
         pUi->retranslateUi(this);
+        showRestartText();
         pUi->label_dummy->setText(BlankLabel);
         updateDeviceInfo();
         appName.clear();
@@ -504,9 +539,5 @@ void MainWindow::inputEventDirChanged(const QString &path)
 
 void MainWindow::screenshotTimerEvent()
 {
-    const QString request = devicePath(QStringLiteral("/tmp/makeScreenshot"));
-    if (QFile::exists(request)) {
-        grabScreen().save(devicePath(QStringLiteral("/tmp/screenshot.png")), "PNG");
-        QFile::remove(request);
-    }
+    screenshotRequest.serve();
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "app/restartsequence.h"
 #include "platform/firmware.h"
+#include "platform/requestfile.h"
+#include "platform/screenshotrequest.h"
 
 #include <QFont>
 #include <QHash>
@@ -74,6 +77,9 @@ private:
     void showCalibrationMessage();
     void runConfiguration();
     void startRestartCountdown();
+    void restartDevice();
+    void restartStateChanged();
+    void showRestartText();
     void scheduleNextTick();
     void showFullScreenOnce();
     void keepOverlaysOnTop();
@@ -94,6 +100,9 @@ private:
     QTimer *pScreenshotTimer = nullptr; // child of the window
     std::unique_ptr<CalibrationPage> pCalibrationPage;
     KeyboardWatcher *pKeyboardWatcher = nullptr; // child of the window
+    RestartSequence *pRestart = nullptr; // child of the window
+    RequestFile calibrationRequest;
+    ScreenshotRequest screenshotRequest;
     RuntimeLink runtimeLink;
     std::optional<PlcStatus> plcStatus; // read over the present link
     QString sIpShown; // address of the interface shown, empty when none is

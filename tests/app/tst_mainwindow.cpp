@@ -1,4 +1,5 @@
 #include "app/mainwindow.h"
+#include "app/restartsequence.h"
 #include "app/startup.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
@@ -6,10 +7,33 @@
 #include "tests/platform/keyboardfifo.h"
 #include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
+#include "tests/support/lockedfolder.h"
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
 #include <QtWidgets>
+
+#include <sys/stat.h>
+
+namespace {
+
+/// Counts the paintings at which \a counts says so.
+class PaintWatcher : public QObject
+{
+public:
+    explicit PaintWatcher(std::function<bool()> counts) : isCounted(std::move(counts)) { }
+    bool eventFilter(QObject *, QEvent *pEvent) override
+    {
+        nPaints += pEvent->type() == QEvent::Paint && isCounted() ? 1 : 0;
+        return false;
+    }
+    int nPaints = 0;
+
+private:
+    std::function<bool()> isCounted;
+};
+
+} // namespace
 
 class MainWindowTest : public DeviceTest
 {
@@ -64,6 +88,17 @@ private:
             }
         }
         return nullptr;
+    }
+
+    enum class Plant { Fifo, Link, Folder };
+    void set(const QString &path, Plant plant)
+    {
+        const QString name = root().path(path);
+        QDir().mkpath(QFileInfo(name).path());
+        const bool bSet = plant == Plant::Fifo ? mkfifo(qPrintable(name), 0600) == 0
+            : plant == Plant::Link             ? QFile::link(root().path("/target"), name)
+                                               : QDir().mkdir(name);
+        QVERIFY(bSet);
     }
 
 private Q_SLOTS:
@@ -278,16 +313,7 @@ private Q_SLOTS:
         startLinked(2);
         QVERIFY(QTest::qWaitForWindowExposed(pWindow.get()));
         QTest::qWait(50);
-        class : public QObject
-        {
-        public:
-            bool eventFilter(QObject *, QEvent *pEvent) override
-            {
-                nPaints += pEvent->type() == QEvent::Paint ? 1 : 0;
-                return false;
-            }
-            int nPaints = 0;
-        } counter;
+        PaintWatcher counter([] { return true; });
         qApp->installEventFilter(&counter);
         for (int i = 0; i < 5; ++i) {
             pWindow->controlVisibility();
@@ -311,6 +337,53 @@ private Q_SLOTS:
         QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
         pWindow->systemRestart_Button();
         QCOMPARE(root().read("/log"), QByteArray("reboot\nreboot\n"));
+    }
+
+    // Nobody needs to come and press the button again.
+    void restartFails_data()
+    {
+        columns<QByteArray, bool, QString>("script", "timeUp", "says");
+        const QString next = QStringLiteral(", next attempt in");
+        row("fails", QByteArray("exit 3"), false, "Restart failed" + next);
+        row("does not happen", QByteArray("exit 0"), true, "Not restarted yet" + next);
+        row("hangs", QByteArray("exec sleep 2"), true, "Not restarted yet" + next);
+    }
+    void restartFails()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(bool, timeUp);
+        root().writeCommand("/sbin/reboot", "echo reboot >>\"$PANEL_ROOT/log\"\n" + script);
+        start();
+        auto *pLcd = find<QLCDNumber>("lcdRestart");
+        auto *pSequence = pWindow->findChild<RestartSequence *>();
+        QTimer clock;
+        if (timeUp) {
+            connect(&clock, &QTimer::timeout, this, [&] {
+                if (root().exists("/log")) {
+                    clock.stop();
+                    if (pSequence->isCommandRunning()) { // one is enough
+                        find<QPushButton>("buttonRestart")->click();
+                    }
+                    pSequence->handle(RestartSequence::Event::TimeUp);
+                }
+            });
+            clock.start(10);
+        }
+        find<QPushButton>("buttonRestart")->click();
+        QTRY_VERIFY(pSequence->isRetryDue());
+        QTEST(text("label_restartText"), "says");
+        QCOMPARE(pLcd->intValue(), 10);
+        QEvent languageChange(QEvent::LanguageChange);
+        QCoreApplication::sendEvent(pWindow.get(), &languageChange);
+        QTEST(text("label_restartText"), "says");
+        root().writeCommand("/sbin/reboot", "echo again >>\"$PANEL_ROOT/log\"; kill -9 $$");
+        for (int nLeft = 9; nLeft >= 0; --nLeft) {
+            QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
+            pWindow->systemRestart_Timer();
+        }
+        QCOMPARE(root().read("/log"), QByteArray("reboot\nagain\n"));
+        QCOMPARE(text("label_restartText"), "Restart failed, next attempt in");
+        QCOMPARE(pLcd->intValue(), 10);
     }
 
     void calibrationRequest_data()
@@ -358,6 +431,23 @@ private Q_SLOTS:
         root().remove(request);
         pWindow->controlVisibility();
         QVERIFY(!pPage || !pPage->isVisible());
+    }
+
+    // The operator can leave it also where the request stays.
+    void calibrationRequestStays()
+    {
+        root().write("/dev/input/touchscreen", "");
+        root().write("/tmp/.system/TouchCalibration", "");
+        startLinked(2);
+        CalibrationPage *pPage = calibrationPage();
+        QVERIFY(pPage && pPage->isVisible());
+        const LockedFolder locked(root(), "/tmp/.system");
+        pPage->findChild<QPushButton *>("cancelCalibrationButton")->click();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot be removed"));
+        for (int i = 0; i < 3; ++i) {
+            pWindow->controlVisibility();
+            QVERIFY(!pPage->isVisible());
+        }
     }
 
     void calibrationMessage()
@@ -477,9 +567,14 @@ private Q_SLOTS:
             wizard.button(bLast ? QWizard::FinishButton : QWizard::NextButton)->click();
         });
         QCOMPARE(page(), QStringLiteral("rebootPage"));
-        QCOMPARE(find<QLCDNumber>("lcdRestart")->intValue(), 10);
+        auto *pLcd = find<QLCDNumber>("lcdRestart");
+        QCOMPARE(pLcd->intValue(), 10);
+        // The operator sees the 0 before the command can end everything.
+        PaintWatcher watcher([&] { return pLcd->intValue() == 0 && !root().exists("/log"); });
+        pLcd->installEventFilter(&watcher);
         QTest::mouseClick(find<QPushButton>("buttonRestart"), Qt::LeftButton);
         QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
+        QVERIFY(watcher.nPaints > 0);
         QCOMPARE(page(), QStringLiteral("rebootPage"));
     }
 
@@ -537,6 +632,42 @@ private Q_SLOTS:
         QCOMPARE(picture.size(), QSize(800, 480));
         QCOMPARE(picture.pixelColor(50, 50), QColor(Qt::red));
         QVERIFY(picture.pixelColor(750, 300) != QColor(Qt::red));
+    }
+
+    // Whatever somebody has put where a request is expected, one look at it is enough.
+    void plantedRequests_data()
+    {
+        columns<QString, Plant>("path", "plant");
+        for (const QString path : {"/tmp/.system/TouchCalibration", "/tmp/screenshot.png",
+                                   "/tmp/makeScreenshot", "/flash/local/cal_message"}) {
+            row(qPrintable(path + ", FIFO"), path, Plant::Fifo);
+            row(qPrintable(path + ", link"), path, Plant::Link);
+            row(qPrintable(path + ", folder"), path, Plant::Folder);
+        }
+    }
+    void plantedRequests()
+    {
+        QFETCH(QString, path);
+        QFETCH(Plant, plant);
+        root().write("/dev/input/touchscreen", "");
+        root().write("/target", "important");
+        set(path, plant);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("is no file"));
+        if (path.endsWith("png")) {
+            root().write("/tmp/makeScreenshot", "");
+        }
+        startLinked(2);
+        pWindow->screenshotTimerEvent();
+        pWindow->screenshotTimerEvent();
+        QVERIFY(!calibrationPage());
+        QVERIFY(!QApplication::activeModalWidget());
+        QCOMPARE(root().read("/target"), QByteArray("important"));
+        const QFileInfo picture(root().path("/tmp/screenshot.png"));
+        QCOMPARE(picture.exists(), path.endsWith("png"));
+        QCOMPARE(QFileInfo(root().path(path)).isFile(), path.endsWith("png"));
+        if (picture.exists()) {
+            QCOMPARE(picture.permissions() & 0xfff, QFile::Permissions(0x644));
+        }
     }
 };
 
