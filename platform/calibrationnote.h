@@ -23,6 +23,8 @@ public:
     QString path() const { return sPath; }
     /// Something stands at path(), which may be no note.
     bool exists() const;
+    /// A note stands at path() that cannot be read, at least not now.
+    bool isUnreadable() const;
     /// Notes, synced, that a run is about to replace \a before by \a written. What earlier runs
     /// have written over the same content is still known. False with the reason in errno.
     bool write(const FileContent &before, const QByteArray &written) const;
