@@ -50,7 +50,8 @@ CalibrationNote::CalibrationNote(const QString &calibrationFile)
 bool CalibrationNote::exists() const
 {
     struct stat status = {};
-    return lstat(QFile::encodeName(sPath).constData(), &status) == 0;
+    return lstat(QFile::encodeName(sPath).constData(), &status) == 0
+        || (errno != ENOENT && errno != ENOTDIR);
 }
 
 bool CalibrationNote::isUnreadable() const

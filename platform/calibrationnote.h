@@ -21,7 +21,7 @@ public:
     explicit CalibrationNote(const QString &calibrationFile);
 
     QString path() const { return sPath; }
-    /// Something stands at path(), which may be no note.
+    /// Something stands at path(), or it cannot be told; it may be no note.
     bool exists() const;
     /// A note stands at path() that cannot be read, at least not now.
     bool isUnreadable() const;

@@ -1,6 +1,8 @@
 #include "platform/tslibenvironment.h"
 
 #include "platform/devicepath.h"
+#include "platform/regularfile.h"
+#include "platform/touchscreenpaths.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -39,6 +41,9 @@ TslibEnvironment::TslibEnvironment(const QByteArray &calibrationContent)
                      static_cast<std::size_t>(calibrationContent.size()))
                 == calibrationContent.size()) {
             calibrationFile = QStringLiteral("/proc/self/fd/%1").arg(nCalibrationFd);
+        } else if (const QString file = pointerCalibrationFile();
+                   readRegularFile(file, Links::Follow).content == calibrationContent) {
+            calibrationFile = file;
         } else {
             qWarning("No memory for the pointer calibration: touches are not calibrated");
         }
