@@ -1,30 +1,19 @@
 #include "calibration/touchcalibrationdata.h"
 
-#include "infobox/veltainfobox.h"
-#include "platform/command.h"
-#include "platform/devicepath.h"
-#include "platform/pointertransform.h"
-#include "platform/touchscreenpaths.h"
 #include "platform/tslibdevice.h"
 #include "platform/tslibenvironment.h"
 #include "platform/windowserver.h"
 #include "settings/errorcatalogue.h"
 
 #include <QDebug>
-#include <QFileInfo>
-#include <QScopedValueRollback>
 
-#include <chrono>
 #include <tslib.h>
+#include <utility>
 
-namespace {
-
-using namespace std::chrono_literals;
-
-/// How long a remount may take, a slow flash with much to write back included.
-constexpr auto MountLimit = 20s;
-
-} // namespace
+void TouchCalibrationData::TouchscreenCloser::operator()(tsdev *pDevice) const
+{
+    ts_close(pDevice);
+}
 
 TouchCalibrationData::TouchCalibrationData()
 {
@@ -32,37 +21,23 @@ TouchCalibrationData::TouchCalibrationData()
     nRotation = pServer ? pServer->transformationOrientation() : 0;
 }
 
-TouchCalibrationData::~TouchCalibrationData()
-{
-    if (pTouchscreen) {
-        closeTouchscreen();
-    }
-}
+TouchCalibrationData::~TouchCalibrationData() = default;
 
 short TouchCalibrationData::openTouchscreen()
 {
-    if (pTouchscreen) {
-        closeTouchscreen();
-    }
-    pTouchscreen = openTslibDevice(false);
+    pTouchscreen.reset(); // the old one is closed before the new one is opened
+    pTouchscreen.reset(openTslibDevice(false));
     if (!pTouchscreen) {
         qDebug("ts_open error");
         return ERR_TS_OPEN;
     }
     const TslibEnvironment withoutCalibration;
-    if (ts_config(pTouchscreen) != 0) {
+    if (ts_config(pTouchscreen.get()) != 0) {
         qDebug("ts_config error");
-        closeTouchscreen();
+        pTouchscreen.reset();
         return ERR_TS_CONFIG;
     }
     return 0;
-}
-
-void TouchCalibrationData::shareTouchscreen()
-{
-    if (pTouchscreen) {
-        releaseGrab(pTouchscreen);
-    }
 }
 
 short TouchCalibrationData::closeTouchscreen()
@@ -70,88 +45,125 @@ short TouchCalibrationData::closeTouchscreen()
     if (!pTouchscreen) {
         return ERR_NULL_POINTER;
     }
-    const int result = ts_close(pTouchscreen);
-    pTouchscreen = nullptr;
-    return result == 0 ? 0 : ERR_TS_CLOSE;
+    return ts_close(pTouchscreen.release()) == 0 ? 0 : ERR_TS_CLOSE;
 }
 
-void TouchCalibrationData::releaseBackup()
+void TouchCalibrationData::settle()
 {
-    if (bRestoreDue) {
-        const QScopedValueRollback silent(bSilent, true);
+    switch (nDebt) {
+    case Debt::None:
+        break;
+    case Debt::Restore:
         restoreOldCalibration();
+        break;
+    case Debt::Accept:
+        acceptCalibration();
+        break;
     }
-    bBackupLoaded = bRestoreDue;
+    if (nDebt != Debt::Restore) {
+        backup.reset();
+    }
 }
 
 short TouchCalibrationData::backupCalibration()
 {
-    if (bBackupLoaded) {
+    if (backup) {
         return WARN_CAL_BACKUP_LOADED;
     }
-    PointerCalibrationData pairs;
-    pairs.screenPoints = crosshairTargets(untransformed({nScreenWidth, nScreenHeight}, nRotation));
-    if (const WindowServer *pServer = WindowServer::instance()) {
-        pServer->getCalibration(&pairs);
-    }
-    backup = storedRecord(pairs);
-    bBackupLoaded = true;
+    const WindowServer *pServer = WindowServer::instance();
+    backup = pServer ? pServer->saveCalibration() : SavedCalibration();
     return 0;
 }
 
-short TouchCalibrationData::applyCalibration(const CalibrationRecord &pairs, bool bRestore)
+short TouchCalibrationData::applyCalibration(const CalibrationRecord &measured)
 {
-    const PointerCalibrationData data =
-        bRestore ? storedPairs(pairs) : calibrationPairs(pairs, nRotation);
     WindowServer *pServer = WindowServer::instance();
     if (pServer) {
         pServer->clearCalibration();
     }
     short code = makeCalibrationWritable(true);
-    if (pServer && (code == 0 || bRestore) && !pServer->calibrate(data, bRestore)) {
-        code = bRestore || PointerTransform::fit(data) ? ERR_FILE_WRITE : ERR_CAL_CORRUPT;
-    }
-    if (!bRestore && code == 0) {
-        bRestoreDue = false;
-    } else if (!bRestore && code == RemountFailed) {
+    if (code == 0) {
+        code = pServer ? store(*pServer, calibrationPairs(measured, nRotation)) : short(0);
+        nDebt = code == 0 ? Debt::None : nDebt;
+    } else if (backup) {
         // The pointer's calibration is cleared, and nothing has come in its place.
-        bRestoreDue = bBackupLoaded;
+        nDebt = Debt::Restore;
     }
-    if (bRemounted) {
-        const short protectCode = makeCalibrationWritable(false);
-        code = code != 0 ? code : protectCode;
+    return protectCalibration(code);
+}
+
+short TouchCalibrationData::store(WindowServer &server, const PointerCalibrationData &pairs) const
+{
+    switch (server.calibrate(pairs, backup.value_or(SavedCalibration()))) {
+    case CalibrationOutcome::Stored:
+        return 0;
+    case CalibrationOutcome::Degenerate:
+        return ERR_CAL_CORRUPT;
+    case CalibrationOutcome::NotWritten:
+        return ERR_FILE_WRITE;
     }
-    return code;
+    Q_UNREACHABLE();
 }
 
 short TouchCalibrationData::restoreOldCalibration()
 {
-    if (!bBackupLoaded) {
+    if (!backup) {
         return ERR_CAL_NO_BACKUP;
     }
-    const short code = applyCalibration(backup, true);
-    bRestoreDue = bBackupLoaded = code == ERR_FILE_WRITE;
-    return code == RemountFailed ? 0 : code;
+    makeCalibrationWritable(true); // a file that is right already needs no writing
+    WindowServer *pServer = WindowServer::instance();
+    const bool bRestored = !pServer || pServer->restoreCalibration(*backup);
+    makeCalibrationWritable(false);
+    nDebt = bRestored ? Debt::None : Debt::Restore;
+    if (!bRestored) {
+        return ERR_FILE_WRITE;
+    }
+    backup.reset();
+    return 0;
+}
+
+short TouchCalibrationData::acceptCalibration()
+{
+    const bool bToDo = nDebt == Debt::Accept || WindowServer::isCalibrationUnaccepted();
+    if (!bToDo || nDebt == Debt::Restore) {
+        return 0; // nothing has been stored, or nothing by the last run
+    }
+    short code = makeCalibrationWritable(true);
+    const bool bAccepted = WindowServer::acceptCalibration();
+    nDebt = bAccepted ? Debt::None : Debt::Accept;
+    if (!bAccepted && code == 0) {
+        code = ERR_FILE_ERASE;
+    }
+    return protectCalibration(code);
 }
 
 short TouchCalibrationData::makeCalibrationWritable(bool bWritable)
 {
-    const QString directory = QFileInfo(pointerCalibrationFile()).path();
-    if (bWritable && QFileInfo(directory).isWritable()) {
-        return 0;
-    }
-    bRemounted = bWritable;
-    const QString option =
-        QStringLiteral("remount,%1").arg(bWritable ? QLatin1String("rw") : QLatin1String("ro"));
-    const int result = runCommand(devicePath(QStringLiteral("/bin/mount")),
-                                  {QStringLiteral("-o"), option, directory}, MountLimit);
-    if (result == CommandNotStarted || result == CommandCrashed) {
-        if (!bSilent) {
-            const VeltaInfoBox box(bWritable ? ERR_REMOUNT_CAL : ERR_REMOUNT_PROTECT,
-                                   QFileInfo(pointerCalibrationName()).path(),
-                                   CalibrationBoxSeconds, nullptr, true, true);
+    if (bWritable) {
+        directory.emplace();
+        if (directory->isReady()) {
+            return 0;
         }
+        remountFailures.push_back(ERR_REMOUNT_CAL);
         return RemountFailed;
     }
-    return 0;
+    const bool bDone = !directory || directory->protect();
+    directory.reset();
+    if (bDone) {
+        return 0;
+    }
+    remountFailures.push_back(ERR_REMOUNT_PROTECT);
+    return RemountFailed;
+}
+
+/// Ends what makeCalibrationWritable(true) has begun; \a code, if it is one, goes before its own.
+short TouchCalibrationData::protectCalibration(short code)
+{
+    const short protectCode = makeCalibrationWritable(false);
+    return code != 0 ? code : protectCode;
+}
+
+std::vector<short> TouchCalibrationData::takeRemountFailures()
+{
+    return std::exchange(remountFailures, {});
 }

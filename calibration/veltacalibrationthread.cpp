@@ -3,6 +3,7 @@
 #include "calibration/touchaxes.h"
 #include "calibration/touchreduction.h"
 #include "platform/touchscreenpaths.h"
+#include "settings/errorcatalogue.h"
 
 #include <QDebug>
 
@@ -23,10 +24,8 @@ constexpr int FixedPointOne = 1 << FixedPointShift;
 
 } // namespace
 
-VeltaCalibrationThread::VeltaCalibrationThread(QObject *parent,
-                                               std::chrono::milliseconds glideInterval,
-                                               std::chrono::milliseconds verdictPause)
-    : QThread(parent), interval(glideInterval), pause(verdictPause)
+VeltaCalibrationThread::VeltaCalibrationThread(QObject *parent, const CalibrationPace &ownPace)
+    : QThread(parent), pace(ownPace)
 { }
 
 VeltaCalibrationThread::~VeltaCalibrationThread()
@@ -120,7 +119,7 @@ bool VeltaCalibrationThread::glideToTarget()
         Q_EMIT updateScreenpos(nOriginX >> FixedPointShift, nOriginY >> FixedPointShift, Qt::green);
         nOriginX += stepX;
         nOriginY += stepY;
-        if (!sampler.pause(interval)) {
+        if (!sampler.pause(pace.glideInterval)) {
             return false;
         }
     }
@@ -145,7 +144,7 @@ short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *pRawX, int *pRawY)
         }
         if (result == Result::Failed) {
             qDebug("getxy: ts_read_raw error 1");
-            return ErrTouchReadPress;
+            return ERR_TS_READ_PRESS;
         }
     } while (samples[0].pressure == 0);
 
@@ -160,7 +159,7 @@ short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *pRawX, int *pRawY)
         }
         if (result == Result::Failed) {
             qDebug("getxy: ts_read_raw error 2");
-            return ErrTouchReadRelease;
+            return ERR_TS_READ_RELEASE;
         }
         showTarget(samples[n].pressure != 0 ? Qt::yellow : Qt::white);
     } while (samples[n].pressure != 0);
@@ -176,10 +175,10 @@ short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *pRawX, int *pRawY)
 
     if (reference != RawPoint() && isSamePlace(reference, position, nTolerance)) {
         showTarget(Qt::red);
-        return sampler.pause(pause) ? 0 : PointStopped;
+        return sampler.pause(pace.verdictPause) ? 0 : PointStopped;
     }
     showTarget(Qt::green);
-    if (sName == QLatin1String(CenterPointName) && !sampler.pause(pause)) {
+    if (sName == QLatin1String(CenterPointName) && !sampler.pause(pace.verdictPause)) {
         return PointStopped;
     }
     return 0;

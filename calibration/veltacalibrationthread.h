@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calibration/calibrationpace.h"
 #include "calibration/calibrationrecord.h"
 #include "calibration/touchsampler.h"
 
@@ -8,13 +9,8 @@
 #include <QThread>
 
 #include <atomic>
-#include <chrono>
 
 struct tsdev;
-
-/// Codes of errorCalThread(). They have no text in the catalogue: the box shows its empty form.
-constexpr short ErrTouchReadPress = -217; ///< while waiting for the touch
-constexpr short ErrTouchReadRelease = -218; ///< while waiting for its end
 
 /// Name of the last point of a run, which is followed by a pause.
 inline constexpr char CenterPointName[] = "Center";
@@ -29,14 +25,7 @@ class VeltaCalibrationThread : public QThread
     Q_OBJECT
 
 public:
-    /// Time of each of the ten steps in which the crosshair glides to its next place.
-    static constexpr std::chrono::milliseconds GlideInterval{50};
-    /// How long a verdict stays on the screen before something else is shown.
-    static constexpr std::chrono::milliseconds VerdictPause{500};
-
-    explicit VeltaCalibrationThread(QObject *parent = nullptr,
-                                    std::chrono::milliseconds glideInterval = GlideInterval,
-                                    std::chrono::milliseconds verdictPause = VerdictPause);
+    explicit VeltaCalibrationThread(QObject *parent = nullptr, const CalibrationPace &ownPace = {});
     /// Stops and joins the thread.
     ~VeltaCalibrationThread() override;
 
@@ -62,7 +51,8 @@ Q_SIGNALS:
     void updateScreenpos(int xPos, int yPos, QColor eBrush);
     /// The point is complete; \a pCalData is the CalibrationRecord given to setup().
     void updateCaldata(void *pCalData);
-    /// The touchscreen cannot be read; the point ends without result.
+    /// The touchscreen cannot be read; the point ends without result. ERR_TS_READ_PRESS while it
+    /// waits for the touch, ERR_TS_READ_RELEASE for its end.
     void errorCalThread(short nThreadError);
 
 protected:
@@ -75,8 +65,7 @@ private:
     void showTarget(Qt::GlobalColor colour);
 
     TouchSampler sampler;
-    std::chrono::milliseconds interval; ///< of gliding
-    std::chrono::milliseconds pause; ///< after a verdict
+    CalibrationPace pace;
     tsdev *pTouchscreen = nullptr;
     CalibrationRecord *pRecord = nullptr;
     int nIndex = 0;

@@ -63,13 +63,6 @@ bool writeAll(int nFd, const QByteArray &content)
     return true;
 }
 
-bool syncFolderOf(const QByteArray &path)
-{
-    const QByteArray folder = QFile::encodeName(QFileInfo(QFile::decodeName(path)).path());
-    const Descriptor descriptor(open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return descriptor.isOpen() && fsync(descriptor.get()) == 0;
-}
-
 FileContent unreadable(int nError)
 {
     return {FileContent::Unreadable, {}, qt_error_string(nError)};
@@ -108,6 +101,39 @@ bool fillNewFile(int nFd, const QByteArray &path, const QByteArray &content)
     unlink(path.constData());
     errno = nError;
     return false;
+}
+
+/// Names of the temporary files of \a path, without their folder.
+QStringList strayFiles(const QFileInfo &file)
+{
+    const QString pattern = file.fileName() + StrayMark + QLatin1Char('*');
+    return QDir(file.path()).entryList({pattern}, QDir::Files | QDir::Hidden | QDir::System);
+}
+
+/// A new file of \a content, made and synced beside \a path and renamed over it.
+bool renameNewFile(const QString &path, const QByteArray &content, int mode)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status = {};
+    if (lstat(name.constData(), &status) == 0 && S_ISREG(status.st_mode)) {
+        mode = static_cast<int>(status.st_mode) & PermissionBits;
+    }
+    QByteArray beside = QFile::encodeName(path + StrayMark) + "XXXXXX";
+    const int nFd = mkostemp(beside.data(), O_CLOEXEC);
+    if (nFd < 0) {
+        return false;
+    }
+    fchmod(nFd, static_cast<mode_t>(mode)); // one that is too strict is still a whole file
+    if (!fillNewFile(nFd, beside, content)) {
+        return false;
+    }
+    if (rename(beside.constData(), name.constData()) != 0) {
+        const int nError = errno;
+        unlink(beside.constData());
+        errno = nError;
+        return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -187,37 +213,35 @@ bool writeNewFile(const QString &path, const QByteArray &content)
 
 bool replaceFile(const QString &path, const QByteArray &content, int mode)
 {
-    const QByteArray name = QFile::encodeName(path);
-    struct stat status = {};
-    if (lstat(name.constData(), &status) == 0 && S_ISREG(status.st_mode)) {
-        mode = static_cast<int>(status.st_mode) & PermissionBits;
-    }
-    QByteArray beside = QFile::encodeName(path + StrayMark) + "XXXXXX";
-    const int nFd = mkostemp(beside.data(), O_CLOEXEC);
-    if (nFd < 0) {
-        return false;
-    }
-    fchmod(nFd, static_cast<mode_t>(mode)); // one that is too strict is still a whole file
-    if (!fillNewFile(nFd, beside, content)) {
-        return false;
-    }
-    if (rename(beside.constData(), name.constData()) != 0) {
-        const int nError = errno;
-        unlink(beside.constData());
-        errno = nError;
+    if (!renameNewFile(path, content, mode)) {
         return false;
     }
     // The name may still be the old file's after a power cut, which is a whole file, too.
-    syncFolderOf(name);
+    syncFolderOf(path);
     return true;
+}
+
+bool replaceFileForGood(const QString &path, const QByteArray &content, int mode)
+{
+    return renameNewFile(path, content, mode) && syncFolderOf(path);
+}
+
+bool syncFolderOf(const QString &path)
+{
+    const QByteArray folder = QFile::encodeName(QFileInfo(path).path());
+    const Descriptor descriptor(open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return descriptor.isOpen() && fsync(descriptor.get()) == 0;
+}
+
+bool hasStrayFiles(const QString &path)
+{
+    return !strayFiles(QFileInfo(path)).isEmpty();
 }
 
 void removeStrayFiles(const QString &path)
 {
     const QFileInfo file(path);
-    const QString pattern = file.fileName() + StrayMark + QLatin1Char('*');
-    const QStringList strays =
-        QDir(file.path()).entryList({pattern}, QDir::Files | QDir::Hidden | QDir::System);
+    const QStringList strays = strayFiles(file);
     for (const QString &stray : strays) {
         removeName(file.path() + QLatin1Char('/') + stray);
     }

@@ -2,6 +2,7 @@
 
 #include "platform/devicepath.h"
 #include "platform/regularfile.h"
+#include "platform/touchscreenpaths.h"
 
 #include <QFile>
 
@@ -49,8 +50,12 @@ void TslibEnvironment::nameCalibration(const QByteArray &content)
         return;
     }
     calibrationCopy.emplace(content);
-    calibration.set(calibrationCopy->path());
-    if (!calibrationCopy->isValid()) {
+    if (calibrationCopy->isValid()) {
+        calibration.set(calibrationCopy->path());
+    } else if (const QString file = pointerCalibrationFile();
+               readRegularFile(file, Links::Follow).content == content) {
+        calibration.set(file);
+    } else {
         qWarning("No memory for the pointer calibration: touches are not calibrated");
     }
 }
