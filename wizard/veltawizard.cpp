@@ -283,10 +283,14 @@ void VeltaWizard::HideButtons()
     }
     bButtonsHidden = true;
     bSavedVisibility.clear();
+    bSavedEnabled.clear();
     for (const WizardButton which : std::as_const(buttonOrder)) {
         // Not isVisible(): while a page is being shown the wizard itself may not be visible yet.
         bSavedVisibility.append(!button(which)->isHidden());
+        bSavedEnabled.append(button(which)->isEnabled());
         button(which)->hide();
+        // One that is only hidden can have the focus and takes keys.
+        button(which)->setEnabled(false);
     }
 }
 
@@ -297,6 +301,7 @@ void VeltaWizard::RestoreButtons()
     }
     bButtonsHidden = false;
     for (int i = 0; i < buttonOrder.size(); ++i) {
+        button(buttonOrder[i])->setEnabled(bSavedEnabled[i]);
         if (bSavedVisibility[i]) {
             button(buttonOrder[i])->show();
         }
@@ -315,6 +320,9 @@ void VeltaWizard::RestartAtSecondPage()
 
 void VeltaWizard::accept()
 {
+    if (pSettings && !pSettings->working.bUnlocked) {
+        return;
+    }
     button(QWizard::FinishButton)->setEnabled(false);
     button(QWizard::FinishButton)->repaint(); // a sign of life while the tool blocks everything
     const int nResult = pSettings ? pSettings->saveSettings(true) : 1;
