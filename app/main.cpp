@@ -2,12 +2,14 @@
 #include "app/keyrepeatfilter.h"
 #include "app/mainwindow.h"
 #include "app/startup.h"
+#include "infobox/veltainfobox.h"
 #include "platform/fontconfiguration.h"
 #include "platform/terminationsignals.h"
 #include "platform/windowserver.h"
 
 #include <QApplication>
 
+#include <memory>
 #include <optional>
 
 int main(int argc, char *argv[])
@@ -33,9 +35,7 @@ int main(int argc, char *argv[])
     windowServer.setCursorVisible(false);
     windowServer.openPointer();
 
-    if (!bFontsLoaded) {
-        showFontWarning();
-    }
     window.show();
+    const std::unique_ptr<VeltaInfoBox> pFontWarning = bFontsLoaded ? nullptr : showFontWarning();
     return QApplication::exec();
 }

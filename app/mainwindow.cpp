@@ -225,20 +225,7 @@ void MainWindow::showFullScreenOnce()
     // Showing again what is shown would take the activation from an open box.
     if (!isVisible() || !isFullScreen()) {
         showFullScreen();
-        keepOverlaysOnTop();
-    }
-}
-
-// The window comes up over what has been opened meanwhile: a box, the calibration.
-void MainWindow::keepOverlaysOnTop()
-{
-    QWidgetList windows = visibleWindows();
-    windows.removeOne(this);
-    for (QWidget *pWindow : std::as_const(windows)) {
-        pWindow->raise();
-    }
-    if (!windows.isEmpty()) {
-        windows.constLast()->activateWindow();
+        keepBelowOthers(this); // a box, the calibration
     }
 }
 
@@ -259,7 +246,7 @@ void MainWindow::controlVisibility()
     if (!readRuntimeStatus()) {
         if (!isVisible()) {
             show();
-            keepOverlaysOnTop();
+            keepBelowOthers(this);
         }
         closeRuntimeLink();
         pVisibilityTimer->setInterval(TickInterval);

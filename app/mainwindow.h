@@ -76,7 +76,6 @@ private:
     void startRestartCountdown();
     void scheduleNextTick();
     void showFullScreenOnce();
-    void keepOverlaysOnTop();
     void showPage(QWidget *pPage);
 
     // Device status

@@ -35,7 +35,7 @@ VeltaCalibrationPanelContext::~VeltaCalibrationPanelContext() = default;
 void VeltaCalibrationPanelContext::cancel()
 {
     pPanel->cancel();
-    leaveScreen();
+    hide();
 }
 
 void VeltaCalibrationPanelContext::restoreSilently(bool bUnaccepted)
@@ -44,21 +44,6 @@ void VeltaCalibrationPanelContext::restoreSilently(bool bUnaccepted)
     record.setSilent();
     if (bUnaccepted || record.isRestoreDue()) {
         record.restoreOldCalibration();
-    }
-}
-
-void VeltaCalibrationPanelContext::leaveScreen()
-{
-    hide();
-    activatePage();
-}
-
-/// When this window or a box of it has closed, no window is active on some platforms, and no key
-/// would reach the page.
-void VeltaCalibrationPanelContext::activatePage()
-{
-    if (parentWidget()->isVisible()) {
-        parentWidget()->activateWindow();
     }
 }
 
@@ -82,22 +67,20 @@ void VeltaCalibrationPanelContext::RestoreOldCalibrationData()
         const VeltaInfoBox box(tr("old calibration data restored"), RestoredBoxSeconds, this, true,
                                true);
     }
-    activatePage();
 }
 
 void VeltaCalibrationPanelContext::CalibrationFinished()
 {
-    leaveScreen();
+    hide();
     Q_EMIT calibration_done();
 }
 
 void VeltaCalibrationPanelContext::CalibrationError(short nCode)
 {
-    leaveScreen();
+    hide();
     if (nCode != 0) {
         const VeltaInfoBox box(nCode, 0, this, true, true);
     }
-    activatePage();
     update();
     Q_EMIT calibration_failed();
 }

@@ -36,9 +36,5 @@ public Q_SLOTS:
     void CalibrationError(short nCode);
 
 private:
-    /// Hides the window and makes the page, where it is shown, the active one again.
-    void leaveScreen();
-    void activatePage();
-
     std::unique_ptr<VeltaCalibrationPanel> pPanel;
 };

@@ -56,23 +56,6 @@ QString whiteBackground()
     return QStringLiteral("* { background-color: white; }");
 }
 
-/// The window that has the keys, or is to get them once what has just closed is out of the way.
-QWidget *windowBelow(const QWidget *pOwner)
-{
-    QWidget *pActive = QApplication::activeWindow();
-    if (pActive && pActive->isVisible()) {
-        return pActive;
-    }
-    if (pOwner) {
-        return pOwner->window();
-    }
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    const auto it = std::find_if(windows.cbegin(), windows.cend(), [](const QWidget *pWindow) {
-        return pWindow->isVisible() && pWindow->windowType() == Qt::Window;
-    });
-    return it != windows.cend() ? *it : nullptr;
-}
-
 } // namespace
 
 /// The message box as a part of another window. On its own it would take a size by rules for a
@@ -172,6 +155,12 @@ VeltaInfoBox::~VeltaInfoBox()
     closeBox();
 }
 
+void VeltaInfoBox::setWarning(const QString &title)
+{
+    nKind = Kind::Warning;
+    sTitle = title;
+}
+
 void VeltaInfoBox::showBox(bool modal)
 {
     bModal = modal;
@@ -180,9 +169,6 @@ void VeltaInfoBox::showBox(bool modal)
     } else {
         bModal = modal || nCode < LastWarningCode || nCountdown > 0;
         prepareMessage();
-    }
-    if (!pDialog->isVisible()) {
-        pActiveBefore = windowBelow(pOwner);
     }
     buildBox();
     connect(pMessageBox, &QMessageBox::buttonClicked, this, &VeltaInfoBox::ButtonPressed,
@@ -200,7 +186,6 @@ void VeltaInfoBox::closeBox()
     if (pDialog->isVisible()) {
         pDialog->hide();
     }
-    returnActivation();
 }
 
 void VeltaInfoBox::ButtonPressed(QAbstractButton * /*pButton*/)
@@ -263,9 +248,11 @@ void VeltaInfoBox::prepareInformation()
         return;
     }
     readScreen();
-    pMessageBox->setWindowTitle(tr("<center>Information</center>"));
+    pMessageBox->setWindowTitle(sTitle.isEmpty()
+                                    ? tr("<center>Information</center>")
+                                    : QStringLiteral("<center>%1</center>").arg(sTitle));
     setMessage(sText, InformationLine.forClass(nResIndex));
-    pMessageBox->setIcon(QMessageBox::Information);
+    pMessageBox->setIcon(nKind == Kind::Warning ? QMessageBox::Warning : QMessageBox::Information);
     pMessageBox->setStandardButtons(QMessageBox::Ok);
     pMessageBox->setDefaultButton(QMessageBox::Ok);
     scaleToScreen();
@@ -456,14 +443,4 @@ void VeltaInfoBox::fitToScreen()
         }
         size = setLayout(fontSize, lineLength);
     }
-}
-
-void VeltaInfoBox::returnActivation()
-{
-    // Without a window manager no window is active after one hides, and keys would go nowhere.
-    const QWidget *pActive = QApplication::activeWindow();
-    if (pActiveBefore && pActiveBefore->isVisible() && (!pActive || pActive == pDialog.get())) {
-        pActiveBefore->activateWindow();
-    }
-    pActiveBefore = nullptr;
 }

@@ -42,6 +42,9 @@ public:
     VeltaInfoBox(const QString &text, quint8 countdown, QWidget *owner, bool showNow, bool modal);
     ~VeltaInfoBox() override;
 
+    /// Makes an information box that has not been shown yet a warning with a \a title of its own.
+    void setWarning(const QString &title);
+
     /// Shows the box; a modal one returns when it has closed.
     void showBox(bool modal);
     /// Closes the box, which ends a modal run. The object may be shown again.
@@ -67,7 +70,6 @@ private:
     void fitToScreen();
     QSize setLayout(int fontSize, int lineLength);
     void stopCountdown();
-    void returnActivation();
 
     quint8 nCountdown = 0;
     quint8 nRemaining = 0;
@@ -78,6 +80,7 @@ private:
     qint16 nScreenH = 0;
     qint16 nCode = 0;
     Kind nKind = Kind::Error;
+    QString sTitle; // of an information box; empty: the usual one
     QString sText;
     QString sButtonText;
     QString sMessage; // what is shown, unwrapped
@@ -91,6 +94,5 @@ private:
     MessageBody *pMessageBox = nullptr;
     QTimer *pCountdownTimer = nullptr; // child of this; while counting
     QPointer<QWidget> pOwner;
-    QPointer<QWidget> pActiveBefore; // gets the activation back
     std::unique_ptr<VeltaUtils> pUtils;
 };

@@ -132,7 +132,6 @@ void VeltaInputPanelContext::showPanel(QLabel *label)
         pPanel->restartTimeout();
     }
     bOpen = true;
-    pWindowBelow = pTarget->window();
     show();
     activateWindow();
     if (bGrabKeyboard) {
@@ -211,10 +210,6 @@ void VeltaInputPanelContext::hideEvent(QHideEvent *event)
 {
     if (bGrabKeyboard && pPanel) {
         pPanel->releaseKeyboard();
-    }
-    // The window system need not hand the keys back by itself.
-    if (pWindowBelow) {
-        pWindowBelow->activateWindow();
     }
     QWidget::hideEvent(event);
 }

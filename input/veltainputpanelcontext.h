@@ -55,7 +55,6 @@ private:
 
     VeltaInputPanel *pPanel = nullptr;
     QPointer<QLineEdit> pTarget;
-    QPointer<QWidget> pWindowBelow; ///< gets the keys back when this window hides
     bool bTimeout;
     bool bGrabKeyboard;
     bool bOpen = false; ///< from showPanel() to OK or Cancel

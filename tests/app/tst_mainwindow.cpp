@@ -1,7 +1,9 @@
 #include "app/mainwindow.h"
+#include "app/startup.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "platform/windowserver.h"
+#include "platform/windowstack.h"
 #include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
@@ -481,6 +483,42 @@ private Q_SLOTS:
         pWindow->controlVisibility();
         QVERIFY(pWindow->isVisible());
         QTRY_COMPARE(QApplication::activeWindow(), pBox);
+    }
+
+    // Missing fonts and a calibration that timed out: one key after the other closes what is on
+    // top.
+    void twoBoxes()
+    {
+        root().write("/flash/local/cal_message", "");
+        root().setFirmware("state=1");
+        start();
+        const auto pWarning = showFontWarning();
+        const QList<QWidget *> atStart = visibleWindows();
+        QCOMPARE(atStart.size(), 2);
+        auto *pBox = qobject_cast<QDialog *>(atStart.constLast());
+        QVERIFY(pBox);
+        QVERIFY(!pBox->isModal()); // the start goes on
+        const auto *pBody = pBox->findChild<QMessageBox *>();
+        QVERIFY(pBody->text().contains(QLatin1String("Error Loading embedded Fonts")));
+        QVERIFY(pBox->findChild<QLabel *>()->text().contains(QLatin1String("Application")));
+        QCOMPARE(pBody->button(QMessageBox::Ok)->text(), QStringLiteral("OK (10)"));
+        QVERIFY(pBody->button(QMessageBox::Ok)->height() >= 30);
+        pWindow->controlVisibility();
+        QTimer::singleShot(0, this, [&] {
+            QDialog *pMessage = nullptr;
+            QTRY_VERIFY((pMessage = qobject_cast<QDialog *>(QApplication::activeWindow()))
+                        && pMessage->isModal());
+            root().setFirmware("state=2");
+            pWindow->controlVisibility(); // comes up
+            QCOMPARE(visibleWindows(), QList<QWidget *>({pWindow.get(), pBox, pMessage}));
+            queueKey(Qt::Key_Return);
+        });
+        pWindow->controlVisibility();
+        QVERIFY(pBox->isVisible());
+        QTRY_COMPARE(QApplication::activeWindow(), pBox);
+        queueKey(Qt::Key_Return);
+        QTRY_COMPARE(QApplication::activeWindow(), pWindow.get());
+        QVERIFY(!pBox->isVisible());
     }
 
     void keyboards()
