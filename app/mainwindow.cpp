@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/cursor.h"
+#include "app/focusmark.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "platform/command.h"
@@ -132,7 +133,9 @@ MainWindow::MainWindow(QWidget *pParent)
                              static_cast<QWidget *>(pUi->buttonRestart)}) {
         pButton->setAttribute(Qt::WA_AcceptTouchEvents);
     }
-    pUi->pushButtonConfig->setFocus();
+    new FocusMark(pUi->pushButtonConfig, false);
+    new FocusMark(pUi->pushButtonStartApp, true); // a PLC is started by a deliberate press alone
+    focusConfigButton();
     pUi->label_dummy->setText(BlankLabel);
     showPage(pUi->startupPage);
     show();
@@ -202,6 +205,7 @@ void MainWindow::adaptToScreen()
     if (pServer && pServer->isTransformed() && screen.width() < 480 && screen.height() < 640
         && pServer->transformationOrientation() != 0) {
         pUi->pushButtonConfig->hide();
+        pUi->pushButtonStartApp->setFocusPolicy(Qt::NoFocus); // it would be the only one to get it
     }
     VeltaUtils utils;
     const int nIndex = utils.resolutionIndex(screen.width(), screen.height());
@@ -217,7 +221,23 @@ void MainWindow::adaptToScreen()
 
 void MainWindow::showPage(QWidget *pPage)
 {
+    if (pPage == currentWidget()) {
+        return;
+    }
     setCurrentWidget(pPage);
+    if (pPage == pUi->previewPage) {
+        focusConfigButton();
+    }
+}
+
+// Of its own accord Qt would give the focus to the button that starts the PLC application.
+void MainWindow::focusConfigButton()
+{
+    if (!pUi->pushButtonConfig->isHidden()) {
+        pUi->pushButtonConfig->setFocus();
+    } else if (QWidget *pFocused = focusWidget()) {
+        pFocused->clearFocus();
+    }
 }
 
 void MainWindow::showFullScreenOnce()
@@ -226,6 +246,7 @@ void MainWindow::showFullScreenOnce()
     if (!isVisible() || !isFullScreen()) {
         showFullScreen();
         keepBelowOthers(this); // a box, the calibration
+        focusConfigButton();
     }
 }
 
@@ -247,6 +268,7 @@ void MainWindow::controlVisibility()
         if (!isVisible()) {
             show();
             keepBelowOthers(this);
+            focusConfigButton();
         }
         closeRuntimeLink();
         pVisibilityTimer->setInterval(TickInterval);
@@ -412,6 +434,10 @@ void MainWindow::keyPressEvent(QKeyEvent *pEvent)
 void MainWindow::changeEvent(QEvent *pEvent)
 {
     QStackedWidget::changeEvent(pEvent);
+    if (pEvent->type() == QEvent::ActivationChange && isActiveWindow()
+        && currentWidget() == pUi->previewPage) {
+        focusConfigButton(); // a box, the calibration or another program had the keys
+    }
     if (pEvent->type() == QEvent::LanguageChange) {
         pUi->retranslateUi(this);
         pUi->label_dummy->setText(BlankLabel);
@@ -581,6 +607,7 @@ void MainWindow::updateAppName()
 void MainWindow::startAppButtonPressed()
 {
     if (nPlcHandle > 0 && rctrl_start_all_applications(nPlcHandle) != 0) {
+        focusConfigButton();
         pUi->pushButtonStartApp->setEnabled(false); // shows the error icon from now on
     }
 }

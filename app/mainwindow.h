@@ -77,6 +77,7 @@ private:
     void scheduleNextTick();
     void showFullScreenOnce();
     void showPage(QWidget *pPage);
+    void focusConfigButton();
 
     // Device status
     QString readFirmwareVersion();

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QWidget>
 #include <private/qguiapplication_p.h>
+#include <qpa/qwindowsysteminterface.h>
 
 #include <algorithm>
 #include <utility>
@@ -58,9 +59,16 @@ void WindowStack::activateTop() const
 {
     const auto it = std::find_if(stack.crbegin(), stack.crend(),
                                  [](const QWidget *pWindow) { return takesKeys(*pWindow); });
-    if (it != stack.crend()) {
-        (*it)->activateWindow();
+    if (it == stack.crend()) {
+        return;
     }
+    QWidget *pWindow = *it;
+    if (pWindow->windowHandle() == QGuiApplication::focusWindow() && !pWindow->isActiveWindow()) {
+        // Hidden and shown again: the widgets know that the keys have gone, the window does not,
+        // and would take a new activation for the old one.
+        QWindowSystemInterface::handleWindowActivated(nullptr);
+    }
+    pWindow->activateWindow();
 }
 
 // A window that is just being shown cannot be activated yet, and what has been asked of the window
