@@ -2,6 +2,7 @@
 
 #include "infobox/infotext.h"
 #include "settings/errorcatalogue.h"
+#include "settings/fittedfont.h"
 #include "settings/screenclass.h"
 #include "settings/veltautils.h"
 
@@ -43,7 +44,6 @@ constexpr LineLengths InformationLine{40, 50};
 
 // Where a text does not fit: lines get shorter, then the font smaller, then the text is cut.
 constexpr int MinLineLength = 12;
-constexpr int MinFontPointSize = 6;
 /// Lower than any line: what no screen can hold is not even laid out.
 constexpr int MinLinePixels = 8;
 
@@ -285,12 +285,14 @@ void VeltaInfoBox::scaleToScreen()
     font.setPointSize(FontPointSize);
     pMessageBox->setFont(font);
     pUtils->scaleFont(pMessageBox, nResIndex);
+    nTextPoints = pMessageBox->font().pointSize();
     // All buttons alike: Abort beside Ok is no smaller.
     const auto buttons = pMessageBox->buttons();
     for (QAbstractButton *pButton : buttons) {
         pButton->setAttribute(Qt::WA_AcceptTouchEvents);
         pButton->setFont(font);
         pUtils->scaleFont(pButton, nResIndex);
+        nButtonPoints = pButton->font().pointSize();
         pUtils->scaleWidth(pButton, false);
         pButton->setMinimumHeight(ButtonHeight);
     }
@@ -383,17 +385,18 @@ void VeltaInfoBox::presentDialog()
 
 QSize VeltaInfoBox::setLayout(int fontSize, int lineLength)
 {
-    const auto shrink = [fontSize](QWidget *pWidget) {
+    const auto resize = [](QWidget *pWidget, int points) {
         QFont font = pWidget->font();
-        if (font.pointSize() > fontSize) {
-            font.setPointSize(fontSize);
+        if (font.pointSize() != points) {
+            font.setPointSize(points);
             pWidget->setFont(font);
         }
     };
-    shrink(pMessageBox);
+    resize(pMessageBox, fontSize);
     const auto buttons = pMessageBox->buttons();
     for (QAbstractButton *pButton : buttons) {
-        shrink(pButton);
+        // Its font is another one, and shrinks in the same proportion.
+        resize(pButton, std::max(smallestPoints(), nButtonPoints * fontSize / nTextPoints));
         // Fewer digits of a count-down must not make the button jump.
         pButton->setMinimumWidth(0);
         pButton->setMinimumWidth(pButton->sizeHint().width());
@@ -417,7 +420,7 @@ void VeltaInfoBox::fitToScreen()
     const auto fitsWidth = [this](QSize size) { return size.width() <= nScreenW; };
     const auto fitsHeight = [this](QSize size) { return size.height() <= nScreenH; };
 
-    int fontSize = pMessageBox->font().pointSize();
+    int fontSize = nTextPoints;
     int lineLength = nLineLength;
     QSize size = setLayout(fontSize, lineLength);
     while (!fitsWidth(size) || !fitsHeight(size)) {
@@ -425,10 +428,10 @@ void VeltaInfoBox::fitToScreen()
             const int widest = pMessageBox->fontMetrics().horizontalAdvance(QLatin1Char('W'));
             const int excess = std::max(1, (size.width() - nScreenW) / widest);
             lineLength = std::max(MinLineLength, lineLength - excess);
-        } else if (fontSize > MinFontPointSize) {
+        } else if (fontSize > smallestPoints()) {
             // Text shrinks with its font, at least in this proportion.
             fontSize =
-                std::clamp(fontSize * nScreenH / size.height(), MinFontPointSize, fontSize - 1);
+                std::clamp(fontSize * nScreenH / size.height(), smallestPoints(), fontSize - 1);
             lineLength = nLineLength;
         } else if (!fitsHeight(size) && !sMessage.isEmpty()) {
             // The rest of the text is lost, but not the way on: the buttons stay on the screen.

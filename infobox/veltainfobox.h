@@ -85,6 +85,8 @@ private:
     QString sButtonText;
     QString sMessage; // what is shown, unwrapped
     int nLineLength = 0;
+    int nTextPoints = 8; // font sizes before anything is made to fit
+    int nButtonPoints = 8;
     int nResIndex = 0;
     std::unique_ptr<QDialog> pDialog; // owns all that it shows
     QFrame *pFrame = nullptr;

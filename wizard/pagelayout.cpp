@@ -1,5 +1,6 @@
 #include "wizard/pagelayout.h"
 
+#include "settings/fittedfont.h"
 #include "settings/settingsrecord.h"
 
 #include <QFontMetrics>
@@ -21,7 +22,6 @@ constexpr QSize WizardOnLargeScreen(640, 480);
 // gaps inside a row.
 constexpr int PageMargins = 2 * (11 + 5) + 2 * 6;
 constexpr int EditMargins = 8; // between a field's border and its text, both sides
-constexpr int SmallestPoints = 6;
 
 bool rowsFit(const QList<FieldRow> &rows, int nWidth)
 {
@@ -41,7 +41,7 @@ bool makeSmaller(QWidget *pWidget)
 {
     QFont font = pWidget->font();
     const int nPoints = font.pointSize();
-    if (nPoints <= SmallestPoints) {
+    if (nPoints <= smallestPoints()) {
         return false;
     }
     font.setPointSize(nPoints - 1);

@@ -14,6 +14,7 @@
 #include <QAbstractButton>
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QPushButton>
 #include <QScreen>
 
 #include <algorithm>
@@ -274,6 +275,17 @@ void VeltaWizard::HandleBack(int nId)
         QWizard::back();
     }
     nLastPageId = currentId();
+    markFocusedButton();
+}
+
+// QWizard takes the mark of the default button away at every new page, also from the button that
+// keeps the focus.
+void VeltaWizard::markFocusedButton()
+{
+    auto *pButton = qobject_cast<QPushButton *>(focusWidget());
+    if (pButton && pButton->autoDefault()) {
+        pButton->setDefault(true);
+    }
 }
 
 void VeltaWizard::HideButtons()

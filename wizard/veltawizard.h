@@ -66,6 +66,7 @@ private:
     void addPages();
     int failSetup(int nCode);
     void release();
+    void markFocusedButton();
     void applyWindowFlags();
     void applyGeometry();
     const PageEntry *findPage(int nId) const;
