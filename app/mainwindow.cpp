@@ -26,6 +26,7 @@
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QScreen>
 #include <QSettings>
 #include <QTimer>
@@ -58,8 +59,6 @@ constexpr auto BlankLabel = QLatin1String("    ");
 constexpr auto UnknownMac = QLatin1String("00:00:00:00:00:00");
 constexpr auto DhcpModeText = QLatin1String("dhcp");
 constexpr auto StaticModeText = QLatin1String("static");
-constexpr int PageMargin = 9; // pixels, as in the form
-constexpr int ButtonSpacing = 6; // pixels between a button and the texts beside it
 constexpr int AppNameMargin = 50; // pixels by which a long name stays short of the screen
 
 // Texts of one Ethernet interface on the preview page.
@@ -104,6 +103,28 @@ QString firmwareInfo(QLatin1String key)
 {
     const QSettings info(devicePath(QStringLiteral("/etc/fwinfo.ini")), QSettings::IniFormat);
     return info.value(key).toString();
+}
+
+bool holds(QLayoutItem *pItem, const QWidget &widget)
+{
+    if (QLayout *pLayout = pItem->layout()) {
+        for (int i = 0; i < pLayout->count(); ++i) {
+            if (holds(pLayout->itemAt(i), widget)) {
+                return true;
+            }
+        }
+    }
+    return pItem->widget() == &widget;
+}
+
+// What stands beside and with the widget on a page.
+QLayoutItem *rowOf(const QLayout &pageLayout, const QWidget &widget)
+{
+    int i = 0;
+    while (!holds(pageLayout.itemAt(i), widget)) {
+        ++i;
+    }
+    return pageLayout.itemAt(i);
 }
 
 QByteArray interfaceName(int nInterface)
@@ -214,8 +235,13 @@ void MainWindow::adaptToScreen()
     utils.scaleFont(pUi->buttonRestart, nIndex);
     utils.scaleWidth(pUi->pushButtonConfig, true);
     utils.scaleWidth(pUi->pushButtonStartApp, true);
+    // The texts beside it must fit whether it is there or not.
+    QSizePolicy policy = pUi->pushButtonStartApp->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    pUi->pushButtonStartApp->setSizePolicy(policy);
     fitTexts({pUi->label_stopped});
     fitTexts({pUi->label_startpage});
+    fitTexts({pUi->label_appname});
     fitTexts({pUi->label_ip, pUi->label_mask, pUi->label_mac});
 }
 
@@ -540,17 +566,19 @@ QString MainWindow::interfaceMac(int nInterface)
 // Texts that would be cut off are shown in a smaller font; those of a group stay alike.
 void MainWindow::fitTexts(std::initializer_list<QLabel *> labels)
 {
-    QFont smallest = formFont(*labels.begin());
-    for (QLabel *pLabel : labels) {
-        int nWidth = primaryScreenSize().width() - 2 * PageMargin;
-        if (pLabel->alignment() & Qt::AlignRight) { // beside a button
-            nWidth -= pUi->pushButtonConfig->maximumWidth() + ButtonSpacing;
+    const QLabel *pFirst = *labels.begin();
+    const QLayout *pPageLayout = pUi->startupPage->isAncestorOf(pFirst)
+        ? pUi->startupPage->layout()
+        : pUi->previewPage->layout();
+    QLayoutItem *pRow = rowOf(*pPageLayout, *pFirst);
+    const QMargins margins = pPageLayout->contentsMargins();
+    const int nWidth = primaryScreenSize().width() - margins.left() - margins.right();
+    fittedFont(formFont(pFirst), [&](const QFont &font) {
+        for (QLabel *pLabel : labels) {
+            pLabel->setFont(font);
         }
-        smallest = fittedFont(smallest, pLabel->text(), nWidth);
-    }
-    for (QLabel *pLabel : labels) {
-        pLabel->setFont(smallest);
-    }
+        return pRow->minimumSize().width() <= nWidth;
+    });
 }
 
 QFont MainWindow::formFont(const QLabel *pLabel)

@@ -7,7 +7,6 @@
 #include <QWidget>
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
 constexpr int SmallestPixels = 8;
@@ -17,7 +16,7 @@ int smallestPoints()
 {
     constexpr double PointsPerInch = 72;
     const double dDpi = QGuiApplication::primaryScreen()->logicalDotsPerInchY();
-    return std::max(1, int(std::ceil(SmallestPixels * PointsPerInch / dDpi)));
+    return std::max(1, qRound(SmallestPixels * PointsPerInch / dDpi));
 }
 
 QFont fittedFont(const QFont &font, const QString &text, int nWidth)

@@ -3,6 +3,7 @@
 #include "app/veltakbdinput.h"
 #include "infobox/veltainfobox.h"
 #include "settings/errorcatalogue.h"
+#include "settings/fittedfont.h"
 #include "settings/veltautils.h"
 #include "wizard/dnssettingspage.h"
 #include "wizard/ipaddressespage.h"
@@ -16,6 +17,7 @@
 #include <QGuiApplication>
 #include <QPushButton>
 #include <QScreen>
+#include <QStyle>
 
 #include <algorithm>
 #include <new>
@@ -131,6 +133,7 @@ void VeltaWizard::setupButtons()
             button(which)->setMinimumWidth(1);
         }
     }
+    fitButtons();
     buttonOrder = {QWizard::BackButton, QWizard::CustomButton1, QWizard::CancelButton,
                    QWizard::NextButton, QWizard::FinishButton};
     for (const WizardButton which : std::as_const(buttonOrder)) {
@@ -143,6 +146,23 @@ void VeltaWizard::setupButtons()
     // while another button has the focus: who works it by keys could not tell which.
     setOption(QWizard::NoDefaultButton, true);
     button(QWizard::CustomButton1)->hide();
+}
+
+// Three of them stand side by side in the wizard's width, all alike.
+void VeltaWizard::fitButtons()
+{
+    const int nMargins = 4 * wizardMargin(this); // and no more than that between them
+    const int nWidth = (wizardSize(pSettings->working).width() - nMargins) / 3
+        - style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, button(QWizard::NextButton));
+    const auto buttons = {QWizard::NextButton, QWizard::BackButton, QWizard::CancelButton,
+                          QWizard::FinishButton};
+    QFont fitted = button(QWizard::NextButton)->font();
+    for (const WizardButton which : buttons) {
+        fitted = fittedFont(fitted, button(which)->text(), nWidth);
+    }
+    for (const WizardButton which : buttons) {
+        button(which)->setFont(fitted);
+    }
 }
 
 void VeltaWizard::createPages()

@@ -61,6 +61,7 @@ private:
     int setup();
     int setupPages();
     void setupButtons();
+    void fitButtons();
     void createPages();
     bool allPagesCreated() const;
     void addPages();
