@@ -2,6 +2,7 @@
 #include "app/keyrepeatfilter.h"
 #include "app/mainwindow.h"
 #include "app/startup.h"
+#include "infobox/veltainfobox.h"
 #include "platform/displaycheck.h"
 #include "platform/endinglimit.h"
 #include "platform/fontconfiguration.h"
@@ -11,6 +12,7 @@
 
 #include <QApplication>
 
+#include <memory>
 #include <optional>
 
 int main(int argc, char *argv[])
@@ -43,9 +45,7 @@ int main(int argc, char *argv[])
     windowServer.setCursorVisible(false);
     windowServer.openPointer();
 
-    if (!bFontsLoaded) {
-        showFontWarning();
-    }
     window.show();
+    const std::unique_ptr<VeltaInfoBox> pFontWarning = bFontsLoaded ? nullptr : showFontWarning();
     return QApplication::exec();
 }

@@ -2,6 +2,7 @@
 
 #include "app/cursor.h"
 #include "app/deviceinformation.h"
+#include "app/focusmark.h"
 #include "app/keyboardwatcher.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
@@ -21,6 +22,7 @@
 #include <QDebug>
 #include <QFile>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QScreen>
 #include <QTimer>
 
@@ -43,8 +45,6 @@ constexpr quint8 CalMessageSeconds = 15;
 constexpr auto RebootCommand = QLatin1String("/sbin/reboot");
 
 constexpr auto BlankLabel = QLatin1String("    ");
-constexpr int PageMargin = 9; // pixels, as in the form
-constexpr int ButtonSpacing = 6; // pixels between a button and the texts beside it
 constexpr int AppNameMargin = 50; // pixels by which a long name stays short of the screen
 
 // Texts of one Ethernet interface on the preview page.
@@ -84,6 +84,28 @@ void setPointSize(QWidget *pWidget, int nPoints)
     pWidget->setFont(font);
 }
 
+bool holds(QLayoutItem *pItem, const QWidget &widget)
+{
+    if (QLayout *pLayout = pItem->layout()) {
+        for (int i = 0; i < pLayout->count(); ++i) {
+            if (holds(pLayout->itemAt(i), widget)) {
+                return true;
+            }
+        }
+    }
+    return pItem->widget() == &widget;
+}
+
+// What stands beside and with the widget on a page.
+QLayoutItem *rowOf(const QLayout &pageLayout, const QWidget &widget)
+{
+    int i = 0;
+    while (!holds(pageLayout.itemAt(i), widget)) {
+        ++i;
+    }
+    return pageLayout.itemAt(i);
+}
+
 } // namespace
 
 MainWindow::MainWindow(QWidget *pParent)
@@ -107,7 +129,9 @@ MainWindow::MainWindow(QWidget *pParent)
                              static_cast<QWidget *>(pUi->buttonRestart)}) {
         pButton->setAttribute(Qt::WA_AcceptTouchEvents);
     }
-    pUi->pushButtonConfig->setFocus();
+    new FocusMark(pUi->pushButtonConfig, false);
+    new FocusMark(pUi->pushButtonStartApp, true); // a PLC is started by a deliberate press alone
+    focusConfigButton();
     pUi->label_dummy->setText(BlankLabel);
     showPage(pUi->startupPage);
     show();
@@ -175,6 +199,7 @@ void MainWindow::adaptToScreen()
     if (pServer && pServer->isTransformed() && screen.width() < 480 && screen.height() < 640
         && pServer->transformationOrientation() != 0) {
         pUi->pushButtonConfig->hide();
+        pUi->pushButtonStartApp->setFocusPolicy(Qt::NoFocus); // it would be the only one to get it
     }
     VeltaUtils utils;
     const int nIndex = utils.resolutionIndex(screen.width(), screen.height());
@@ -183,14 +208,35 @@ void MainWindow::adaptToScreen()
     utils.scaleFont(pUi->buttonRestart, nIndex);
     utils.scaleWidth(pUi->pushButtonConfig, true);
     utils.scaleWidth(pUi->pushButtonStartApp, true);
+    // The texts beside it must fit whether it is there or not.
+    QSizePolicy policy = pUi->pushButtonStartApp->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    pUi->pushButtonStartApp->setSizePolicy(policy);
     fitTexts({pUi->label_stopped});
     fitTexts({pUi->label_startpage});
+    fitTexts({pUi->label_appname});
     fitTexts({pUi->label_ip, pUi->label_mask, pUi->label_mac});
 }
 
 void MainWindow::showPage(QWidget *pPage)
 {
+    if (pPage == currentWidget()) {
+        return;
+    }
     setCurrentWidget(pPage);
+    if (pPage == pUi->previewPage) {
+        focusConfigButton();
+    }
+}
+
+// Of its own accord Qt would give the focus to the button that starts the PLC application.
+void MainWindow::focusConfigButton()
+{
+    if (!pUi->pushButtonConfig->isHidden()) {
+        pUi->pushButtonConfig->setFocus();
+    } else if (QWidget *pFocused = focusWidget()) {
+        pFocused->clearFocus();
+    }
 }
 
 void MainWindow::showFullScreenOnce()
@@ -198,20 +244,8 @@ void MainWindow::showFullScreenOnce()
     // Showing again what is shown would take the activation from an open box.
     if (!isVisible() || !isFullScreen()) {
         showFullScreen();
-        keepOverlaysOnTop();
-    }
-}
-
-// The window comes up over what has been opened meanwhile: a box, the calibration.
-void MainWindow::keepOverlaysOnTop()
-{
-    QWidgetList windows = visibleWindows();
-    windows.removeOne(this);
-    for (QWidget *pWindow : std::as_const(windows)) {
-        pWindow->raise();
-    }
-    if (!windows.isEmpty()) {
-        windows.constLast()->activateWindow();
+        keepBelowOthers(this); // a box, the calibration
+        focusConfigButton();
     }
 }
 
@@ -232,7 +266,8 @@ void MainWindow::controlVisibility()
     if (!plcStatus) {
         if (!isVisible()) {
             show();
-            keepOverlaysOnTop();
+            keepBelowOthers(this);
+            focusConfigButton();
         }
         runtimeLink.close();
         pVisibilityTimer->setInterval(TickInterval);
@@ -433,6 +468,10 @@ void MainWindow::keyPressEvent(QKeyEvent *pEvent)
 void MainWindow::changeEvent(QEvent *pEvent)
 {
     QStackedWidget::changeEvent(pEvent);
+    if (pEvent->type() == QEvent::ActivationChange && isActiveWindow()
+        && currentWidget() == pUi->previewPage) {
+        focusConfigButton(); // a box, the calibration or another program had the keys
+    }
     if (pEvent->type() == QEvent::LanguageChange) {
         pUi->retranslateUi(this);
         showRestartText();
@@ -468,17 +507,19 @@ void MainWindow::updateDeviceInfo()
 // Texts that would be cut off are shown in a smaller font; those of a group stay alike.
 void MainWindow::fitTexts(std::initializer_list<QLabel *> labels)
 {
-    QFont smallest = formFont(*labels.begin());
-    for (QLabel *pLabel : labels) {
-        int nWidth = primaryScreenSize().width() - 2 * PageMargin;
-        if (pLabel->alignment() & Qt::AlignRight) { // beside a button
-            nWidth -= pUi->pushButtonConfig->maximumWidth() + ButtonSpacing;
+    const QLabel *pFirst = *labels.begin();
+    const QLayout *pPageLayout = pUi->startupPage->isAncestorOf(pFirst)
+        ? pUi->startupPage->layout()
+        : pUi->previewPage->layout();
+    QLayoutItem *pRow = rowOf(*pPageLayout, *pFirst);
+    const QMargins margins = pPageLayout->contentsMargins();
+    const int nWidth = primaryScreenSize().width() - margins.left() - margins.right();
+    fittedFont(formFont(pFirst), [&](const QFont &font) {
+        for (QLabel *pLabel : labels) {
+            pLabel->setFont(font);
         }
-        smallest = fittedFont(smallest, pLabel->text(), nWidth);
-    }
-    for (QLabel *pLabel : labels) {
-        pLabel->setFont(smallest);
-    }
+        return pRow->minimumSize().width() <= nWidth;
+    });
 }
 
 QFont MainWindow::formFont(const QLabel *pLabel)
@@ -512,6 +553,7 @@ void MainWindow::updateAppName()
 void MainWindow::startAppButtonPressed()
 {
     if (runtimeLink.isOpen() && !runtimeLink.startAllApplications()) {
+        focusConfigButton();
         pUi->pushButtonStartApp->setEnabled(false); // shows the error icon from now on
     }
 }

@@ -82,8 +82,8 @@ private:
     void showRestartText();
     void scheduleNextTick();
     void showFullScreenOnce();
-    void keepOverlaysOnTop();
     void showPage(QWidget *pPage);
+    void focusConfigButton();
 
     // Device status
     void fitTexts(std::initializer_list<QLabel *> labels);

@@ -1,12 +1,13 @@
 #include "app/startup.h"
 
 #include "app/panelstyle.h"
+#include "infobox/veltainfobox.h"
 #include "platform/devicepath.h"
 #include "platform/regularfile.h"
+#include "platform/windowstack.h"
 
 #include <QApplication>
 #include <QFontDatabase>
-#include <QMessageBox>
 
 namespace {
 
@@ -14,6 +15,7 @@ constexpr auto FontFolder = QLatin1String("/usr/lib/fonts/");
 constexpr QLatin1String FontFiles[] = {QLatin1String("Vera.ttf"), QLatin1String("VeraBd.ttf")};
 constexpr auto FontFamily = QLatin1String("Bitstream Vera Sans");
 constexpr int FontPoints = 9;
+constexpr quint8 FontWarningSeconds = 10;
 constexpr qint64 LargestFontFile = 16 * 1024 * 1024; // bytes; more is no font of ours
 
 bool loadFont(QLatin1String name)
@@ -44,6 +46,7 @@ void setUpLook(QApplication &application)
     // While the PLC runs the main window is hidden: a box that closes then must not end the
     // program.
     QApplication::setQuitOnLastWindowClosed(false);
+    new WindowStack(&application);
 }
 
 bool loadFonts()
@@ -55,8 +58,11 @@ bool loadFonts()
     return bLoaded;
 }
 
-void showFontWarning()
+std::unique_ptr<VeltaInfoBox> showFontWarning()
 {
-    QMessageBox::warning(nullptr, QStringLiteral("Application"),
-                         QStringLiteral("Error Loading embedded Fonts"), QMessageBox::Ok);
+    auto pBox = std::make_unique<VeltaInfoBox>(QStringLiteral("Error Loading embedded Fonts"),
+                                               FontWarningSeconds, nullptr, false, false);
+    pBox->setWarning(QStringLiteral("Application"));
+    pBox->showBox(false);
+    return pBox;
 }

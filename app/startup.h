@@ -1,18 +1,22 @@
 #pragma once
 
+#include <memory>
+
 class QApplication;
+class VeltaInfoBox;
 
 /// Sets what the environment must say before the application object is made: real pixels, and on
 /// the embedded platforms no second opening of the input devices. What the environment already
 /// says about the input devices is left alone.
 void prepareEnvironment();
 
-/// Gives the application its style and its font.
+/// Gives the application its style, its font and the order of its windows.
 void setUpLook(QApplication &application);
 
 /// Adds the panel's font files to the font database. False when any of them cannot be opened or is
 /// broken; the others are still added.
 bool loadFonts();
 
-/// Tells the operator that loadFonts() failed, in a modal box.
-void showFontWarning();
+/// Tells the operator that loadFonts() failed: a box that closes by itself, is open as long as its
+/// object lives at most, and keeps nothing from going on meanwhile.
+std::unique_ptr<VeltaInfoBox> showFontWarning();

@@ -24,9 +24,6 @@ class CalibrationPage : public QWizardPage
     Q_OBJECT
 
 public:
-    /// The request file that raises the page, as the device knows it. "Exit Calibration" removes
-    /// it.
-
     /// Has no parent; the caller owns it.
     explicit CalibrationPage(const CalibrationPace &pace = {});
     ~CalibrationPage() override;

@@ -43,7 +43,7 @@ void VeltaCalibrationPanelContext::showState()
     if (state == CalibrationState::Sampling) {
         show();
     } else if (isVisible() && state != CalibrationState::Applying) {
-        leaveScreen();
+        hide();
     }
 }
 
@@ -55,24 +55,6 @@ void VeltaCalibrationPanelContext::showBox(short nCode, const QString &text)
     } else {
         const VeltaInfoBox box(tr("old calibration data restored"), RestoredBoxSeconds, this, true,
                                true);
-    }
-    if (!isVisible()) {
-        activatePage();
-    }
-}
-
-void VeltaCalibrationPanelContext::leaveScreen()
-{
-    hide();
-    activatePage();
-}
-
-/// When this window or a box of it has closed, no window is active on some platforms, and no key
-/// would reach the page.
-void VeltaCalibrationPanelContext::activatePage()
-{
-    if (parentWidget()->isVisible()) {
-        parentWidget()->activateWindow();
     }
 }
 
@@ -90,13 +72,13 @@ void VeltaCalibrationPanelContext::RestoreOldCalibrationData()
 
 void VeltaCalibrationPanelContext::CalibrationFinished()
 {
-    leaveScreen();
+    hide();
     Q_EMIT calibration_done();
 }
 
 void VeltaCalibrationPanelContext::CalibrationError(short nCode)
 {
-    leaveScreen();
+    hide();
     if (nCode != 0) {
         showBox(nCode, QString());
     }

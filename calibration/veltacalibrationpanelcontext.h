@@ -34,9 +34,6 @@ public Q_SLOTS:
 private:
     void showState();
     void showBox(short nCode, const QString &text);
-    /// Hides the window and makes the page, where it is shown, the active one again.
-    void leaveScreen();
-    void activatePage();
 
     CalibrationRun *pRun;
     std::unique_ptr<VeltaCalibrationPanel> pPanel;

@@ -2,6 +2,7 @@
 
 #include "infobox/infotext.h"
 #include "settings/errorcatalogue.h"
+#include "settings/fittedfont.h"
 #include "settings/screenclass.h"
 #include "settings/veltautils.h"
 
@@ -45,7 +46,6 @@ constexpr LineLengths InformationLine{40, 50};
 
 // Where a text does not fit: lines get shorter, then the font smaller, then the text is cut.
 constexpr int MinLineLength = 12;
-constexpr int MinFontPointSize = 6;
 /// Lower than any line: what no screen can hold is not even laid out.
 constexpr int MinLinePixels = 8;
 
@@ -56,23 +56,6 @@ constexpr QLatin1String TitleColours[] = {QLatin1String("grey"), QLatin1String("
 QString whiteBackground()
 {
     return QStringLiteral("* { background-color: white; }");
-}
-
-/// The window that has the keys, or is to get them once what has just closed is out of the way.
-QWidget *windowBelow(const QWidget *pOwner)
-{
-    QWidget *pActive = QApplication::activeWindow();
-    if (pActive && pActive->isVisible()) {
-        return pActive;
-    }
-    if (pOwner) {
-        return pOwner->window();
-    }
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    const auto it = std::find_if(windows.cbegin(), windows.cend(), [](const QWidget *pWindow) {
-        return pWindow->isVisible() && pWindow->windowType() == Qt::Window;
-    });
-    return it != windows.cend() ? *it : nullptr;
 }
 
 } // namespace
@@ -174,6 +157,12 @@ VeltaInfoBox::~VeltaInfoBox()
     closeBox();
 }
 
+void VeltaInfoBox::setWarning(const QString &title)
+{
+    nKind = Kind::Warning;
+    sTitle = title;
+}
+
 void VeltaInfoBox::showBox(bool modal)
 {
     bModal = modal;
@@ -182,9 +171,6 @@ void VeltaInfoBox::showBox(bool modal)
     } else {
         bModal = modal || nCode < LastWarningCode || nCountdown > 0;
         prepareMessage();
-    }
-    if (!pDialog->isVisible()) {
-        pActiveBefore = windowBelow(pOwner);
     }
     buildBox();
     connect(pMessageBox, &QMessageBox::buttonClicked, this, &VeltaInfoBox::ButtonPressed,
@@ -202,7 +188,6 @@ void VeltaInfoBox::closeBox()
     if (pDialog->isVisible()) {
         pDialog->hide();
     }
-    returnActivation();
 }
 
 void VeltaInfoBox::ButtonPressed(QAbstractButton * /*pButton*/)
@@ -265,9 +250,11 @@ void VeltaInfoBox::prepareInformation()
         return;
     }
     readScreen();
-    pMessageBox->setWindowTitle(tr("<center>Information</center>"));
+    pMessageBox->setWindowTitle(sTitle.isEmpty()
+                                    ? tr("<center>Information</center>")
+                                    : QStringLiteral("<center>%1</center>").arg(sTitle));
     setMessage(sText, InformationLine.forClass(nResIndex));
-    pMessageBox->setIcon(QMessageBox::Information);
+    pMessageBox->setIcon(nKind == Kind::Warning ? QMessageBox::Warning : QMessageBox::Information);
     pMessageBox->setStandardButtons(QMessageBox::Ok);
     pMessageBox->setDefaultButton(QMessageBox::Ok);
     scaleToScreen();
@@ -300,12 +287,14 @@ void VeltaInfoBox::scaleToScreen()
     font.setPointSize(FontPointSize);
     pMessageBox->setFont(font);
     pUtils->scaleFont(pMessageBox, nResIndex);
+    nTextPoints = pMessageBox->font().pointSize();
     // All buttons alike: Abort beside Ok is no smaller.
     const auto buttons = pMessageBox->buttons();
     for (QAbstractButton *pButton : buttons) {
         pButton->setAttribute(Qt::WA_AcceptTouchEvents);
         pButton->setFont(font);
         pUtils->scaleFont(pButton, nResIndex);
+        nButtonPoints = pButton->font().pointSize();
         pUtils->scaleWidth(pButton, false);
         pButton->setMinimumHeight(ButtonHeight);
     }
@@ -398,17 +387,18 @@ void VeltaInfoBox::presentDialog()
 
 QSize VeltaInfoBox::setLayout(int fontSize, int lineLength)
 {
-    const auto shrink = [fontSize](QWidget *pWidget) {
+    const auto resize = [](QWidget *pWidget, int points) {
         QFont font = pWidget->font();
-        if (font.pointSize() > fontSize) {
-            font.setPointSize(fontSize);
+        if (font.pointSize() != points) {
+            font.setPointSize(points);
             pWidget->setFont(font);
         }
     };
-    shrink(pMessageBox);
+    resize(pMessageBox, fontSize);
     const auto buttons = pMessageBox->buttons();
     for (QAbstractButton *pButton : buttons) {
-        shrink(pButton);
+        // Its font is another one, and shrinks in the same proportion.
+        resize(pButton, std::max(smallestPoints(), nButtonPoints * fontSize / nTextPoints));
         // Fewer digits of a count-down must not make the button jump.
         pButton->setMinimumWidth(0);
         pButton->setMinimumWidth(pButton->sizeHint().width());
@@ -432,7 +422,7 @@ void VeltaInfoBox::fitToScreen()
     const auto fitsWidth = [this](QSize size) { return size.width() <= nScreenW; };
     const auto fitsHeight = [this](QSize size) { return size.height() <= nScreenH; };
 
-    int fontSize = pMessageBox->font().pointSize();
+    int fontSize = nTextPoints;
     int lineLength = nLineLength;
     QSize size = setLayout(fontSize, lineLength);
     while (!fitsWidth(size) || !fitsHeight(size)) {
@@ -440,10 +430,10 @@ void VeltaInfoBox::fitToScreen()
             const int widest = pMessageBox->fontMetrics().horizontalAdvance(QLatin1Char('W'));
             const int excess = std::max(1, (size.width() - nScreenW) / widest);
             lineLength = std::max(MinLineLength, lineLength - excess);
-        } else if (fontSize > MinFontPointSize) {
+        } else if (fontSize > smallestPoints()) {
             // Text shrinks with its font, at least in this proportion.
             fontSize =
-                std::clamp(fontSize * nScreenH / size.height(), MinFontPointSize, fontSize - 1);
+                std::clamp(fontSize * nScreenH / size.height(), smallestPoints(), fontSize - 1);
             lineLength = nLineLength;
         } else if (!fitsHeight(size) && !sMessage.isEmpty()) {
             // The rest of the text is lost, but not the way on: the buttons stay on the screen.
@@ -458,14 +448,4 @@ void VeltaInfoBox::fitToScreen()
         }
         size = setLayout(fontSize, lineLength);
     }
-}
-
-void VeltaInfoBox::returnActivation()
-{
-    // Without a window manager no window is active after one hides, and keys would go nowhere.
-    const QWidget *pActive = QApplication::activeWindow();
-    if (pActiveBefore && pActiveBefore->isVisible() && (!pActive || pActive == pDialog.get())) {
-        pActiveBefore->activateWindow();
-    }
-    pActiveBefore = nullptr;
 }

@@ -42,6 +42,9 @@ public:
     VeltaInfoBox(const QString &text, quint8 countdown, QWidget *owner, bool showNow, bool modal);
     ~VeltaInfoBox() override;
 
+    /// Makes an information box that has not been shown yet a warning with a \a title of its own.
+    void setWarning(const QString &title);
+
     /// Shows the box; a modal one returns when it has closed.
     void showBox(bool modal);
     /// Closes the box, which ends a modal run. The object may be shown again.
@@ -67,7 +70,6 @@ private:
     void fitToScreen();
     QSize setLayout(int fontSize, int lineLength);
     void stopCountdown();
-    void returnActivation();
 
     quint8 nCountdown = 0;
     quint8 nRemaining = 0;
@@ -78,10 +80,13 @@ private:
     qint16 nScreenH = 0;
     qint16 nCode = 0;
     Kind nKind = Kind::Error;
+    QString sTitle; // of an information box; empty: the usual one
     QString sText;
     QString sButtonText;
     QString sMessage; // what is shown, unwrapped
     int nLineLength = 0;
+    int nTextPoints = 8; // font sizes before anything is made to fit
+    int nButtonPoints = 8;
     int nResIndex = 0;
     std::unique_ptr<QDialog> pDialog; // owns all that it shows
     QFrame *pFrame = nullptr;
@@ -91,6 +96,5 @@ private:
     MessageBody *pMessageBox = nullptr;
     QTimer *pCountdownTimer = nullptr; // child of this; while counting
     QPointer<QWidget> pOwner;
-    QPointer<QWidget> pActiveBefore; // gets the activation back
     std::unique_ptr<VeltaUtils> pUtils;
 };

@@ -1,5 +1,6 @@
 #include "input/qveltalineedit.h"
 
+#include <QMouseEvent>
 #include <QPainter>
 
 #include <chrono>
@@ -20,6 +21,7 @@ QVeltaLineEdit::QVeltaLineEdit(QWidget *parent) : QLineEdit(parent)
     connect(this, &QLineEdit::cursorPositionChanged, this, &QVeltaLineEdit::cursorMoved);
     setFocusPolicy(Qt::WheelFocus);
     setDragEnabled(false);
+    setContextMenuPolicy(Qt::NoContextMenu); // has an entry to select all
     setAttribute(Qt::WA_AcceptTouchEvents);
     home(false);
 }
@@ -55,4 +57,22 @@ void QVeltaLineEdit::paintEvent(QPaintEvent *event)
     painter.setPen(QPen(Qt::black, CursorPenWidth, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     painter.drawLine(x, cursor.top() - CursorOvershoot, x, cursor.bottom() + 1);
     bPainting = false;
+}
+
+void QVeltaLineEdit::mousePressEvent(QMouseEvent *event)
+{
+    event->accept();
+    if (event->button() == Qt::LeftButton) {
+        setCursorPosition(cursorPositionAt(event->position().toPoint()));
+    }
+}
+
+void QVeltaLineEdit::mouseMoveEvent(QMouseEvent *event)
+{
+    event->accept();
+}
+
+void QVeltaLineEdit::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    mousePressEvent(event);
 }

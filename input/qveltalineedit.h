@@ -5,7 +5,8 @@
 
 /// A line edit that draws its own blinking text cursor, with or without keyboard focus: the display
 /// of the on-screen keyboard never has the focus, and the operator must see where the next
-/// character goes. GUI thread only.
+/// character goes. A finger places the cursor but
+/// selects nothing, however it moves: the next key would replace what is selected. GUI thread only.
 class QVeltaLineEdit : public QLineEdit
 {
     Q_OBJECT
@@ -15,6 +16,9 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
 
 private Q_SLOTS:
     void timerToggle();

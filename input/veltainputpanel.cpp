@@ -44,6 +44,8 @@ constexpr int ButtonFrame = 4;
 constexpr int ButtonPadding = 10;
 /// What the display's frame takes of its height.
 constexpr int DisplayFrame = 4;
+/// What frame and cursor take of its width.
+constexpr int DisplayMargins = 12;
 constexpr int HeadSpacing = 6;
 
 int fontSize(const QFont &font)
@@ -367,8 +369,10 @@ void VeltaInputPanel::setLineEditFontSize(int size)
     nDisplayFontSize = size;
     QFont font = pForm->panelLineEdit->font();
     setFontSize(&font, size);
-    pForm->panelLineEdit->setFont(
-        fittedFont(font, QString(), pForm->panelLineEdit->minimumSize() - QSize(0, DisplayFrame)));
+    // What the mask can hold is to be seen whole; other texts scroll.
+    const QString widest = pForm->panelLineEdit->inputMask().section(QLatin1Char(';'), 0, 0);
+    pForm->panelLineEdit->setFont(fittedFont(
+        font, widest, pForm->panelLineEdit->minimumSize() - QSize(DisplayMargins, DisplayFrame)));
 }
 
 void VeltaInputPanel::deselectText()

@@ -42,7 +42,7 @@ int keyCode(QChar character, KeyPad pad)
 
 VeltaInputPanelContext::VeltaInputPanelContext(QLineEdit *target, QLabel *label,
                                                bool highlightFocus, quint8 timeoutSeconds,
-                                               quint16 width, quint16 height)
+                                               quint16 /*width*/, quint16 /*height*/)
     : pTarget(target), bTimeout(timeoutSeconds != 0), bGrabKeyboard(windowSystemNeedsGrab())
 {
     setWindowFlags(Qt::Window | Qt::X11BypassWindowManagerHint | Qt::FramelessWindowHint
@@ -56,7 +56,10 @@ VeltaInputPanelContext::VeltaInputPanelContext(QLineEdit *target, QLabel *label,
     if (target && label) {
         createPanel(label, highlightFocus, timeoutSeconds);
     }
-    coverScreen({width, height});
+    // On a screen of no class, what was asked for is less than the screen.
+    const QRect area = QGuiApplication::primaryScreen()->geometry();
+    setFixedSize(area.size());
+    move(area.topLeft());
     if (pPanel) {
         placePanel();
         pPanel->setLineEditFontSize(pPanel->lineEditFontSize() + DisplayFontGrowth);
@@ -94,17 +97,6 @@ void VeltaInputPanelContext::createPanel(QLabel *label, bool highlightFocus, qui
     pPanel->setLabelText(label->text());
 }
 
-void VeltaInputPanelContext::coverScreen(QSize requested)
-{
-    const QRect area = QGuiApplication::primaryScreen()->geometry();
-    if (requested.isEmpty() && pTarget) {
-        requested = pTarget->window()->size();
-    }
-    // Larger than the screen it would stick out on all sides.
-    setFixedSize(requested.boundedTo(area.size()));
-    move(area.topLeft());
-}
-
 void VeltaInputPanelContext::placePanel()
 {
     if (!QRect(QPoint(), size()).contains(pPanel->rect())) {
@@ -132,7 +124,6 @@ void VeltaInputPanelContext::showPanel(QLabel *label)
         pPanel->restartTimeout();
     }
     bOpen = true;
-    pWindowBelow = pTarget->window();
     show();
     activateWindow();
     if (bGrabKeyboard) {
@@ -211,10 +202,6 @@ void VeltaInputPanelContext::hideEvent(QHideEvent *event)
 {
     if (bGrabKeyboard && pPanel) {
         pPanel->releaseKeyboard();
-    }
-    // The window system need not hand the keys back by itself.
-    if (pWindowBelow) {
-        pWindowBelow->activateWindow();
     }
     QWidget::hideEvent(event);
 }

@@ -21,8 +21,8 @@ class VeltaInputPanelContext : public QWidget
 public:
     /// \a label gives the keyboard its caption; without \a target or \a label there is no keyboard
     /// and showPanel() does nothing. A password mode counts down from \a timeoutSeconds, unless
-    /// that is 0, and then cancels. \a width and \a height are the pixels to cover; the size of the
-    /// target's window is taken when they are 0, and never more than the screen.
+    /// that is 0, and then cancels. The window covers the whole screen, with the keyboard in its
+    /// middle, whatever \a width and \a height say: the screen's class may be smaller.
     VeltaInputPanelContext(QLineEdit *target, QLabel *label, bool highlightFocus,
                            quint8 timeoutSeconds, quint16 width, quint16 height);
     /// The same without a count-down.
@@ -49,13 +49,11 @@ private Q_SLOTS:
 
 private:
     void createPanel(QLabel *label, bool highlightFocus, quint8 timeoutSeconds);
-    void coverScreen(QSize requested);
     void placePanel();
     void finish();
 
     VeltaInputPanel *pPanel = nullptr;
     QPointer<QLineEdit> pTarget;
-    QPointer<QWidget> pWindowBelow; ///< gets the keys back when this window hides
     bool bTimeout;
     bool bGrabKeyboard;
     bool bOpen = false; ///< from showPanel() to OK or Cancel

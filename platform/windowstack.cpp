@@ -1,26 +1,103 @@
 #include "platform/windowstack.h"
 
-#include <QApplication>
+#include <QEvent>
 #include <QWidget>
+#include <private/qguiapplication_p.h>
+#include <qpa/qwindowsysteminterface.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
-int stackingLevel(const QWidget &window)
+WindowStack *pInstance = nullptr;
+
+bool takesKeys(const QWidget &window)
 {
-    return (window.windowFlags() & Qt::WindowStaysOnTopHint ? 1 : 0) + (window.isModal() ? 2 : 0);
+    QWindow *pHandle = window.windowHandle();
+    const Qt::WindowType type = window.windowType();
+    return pHandle && (type == Qt::Window || type == Qt::Dialog)
+        && !(window.windowFlags() & Qt::WindowDoesNotAcceptFocus)
+        && !QGuiApplicationPrivate::instance()->isWindowBlocked(pHandle);
 }
 
 } // namespace
 
+WindowStack::WindowStack(QObject *pApplication) : QObject(pApplication)
+{
+    pInstance = this;
+    pApplication->installEventFilter(this);
+}
+
+WindowStack::~WindowStack()
+{
+    pInstance = nullptr;
+}
+
+bool WindowStack::eventFilter(QObject *pReceiver, QEvent *pEvent)
+{
+    const QEvent::Type type = pEvent->type();
+    if ((type != QEvent::Show && type != QEvent::Hide && type != QEvent::ZOrderChange)
+        || pEvent->spontaneous() || !pReceiver->isWidgetType()) {
+        return false;
+    }
+    auto *pWindow = static_cast<QWidget *>(pReceiver);
+    const bool bShown = pWindow->isWindow() && pWindow->isVisible();
+    // One that is being destroyed may be no window any more.
+    const bool bKnown = stack.removeOne(pWindow);
+    if (bShown && type != QEvent::Hide) {
+        stack.append(pWindow);
+    } else if (!bKnown) {
+        return false;
+    }
+    activateTop(); // a key that comes next must find a window
+    activateTopSoon();
+    return false;
+}
+
+void WindowStack::activateTop() const
+{
+    const auto it = std::find_if(stack.crbegin(), stack.crend(),
+                                 [](const QWidget *pWindow) { return takesKeys(*pWindow); });
+    if (it == stack.crend()) {
+        return;
+    }
+    QWidget *pWindow = *it;
+    if (pWindow->windowHandle() == QGuiApplication::focusWindow() && !pWindow->isActiveWindow()) {
+        // Hidden and shown again: the widgets know that the keys have gone, the window does not,
+        // and would take a new activation for the old one.
+        QWindowSystemInterface::handleWindowActivated(nullptr);
+    }
+    pWindow->activateWindow();
+}
+
+// A window that is just being shown cannot be activated yet, and what has been asked of the window
+// system for one that is gone already is still to come.
+void WindowStack::activateTopSoon()
+{
+    if (std::exchange(bActivationDue, true)) {
+        return;
+    }
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            bActivationDue = false;
+            activateTop();
+        },
+        Qt::QueuedConnection);
+}
+
 QList<QWidget *> visibleWindows()
 {
-    QWidgetList windows = QApplication::topLevelWidgets();
-    windows.removeIf([](const QWidget *pWindow) { return !pWindow->isVisible(); });
-    std::stable_sort(windows.begin(), windows.end(),
-                     [](const QWidget *pLeft, const QWidget *pRight) {
-                         return stackingLevel(*pLeft) < stackingLevel(*pRight);
-                     });
-    return windows;
+    return pInstance ? pInstance->windows() : QList<QWidget *>();
+}
+
+void keepBelowOthers(QWidget *pBackground)
+{
+    const QList<QWidget *> windows = visibleWindows();
+    for (QWidget *pWindow : windows) {
+        if (pWindow != pBackground) {
+            pWindow->raise();
+        }
+    }
 }

@@ -1,10 +1,43 @@
 #pragma once
 
 #include <QList>
+#include <QObject>
 
 class QWidget;
 
-/// The program's visible windows from the lowest to the topmost: plain ones, those that stay on
-/// top, modal ones; of one kind the newest is on top. The embedded platforms stack windows in the
-/// order of their last show or raise, whatever their kind.
+/// The order of the program's windows, and which of them has the keys.
+///
+/// The embedded platforms stack windows in the order of their last show or raise, whatever their
+/// kind; neither Qt nor a window system without a window manager tells that order or hands the keys
+/// to another window when the active one hides. So each show, raise and hide is recorded here, and
+/// after each of them the topmost window that may have the keys gets them: what the operator sees
+/// on top is what keys work.
+///
+/// One object per process, child of the application and installed as its event filter; GUI thread.
+class WindowStack : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit WindowStack(QObject *pApplication);
+    ~WindowStack() override;
+
+    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+
+    /// Visible windows from the lowest to the topmost.
+    const QList<QWidget *> &windows() const { return stack; }
+
+private:
+    void activateTop() const;
+    void activateTopSoon();
+
+    QList<QWidget *> stack; ///< visible ones, the topmost last
+    bool bActivationDue = false;
+};
+
+/// The program's visible windows from the lowest to the topmost. Empty where there is no
+/// WindowStack.
 QList<QWidget *> visibleWindows();
+
+/// Puts \a pBackground below all other windows of the program, which keep their order.
+void keepBelowOthers(QWidget *pBackground);

@@ -1,13 +1,23 @@
 #include "settings/fittedfont.h"
 
 #include <QFontMetrics>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QSize>
 #include <QWidget>
 
+#include <algorithm>
+
 namespace {
-constexpr int SmallestPoints = 6;
 constexpr int SmallestPixels = 8;
 } // namespace
+
+int smallestPoints()
+{
+    constexpr double PointsPerInch = 72;
+    const double dDpi = QGuiApplication::primaryScreen()->logicalDotsPerInchY();
+    return std::max(1, qRound(SmallestPixels * PointsPerInch / dDpi));
+}
 
 QFont fittedFont(const QFont &font, const QString &text, int nWidth)
 {
@@ -26,7 +36,7 @@ QFont fittedFont(const QFont &font, const std::function<bool(const QFont &)> &fi
 {
     QFont fitted = font;
     const bool bPixels = font.pixelSize() > 0;
-    const int nSmallest = bPixels ? SmallestPixels : SmallestPoints;
+    const int nSmallest = bPixels ? SmallestPixels : smallestPoints();
     int nSize = bPixels ? font.pixelSize() : font.pointSize();
     while (!fits(fitted) && nSize > nSmallest) {
         --nSize;

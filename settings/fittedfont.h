@@ -18,3 +18,7 @@ QFont fittedFont(const QFont &font, const QString &text, const QSize &room);
 /// The same, until \a fits says so. It is asked for each font in turn; the last one that it was
 /// asked for is the one returned.
 QFont fittedFont(const QFont &font, const std::function<bool(const QFont &)> &fits);
+
+/// Point size of the smallest font that can still be read on this screen. A dense screen shows the
+/// same points larger.
+int smallestPoints();

@@ -1,14 +1,19 @@
 #include "wizard/pagelayout.h"
 
+#include "settings/fittedfont.h"
 #include "settings/settingsrecord.h"
 
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QSpacerItem>
+#include <QStyle>
+
+#include <algorithm>
 
 namespace {
 
@@ -17,11 +22,49 @@ constexpr int WideScreen = 800;
 constexpr int TallScreen = 500;
 constexpr QSize WizardOnLargeScreen(640, 480);
 
-// Pixels of a page's width that are not for its rows: margins of wizard and group box, and the two
-// gaps inside a row.
-constexpr int PageMargins = 2 * (11 + 5) + 2 * 6;
-constexpr int EditMargins = 8; // between a field's border and its text, both sides
-constexpr int SmallestPoints = 6;
+// Between a field's border and its text, both sides, at the usual density.
+constexpr int EditMargins = 8;
+constexpr int UsualDpi = 96;
+
+// The layout of a row, in that of its group box.
+QLayout *rowLayout(const FieldRow &row)
+{
+    const auto layouts = row.pEdit->parentWidget()->layout()->findChildren<QLayout *>();
+    const auto it = std::find_if(layouts.cbegin(), layouts.cend(), [&row](const QLayout *pLayout) {
+        return pLayout->indexOf(row.pEdit) >= 0;
+    });
+    return it != layouts.cend() ? *it : row.pEdit->parentWidget()->layout();
+}
+
+// What the gaps of a row take of its width.
+int gaps(const FieldRow &row)
+{
+    QLayout *pLayout = rowLayout(row);
+    int nGaps = pLayout->minimumSize().width();
+    for (int i = 0; i < pLayout->count(); ++i) {
+        nGaps -= pLayout->itemAt(i)->minimumSize().width();
+    }
+    return nGaps;
+}
+
+// Pixels of a page's width that are not for what stands in its rows: margins of wizard and group
+// box, and the gaps.
+int pageMargins(const FieldRow &row)
+{
+    const QWidget *pBox = row.pEdit->parentWidget();
+    const QMargins inside = pBox->layout()->contentsMargins();
+    const int nFrame = pBox->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, pBox);
+    return 2 * (wizardMargin(pBox) + nFrame) + inside.left() + inside.right() + gaps(row);
+}
+
+// One that is longer than its fixed width gets a smaller font.
+void fitButton(QPushButton *pButton)
+{
+    const int nPadding =
+        2 * pButton->style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, pButton);
+    pButton->setFont(
+        fittedFont(pButton->font(), pButton->text(), pButton->maximumWidth() - nPadding));
+}
 
 bool rowsFit(const QList<FieldRow> &rows, int nWidth)
 {
@@ -30,7 +73,8 @@ bool rowsFit(const QList<FieldRow> &rows, int nWidth)
     for (const FieldRow &row : rows) {
         nLabel = qMax(nLabel, row.pLabel->fontMetrics().horizontalAdvance(row.pLabel->text()));
         nRest = qMax(nRest,
-                     row.pEdit->fontMetrics().horizontalAdvance(row.sLongestText) + EditMargins
+                     row.pEdit->fontMetrics().horizontalAdvance(row.sLongestText)
+                         + EditMargins * row.pEdit->logicalDpiX() / UsualDpi
                          + row.pButton->minimumWidth());
     }
     return nLabel + nRest <= nWidth;
@@ -41,7 +85,7 @@ bool makeSmaller(QWidget *pWidget)
 {
     QFont font = pWidget->font();
     const int nPoints = font.pointSize();
-    if (nPoints <= SmallestPoints) {
+    if (nPoints <= smallestPoints()) {
         return false;
     }
     font.setPointSize(nPoints - 1);
@@ -50,6 +94,11 @@ bool makeSmaller(QWidget *pWidget)
 }
 
 } // namespace
+
+int wizardMargin(const QWidget *pWidget)
+{
+    return pWidget->style()->pixelMetric(QStyle::PM_LayoutLeftMargin, nullptr, pWidget);
+}
 
 QSize wizardSize(const SettingsRecord &record)
 {
@@ -69,7 +118,10 @@ QSize wizardSize(const SettingsRecord &record)
 
 void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows)
 {
-    const int nWidth = wizardSize(record).width() - PageMargins;
+    const int nWidth = wizardSize(record).width() - pageMargins(rows.constFirst());
+    for (const FieldRow &row : rows) {
+        fitButton(row.pButton);
+    }
     bool bSmaller = true;
     while (bSmaller && !rowsFit(rows, nWidth)) {
         bSmaller = false;

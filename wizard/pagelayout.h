@@ -33,6 +33,10 @@ struct PageFrame
 /// Size in pixels of the wizard on the screen of \a record.
 QSize wizardSize(const SettingsRecord &record);
 
+/// Pixels between the wizard's border and what it holds, larger on a dense screen. \a pWidget: the
+/// wizard or a part of it.
+int wizardMargin(const QWidget *pWidget);
+
 /// Makes the captions and fields of \a rows smaller, all alike, until every row can show its texts
 /// whole in the wizard's width. No effect on wide screens.
 void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows);

@@ -8,10 +8,12 @@
 #include "wizard/pagelayout.h"
 #include "wizard/veltawizard.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QPalette>
 #include <QPointer>
 #include <QTimer>
+#include <QWindow>
 
 #include <chrono>
 
@@ -66,10 +68,49 @@ bool ProtectionPage::event(QEvent *pEvent)
     if (!bEntryStarted
         && (pEvent->type() == QEvent::Show || pEvent->type() == QEvent::WindowActivate)) {
         bEntryStarted = true;
+        QCoreApplication::instance()->installEventFilter(this);
         pWizard->HideButtons();
         QTimer::singleShot(EntryDelay, this, &ProtectionPage::EnterPassword);
     }
     return QWidget::event(pEvent);
+}
+
+bool ProtectionPage::isUnlocked() const
+{
+    return pSettings->working.bUnlocked;
+}
+
+bool ProtectionPage::isComplete() const
+{
+    return isUnlocked();
+}
+
+bool ProtectionPage::validatePage()
+{
+    return isUnlocked();
+}
+
+// The keyboard and the boxes are windows of their own. Between them, for the moments until the
+// next one is there, the wizard's window has the keys: none of them may work it.
+bool ProtectionPage::eventFilter(QObject *pReceiver, QEvent *pEvent)
+{
+    switch (pEvent->type()) {
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::ShortcutOverride:
+    case QEvent::Shortcut:
+        break;
+    default:
+        return QWizardPage::eventFilter(pReceiver, pEvent);
+    }
+    const auto *pWidget = qobject_cast<QWidget *>(pReceiver);
+    const bool bOfWizard = pReceiver == pWizard->window()->windowHandle()
+        || (pWidget && pWidget->window() == pWizard->window());
+    if (isUnlocked() || !bOfWizard) {
+        return false;
+    }
+    pEvent->accept();
+    return true;
 }
 
 void ProtectionPage::createContext()
@@ -100,6 +141,7 @@ void ProtectionPage::OnInputOk()
     if (bCorrect) {
         nFailedAttempts = 0;
         pSettings->working.bUnlocked = true;
+        QCoreApplication::instance()->removeEventFilter(this);
         pWizard->RestoreButtons();
         pWizard->RestartAtSecondPage();
         return;

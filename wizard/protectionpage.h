@@ -28,6 +28,11 @@ public:
 
     /// Starts the entry when the page is first shown.
     bool event(QEvent *pEvent) override;
+    /// Drops the keys of the wizard's window while the password is missing.
+    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+    /// Both are false until the password was accepted: no button leads on from here.
+    bool isComplete() const override;
+    bool validatePage() override;
 
 public Q_SLOTS:
     /// The keyboard was closed with OK: right leads on, wrong asks again or closes the wizard.
@@ -39,6 +44,7 @@ public Q_SLOTS:
     void DeselectText();
 
 private:
+    bool isUnlocked() const;
     void hideDigits();
     void createContext();
     bool reportWrongPassword(const QString &note);

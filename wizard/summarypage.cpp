@@ -24,6 +24,7 @@ SummaryPage::SummaryPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
         utils.scaleFont(pWidget, pSettings->working.nResolutionIndex);
     }
     listFont = pForm->listChangedData->font();
+    labelFont = pForm->SummaryLabel->font();
     pForm->listChangedData->viewport()->installEventFilter(this);
     pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
 }
@@ -81,10 +82,19 @@ void SummaryPage::buildChangeList()
 void SummaryPage::fitChangeList()
 {
     bFitting = true;
-    fittedFont(listFont, [pList = pForm->listChangedData](const QFont &font) {
+    const auto fitsList = [pList = pForm->listChangedData](const QFont &font) {
         pList->setFont(font);
         pList->doItemsLayout();
         return pList->verticalScrollBar()->maximum() == 0;
+    };
+    // Where that is not enough the text above gives way.
+    fittedFont(labelFont, [&](const QFont &font) {
+        QLabel *pLabel = pForm->SummaryLabel;
+        pLabel->setFont(font);
+        pForm->groupBox->layout()->activate();
+        fittedFont(listFont, fitsList);
+        return pLabel->height() >= pLabel->heightForWidth(pLabel->width())
+            && pForm->listChangedData->verticalScrollBar()->maximum() == 0;
     });
     bFitting = false;
 }

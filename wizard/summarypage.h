@@ -38,6 +38,7 @@ private:
     std::unique_ptr<Ui::VeltaSummaryForm> pForm;
     std::unique_ptr<QStyle> pStyle;
     QStringList changeList;
+    QFont labelFont; ///< of the text above the list, likewise
     QFont listFont; ///< of the list, where there is room for it
     bool bFitting = false;
 };

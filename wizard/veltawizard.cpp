@@ -3,6 +3,7 @@
 #include "app/veltakbdinput.h"
 #include "infobox/veltainfobox.h"
 #include "settings/errorcatalogue.h"
+#include "settings/fittedfont.h"
 #include "settings/veltautils.h"
 #include "wizard/dnssettingspage.h"
 #include "wizard/ipaddressespage.h"
@@ -14,7 +15,9 @@
 #include <QAbstractButton>
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QPushButton>
 #include <QScreen>
+#include <QStyle>
 
 #include <algorithm>
 #include <new>
@@ -132,6 +135,7 @@ void VeltaWizard::setupButtons()
             button(which)->setMinimumWidth(1);
         }
     }
+    fitButtons();
     buttonOrder = {QWizard::BackButton, QWizard::CustomButton1, QWizard::CancelButton,
                    QWizard::NextButton, QWizard::FinishButton};
     for (const WizardButton which : std::as_const(buttonOrder)) {
@@ -144,6 +148,23 @@ void VeltaWizard::setupButtons()
     // while another button has the focus: who works it by keys could not tell which.
     setOption(QWizard::NoDefaultButton, true);
     button(QWizard::CustomButton1)->hide();
+}
+
+// Three of them stand side by side in the wizard's width, all alike.
+void VeltaWizard::fitButtons()
+{
+    const int nMargins = 4 * wizardMargin(this); // and no more than that between them
+    const int nWidth = (wizardSize(pSettings->working).width() - nMargins) / 3
+        - style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, button(QWizard::NextButton));
+    const auto buttons = {QWizard::NextButton, QWizard::BackButton, QWizard::CancelButton,
+                          QWizard::FinishButton};
+    QFont fitted = button(QWizard::NextButton)->font();
+    for (const WizardButton which : buttons) {
+        fitted = fittedFont(fitted, button(which)->text(), nWidth);
+    }
+    for (const WizardButton which : buttons) {
+        button(which)->setFont(fitted);
+    }
 }
 
 void VeltaWizard::createPages()
@@ -276,6 +297,17 @@ void VeltaWizard::HandleBack(int nId)
         QWizard::back();
     }
     nLastPageId = currentId();
+    markFocusedButton();
+}
+
+// QWizard takes the mark of the default button away at every new page, also from the button that
+// keeps the focus.
+void VeltaWizard::markFocusedButton()
+{
+    auto *pButton = qobject_cast<QPushButton *>(focusWidget());
+    if (pButton && pButton->autoDefault()) {
+        pButton->setDefault(true);
+    }
 }
 
 void VeltaWizard::HideButtons()
@@ -285,10 +317,14 @@ void VeltaWizard::HideButtons()
     }
     bButtonsHidden = true;
     bSavedVisibility.clear();
+    bSavedEnabled.clear();
     for (const WizardButton which : std::as_const(buttonOrder)) {
         // Not isVisible(): while a page is being shown the wizard itself may not be visible yet.
         bSavedVisibility.append(!button(which)->isHidden());
+        bSavedEnabled.append(button(which)->isEnabled());
         button(which)->hide();
+        // One that is only hidden can have the focus and takes keys.
+        button(which)->setEnabled(false);
     }
 }
 
@@ -299,6 +335,7 @@ void VeltaWizard::RestoreButtons()
     }
     bButtonsHidden = false;
     for (int i = 0; i < buttonOrder.size(); ++i) {
+        button(buttonOrder[i])->setEnabled(bSavedEnabled[i]);
         if (bSavedVisibility[i]) {
             button(buttonOrder[i])->show();
         }
@@ -317,6 +354,9 @@ void VeltaWizard::RestartAtSecondPage()
 
 void VeltaWizard::accept()
 {
+    if (pSettings && !pSettings->working.bUnlocked) {
+        return;
+    }
     button(QWizard::FinishButton)->setEnabled(false);
     button(QWizard::FinishButton)->repaint(); // a sign of life while the tool blocks everything
     const int nResult = pSettings ? pSettings->saveSettings(true) : 1;

@@ -30,14 +30,15 @@ public:
     /// Registers \a pPage, which the wizard then owns; a null page is ignored.
     void AddPage(int nId, QWizardPage *pPage, bool bShowExpert, bool bSkipOnBack);
 
-    /// Hides all buttons until RestoreButtons(); a second call changes nothing.
+    /// Hides and disables all buttons until RestoreButtons(); a second call changes nothing.
     void HideButtons();
     void RestoreButtons();
     /// Starts again at the second page, from which Back does not lead to the first one.
     void RestartAtSecondPage();
 
 public Q_SLOTS:
-    /// SAVE: writes and applies what changed, then closes the wizard.
+    /// SAVE: writes and applies what changed, then closes the wizard. Nothing while the password is
+    /// missing.
     void accept() override;
     void reject() override;
     void ExpertButtonClicked(int nButton);
@@ -60,11 +61,13 @@ private:
     int setup();
     int setupPages();
     void setupButtons();
+    void fitButtons();
     void createPages();
     bool allPagesCreated() const;
     void addPages();
     int failSetup(int nCode);
     void release();
+    void markFocusedButton();
     void applyWindowFlags();
     void applyGeometry();
     const PageEntry *findPage(int nId) const;
@@ -75,6 +78,7 @@ private:
     int nLastPageId = -1;
     QList<QWizard::WizardButton> buttonOrder;
     QList<bool> bSavedVisibility; // by buttonOrder
+    QList<bool> bSavedEnabled; // by buttonOrder
     bool bSetupFailed = false;
     bool bButtonsHidden = false;
     int nFirstPageId = -1;

@@ -4,12 +4,15 @@
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "platform/windowserver.h"
+#include "platform/windowstack.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/lockedfolder.h"
+#include "tests/support/openkeyboard.h"
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
+#include "wizard/veltawizard.h"
 
 #include <QtWidgets>
 
@@ -596,6 +599,147 @@ private Q_SLOTS:
         pWindow->controlVisibility();
         QVERIFY(pWindow->isVisible());
         QTRY_COMPARE(QApplication::activeWindow(), pBox);
+    }
+
+    // Missing fonts and a calibration that timed out: one key after the other closes what is on
+    // top.
+    void twoBoxes()
+    {
+        root().write("/flash/local/cal_message", "");
+        root().setFirmware("state=1");
+        start();
+        const auto pWarning = showFontWarning();
+        const QList<QWidget *> atStart = visibleWindows();
+        QCOMPARE(atStart.size(), 2);
+        auto *pBox = qobject_cast<QDialog *>(atStart.constLast());
+        QVERIFY(pBox);
+        QVERIFY(!pBox->isModal()); // the start goes on
+        const auto *pBody = pBox->findChild<QMessageBox *>();
+        QVERIFY(pBody->text().contains(QLatin1String("Error Loading embedded Fonts")));
+        QVERIFY(pBox->findChild<QLabel *>()->text().contains(QLatin1String("Application")));
+        QCOMPARE(pBody->button(QMessageBox::Ok)->text(), QStringLiteral("OK (10)"));
+        QVERIFY(pBody->button(QMessageBox::Ok)->height() >= 30);
+        pWindow->controlVisibility();
+        QTimer::singleShot(0, this, [&] {
+            QDialog *pMessage = nullptr;
+            QTRY_VERIFY((pMessage = qobject_cast<QDialog *>(QApplication::activeWindow()))
+                        && pMessage->isModal());
+            root().setFirmware("state=2");
+            pWindow->controlVisibility(); // comes up
+            QCOMPARE(visibleWindows(), QList<QWidget *>({pWindow.get(), pBox, pMessage}));
+            queueKey(Qt::Key_Return);
+        });
+        pWindow->controlVisibility();
+        QVERIFY(pBox->isVisible());
+        QTRY_COMPARE(QApplication::activeWindow(), pBox);
+        queueKey(Qt::Key_Return);
+        QTRY_COMPARE(QApplication::activeWindow(), pWindow.get());
+        QVERIFY(!pBox->isVisible());
+    }
+
+    // Back on the preview page no key starts the PLC, unless the button is seen to be marked.
+    void focusOnTheWayBack_data()
+    {
+        using Step = std::function<void(MainWindowTest &)>;
+        columns<Step>("away");
+        const auto run = [](const QByteArray &settings, int nToggles, int nButton) {
+            return Step([=](MainWindowTest &test) {
+                test.root().write("/etc/settings.ini", settings);
+                test.root().writeCommand("/bin/syscfg", "exit 3");
+                const BoxWatcher watcher;
+                test.pWindow->configButtonPressed();
+                test.tickWithWizard([&](QWizard &wizard) {
+                    if (auto *pKeyboard = openKeyboard()) {
+                        QMetaObject::invokeMethod(pKeyboard, "UpdateTimeout");
+                        return;
+                    }
+                    if (wizard.currentId() == ProtectionPageId) {
+                        return;
+                    }
+                    if (wizard.currentId() == NetModePageId && nToggles > 0) {
+                        test.find<QPushButton>("NetOpModeSelectButton")->click();
+                    }
+                    const auto *pFinish = wizard.button(QWizard::FinishButton);
+                    wizard
+                        .button(pFinish->isVisible() ? QWizard::FinishButton
+                                                     : QWizard::WizardButton(nButton))
+                        ->click();
+                });
+            });
+        };
+        const int nNext = QWizard::NextButton;
+        row("Cancel", run(StaticSettings, 0, QWizard::CancelButton));
+        row("nothing changed", run(StaticSettings, 0, nNext));
+        row("failed save", run(StaticSettings, 1, nNext));
+        row("password timed out",
+            run("[options]\nconfig_passwd=1\n" + StaticSettings, 0, nNext));
+        row("box", Step([](MainWindowTest &) {
+                const BoxWatcher watcher;
+                VeltaInfoBox box(QStringLiteral("text"), 0, nullptr, true, true);
+            }));
+        row("calibration page", Step([](MainWindowTest &) {
+                CalibrationPage page;
+                page.startAutoCalibration();
+                QTRY_VERIFY(page.isActiveWindow());
+            }));
+        row("PLC ran", Step([](MainWindowTest &test) {
+                for (const char *state : {"1", "2"}) {
+                    test.root().setFirmware("state", QLatin1String(state));
+                    test.pWindow->controlVisibility();
+                }
+            }));
+    }
+    void focusOnTheWayBack()
+    {
+        QFETCH(std::function<void(MainWindowTest &)>, away);
+        startLinked(2);
+        QTRY_VERIFY(pWindow->isActiveWindow());
+        auto *pStart = find<QPushButton>("pushButtonStartApp");
+        auto *pConfig = find<QPushButton>("pushButtonConfig");
+        QSignalSpy starts(pStart, &QPushButton::clicked);
+        const auto marked = [](const QWidget *pButton) {
+            return pButton->findChild<QWidget *>("focusMark")->isVisible();
+        };
+        QVERIFY(pConfig->hasFocus() && !marked(pConfig));
+        QTest::keyClick(pConfig, Qt::Key_Tab);
+        QVERIFY(pStart->hasFocus() && marked(pStart));
+
+        away(*this);
+        QTest::qWait(20);
+        QTRY_VERIFY(pWindow->isActiveWindow());
+        QTRY_VERIFY(pConfig->hasFocus() && !marked(pConfig) && !marked(pStart));
+        QTest::mousePress(pStart, Qt::LeftButton);
+        QTest::mouseRelease(pStart, Qt::LeftButton, {}, {-5, -5}); // slid off
+        pStart->setFocus();
+        queueKey(Qt::Key_Space);
+        deliverKeys();
+        QCOMPARE(starts.size(), 0);
+        QTest::keyClick(pStart, Qt::Key_Tab);
+        QVERIFY(pConfig->hasFocus() && marked(pConfig));
+        QTest::keyClick(pConfig, Qt::Key_Backtab);
+        QVERIFY(marked(pStart));
+        queueKey(Qt::Key_Space);
+        deliverKeys();
+        QCOMPARE(starts.size(), 1);
+    }
+
+    // Where the other button is hidden no key reaches the one that starts the PLC.
+    void focusWithoutConfigButton()
+    {
+        setScreen({320, 480});
+        qputenv("QT_QPA_PLATFORM", "offscreen:rotation=90");
+        startLinked(2);
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QTRY_VERIFY(pWindow->isActiveWindow());
+        auto *pStart = find<QPushButton>("pushButtonStartApp");
+        QSignalSpy starts(pStart, &QPushButton::clicked);
+        QVERIFY(!find<QPushButton>("pushButtonConfig")->isVisible() && pStart->isVisible());
+        for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Tab, Qt::Key_Space, Qt::Key_Select}) {
+            QVERIFY(!pStart->hasFocus());
+            queueKey(key);
+            deliverKeys();
+        }
+        QCOMPARE(starts.size(), 0);
     }
 
     void keyboards()

@@ -2,6 +2,7 @@
 #include "calibration/calibrationrun.h"
 #include "calibration/veltacalibrationpanel.h"
 #include "calibration/veltacalibrationpanelcontext.h"
+#include "platform/requestfiles.h"
 #include "platform/windowserver.h"
 #include "tests/calibration/simulatedpanel.h"
 #include "tests/calibration/touchsheet.h"
@@ -26,7 +27,7 @@ namespace {
 
 constexpr char OldFile[] = "16384 0 0 0 8192 0 65536\n";
 const QString CalibrationFile = "/etc/pointercal";
-const QString Request = CalibrationPage::RequestFile;
+const QString Request = CalibrationRequestFile;
 constexpr int RunLimitMs = 30000; // far more than any machine takes
 constexpr CalibrationPace Fast{std::chrono::milliseconds(0), std::chrono::milliseconds(0)};
 constexpr SimulatedPanel Glass{true, false, true, 0};

@@ -253,6 +253,27 @@ private Q_SLOTS:
         }
     }
 
+    // A button has its own font, larger than the text's on the larger screens.
+    void buttonFont_data()
+    {
+        columns<QSize, int, int>("screen", "text", "button");
+        row("800x480", QSize(800, 480), 12, 11);
+        row("1024x768", QSize(1024, 768), 12, 16);
+        row("1280x1024", QSize(1280, 1024), 12, 14);
+        row("1920x1080", QSize(1920, 1080), 16, 16);
+    }
+    void buttonFont()
+    {
+        QFETCH(QSize, screen);
+        setScreen(screen);
+        VeltaInfoBox box(ERR_PASSWORD, QString(), 10, nullptr, false, true);
+        QVERIFY(runBox(box, [&] {
+            QTEST(openBody()->font().pointSize(), "text");
+            QTEST(openBody()->button(QMessageBox::Ok)->font().pointSize(), "button");
+            pressOk();
+        }));
+    }
+
     void isModalWhenItMustBe_data()
     {
         columns<int, int, bool, bool>("code", "countdown", "asked", "modal");

@@ -57,6 +57,39 @@ private Q_SLOTS:
         QTEST(keyboard.pTarget->text(), "result");
     }
 
+    // A sliding finger, a double and a triple tap: the next key replaces nothing.
+    void displaySelectsNothing_data()
+    {
+        columns<QString, QString, QString>("mode", "text", "mask");
+        row("address", "NumInput", "192.168.178.200", AddressMask);
+        row("password", "NumInputPW", "1234567", PasswordMask);
+        row("no mask", "AlphaNumInput", "text", "");
+    }
+    void displaySelectsNothing()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, mode);
+        QFETCH(QString, mask);
+        const KeyboardFixture keyboard(mode, text, mask);
+        QWidget *pDisplay = keyboard.pDisplay;
+        const QPoint left(3, pDisplay->height() / 2);
+        const QPoint right(pDisplay->width() - 3, pDisplay->height() / 2);
+        const QString before = keyboard.pDisplay->displayText();
+        for (const Qt::KeyboardModifier modifier : {Qt::NoModifier, Qt::ShiftModifier}) {
+            QTest::mouseClick(pDisplay, Qt::LeftButton, {}, left);
+            QCOMPARE(keyboard.pDisplay->cursorPosition(), 0); // placing it does no harm
+            QTest::mousePress(pDisplay, Qt::LeftButton, modifier, right);
+            QTest::mouseMove(pDisplay, left);
+            QTest::mouseMove(pDisplay, right);
+            QTest::mouseRelease(pDisplay, Qt::LeftButton, modifier, right);
+            QVERIFY(!keyboard.pDisplay->hasSelectedText());
+        }
+        QTest::mouseDClick(pDisplay, Qt::LeftButton, {}, left);
+        QTest::mouseClick(pDisplay, Qt::LeftButton, {}, left);
+        QVERIFY(!keyboard.pDisplay->hasSelectedText());
+        QCOMPARE(keyboard.pDisplay->displayText(), before);
+    }
+
     void reopened()
     {
         KeyboardFixture keyboard("AlphaNumInput", "a");
@@ -183,16 +216,6 @@ private Q_SLOTS:
             keyboard.touch(end);
             QVERIFY(!QWidget::keyboardGrabber());
         }
-    }
-
-    void sizeOfTheTargetsWindow()
-    {
-        QWidget window;
-        window.resize(700, 900);
-        QLineEdit target(&window);
-        QLabel label;
-        const VeltaInputPanelContext context(&target, &label, false, 0, 0);
-        QCOMPARE(context.geometry(), QRect(0, 0, 700, 480));
     }
 
     void nothingBelowIsTouched()

@@ -47,6 +47,11 @@ void queueKey(Qt::Key key)
     }
 }
 
+void deliverKeys()
+{
+    QWindowSystemInterface::sendWindowSystemEvents(QEventLoop::AllEvents);
+}
+
 const QList<PanelScreen> &panelScreens()
 {
     static const QList<PanelScreen> screens{

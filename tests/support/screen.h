@@ -11,6 +11,9 @@ void setScreen(const QSize &size, int dpi = 96);
 /// Puts a key, pressed and released, into the queue of the window system.
 void queueKey(Qt::Key key);
 
+/// Delivers what waits in the queue of the window system, and nothing else: no timer fires.
+void deliverKeys();
+
 /// A screen that panels are built with, and the densest resolution that is usual for its size.
 struct PanelScreen
 {

@@ -217,6 +217,16 @@ private Q_SLOTS:
             };
             pWizard->button(QWizard::CancelButton)->setFocus();
             QCOMPARE(marked(), 1); // the focused one alone
+            for (const int id : {IpPageId, DnsPageId, SummaryPageId}) {
+                press(QWizard::NextButton);
+                QCOMPARE(pWizard->currentId(), id);
+                const auto *pFocused = qobject_cast<QPushButton *>(QApplication::focusWidget());
+                QVERIFY(pFocused && pFocused->isDefault());
+                QCOMPARE(marked(), 1);
+            }
+            pWizard->button(QWizard::CancelButton)->setFocus();
+            press(QWizard::BackButton);
+            pWizard->button(QWizard::CancelButton)->setFocus();
             QTest::keyClick(pWizard.get(), Qt::Key_S);
             QVERIFY(pWizard->button(QWizard::CancelButton) != QApplication::focusWidget());
             QCOMPARE(marked(), 1);

@@ -321,6 +321,59 @@ private Q_SLOTS:
         QCOMPARE(watcher.texts(), texts.first(boxes));
     }
 
+    // The moments in which the page waits for its keyboard: no key has the keyboard or a box to go
+    // to then, and none may work the page itself.
+    void keysPassNoPassword_data()
+    {
+        columns<int>("wrongTries");
+        row("opening", 0);
+        row("after the first box", 1);
+        row("after the second box", 2);
+    }
+    void keysPassNoPassword()
+    {
+        QFETCH(int, wrongTries);
+        create(Protection + StaticSettings);
+        const auto attack = [&] {
+            QVERIFY(!openKeyboard());
+            for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_T, Qt::Key_Tab,
+                                      Qt::Key_Space, Qt::Key_Return, Qt::Key_Escape}) {
+                queueKey(key);
+                deliverKeys();
+            }
+            pWizard->next();
+            pWizard->accept();
+            for (const auto which : {QWizard::NextButton, QWizard::FinishButton}) {
+                QVERIFY(!pWizard->button(which)->isEnabled());
+                pWizard->button(which)->click();
+            }
+            QVERIFY(pWizard->isVisible());
+            QCOMPARE(pWizard->currentId(), int(ProtectionPageId));
+        };
+        run([&] {
+            for (int i = 0; i < wrongTries; ++i) {
+                QTRY_VERIFY(openKeyboard());
+                enter("99");
+                QTimer::singleShot(1, this, [] {
+                    QTRY_VERIFY(QGuiApplication::focusWindow());
+                    // The box is gone with the first one.
+                    for (int n = 0; n < 4; ++n) {
+                        queueKey(Qt::Key_Return);
+                    }
+                });
+                touch(key("ok"));
+            }
+            attack();
+            QTRY_VERIFY(openKeyboard());
+            QCOMPARE(openKeyboard()->lineEdit()->text(), QString());
+            enterAndConfirm("1234");
+            QCOMPARE(pWizard->currentId(), int(NetModePageId));
+            QTRY_VERIFY(pParent->isActiveWindow());
+            queueKey(Qt::Key_Return); // has a button to go to again
+            QTRY_COMPARE(pWizard->currentId(), int(IpPageId));
+        });
+    }
+
     // Not even a screenshot of the page behind the keyboard shows what was entered.
     void digitsAreInvisible()
     {

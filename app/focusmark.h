@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QWidget>
+
+class QAbstractButton;
+
+/// Marks a button that has no frame of its own, as long as it has the focus and got it by a key: a
+/// coloured frame inside the button's border. A finger leaves no mark.
+///
+/// Keys press the button only while it is seen to be marked, if it is made \a bOnlyMarked; all
+/// other presses of Space go on to the button's parent. Child of the button; GUI thread.
+class FocusMark : public QWidget
+{
+    Q_OBJECT
+
+public:
+    FocusMark(QAbstractButton *pButton, bool bOnlyMarked);
+
+    bool eventFilter(QObject *pWatched, QEvent *pEvent) override;
+
+protected:
+    void paintEvent(QPaintEvent *pEvent) override;
+
+private:
+    bool bOnlyMarked;
+};
