@@ -61,6 +61,9 @@ void cancelTouches()
 
 std::unique_ptr<QObject> createMultiTouchHandler(int quarterTurns)
 {
+    // Made by Qt at their first use, which would be in the thread that reads the touches.
+    QPointingDevice::primaryPointingDevice();
+    QInputDevice::primaryKeyboard();
     return createPlugin(
         QStringLiteral("EvdevTouch"),
         QStringLiteral("%1:rotate=%2").arg(evdevPath(touchscreenDevice())).arg(90 * quarterTurns));
@@ -131,6 +134,9 @@ void WindowServer::lookForTouchscreen()
     }
     const bool bNone = !pPointerHandler && !pMultiTouchHandler;
     const DeviceIdentity present = deviceIdentity(touchscreenDevice());
+    if (pMultiTouchHandler && !present.exists()) {
+        cancelTouches();
+    }
     const bool bNewMultiTouch =
         present.exists() && present != multiTouchDevice && hasMultiTouchDevice();
     if (bNewMultiTouch || (bNone && present.exists() && !multiTouchDevice.exists())) {

@@ -492,7 +492,7 @@ constexpr Command Commands[] = {
      "Presses the screen at a pixel, holds (and drags) for N ms (default 120), releases.", true,
      touchCommand},
     {"touchscreen", "plug | unplug",
-     "Plugs the touchscreen in and out. The panel notices when it opens it the next time.", true,
+     "Plugs the touchscreen in and out. The panel notices by itself.", true,
      touchscreenCommand},
     {"screenshot", "FILE [--wait SECONDS]",
      "Has the panel take a screenshot and copies it to FILE.", true, screenshotCommand},
