@@ -22,6 +22,8 @@
 #include <qpa/qplatformscreen.h>
 #include <qpa/qwindowsysteminterface.h>
 
+#include <utility>
+
 namespace {
 
 WindowServer *pServer = nullptr;
@@ -141,9 +143,6 @@ void WindowServer::lookForTouchscreen()
         present.exists() && present != multiTouchDevice && hasMultiTouchDevice();
     if (bNewMultiTouch || (bNone && present.exists() && !multiTouchDevice.exists())) {
         createPointerHandler();
-        if (bNone && (pPointerHandler || pMultiTouchHandler)) {
-            Q_EMIT touchscreenCame();
-        }
     } else if (pPointerHandler) {
         pPointerHandler->reopen();
     }
@@ -154,9 +153,11 @@ void WindowServer::updateTouchscreenWatch()
 {
     // A folder does not tell of everything: a link may lead out of it, a device may come to life
     // behind its node.
-    const bool bGone =
-        pPointerHandler && !pPointerHandler->isSuspended() && !pPointerHandler->isOpen();
-    pTouchscreenWatch->setPolled(bGone);
+    const bool bOpen = pMultiTouchHandler || (pPointerHandler && pPointerHandler->isOpen());
+    pTouchscreenWatch->setPolled(pPointerHandler && !pPointerHandler->isSuspended() && !bOpen);
+    if (!std::exchange(bTouchscreenOpen, bOpen) && bOpen) {
+        Q_EMIT touchscreenOpened();
+    }
 }
 
 std::unique_ptr<QObject> WindowServer::createKeyboardHandler(const QString &specification)
