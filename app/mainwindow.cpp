@@ -568,7 +568,7 @@ void MainWindow::detectTouchType()
 void MainWindow::watchInputDevices()
 {
     if (const WindowServer *pServer = WindowServer::instance()) {
-        connect(pServer, &WindowServer::touchscreenCame, this, &MainWindow::detectTouchType);
+        connect(pServer, &WindowServer::touchscreenOpened, this, &MainWindow::detectTouchType);
     }
     pKeyboardWatcher = new KeyboardWatcher(this);
     pKeyboardWatcher->start();

@@ -22,6 +22,8 @@
 #include <qpa/qplatformscreen.h>
 #include <qpa/qwindowsysteminterface.h>
 
+#include <utility>
+
 namespace {
 
 WindowServer *pServer = nullptr;
@@ -61,6 +63,9 @@ void cancelTouches()
 
 std::unique_ptr<QObject> createMultiTouchHandler(int quarterTurns)
 {
+    // Made by Qt at their first use, which would be in the thread that reads the touches.
+    QPointingDevice::primaryPointingDevice();
+    QInputDevice::primaryKeyboard();
     return createPlugin(
         QStringLiteral("EvdevTouch"),
         QStringLiteral("%1:rotate=%2").arg(evdevPath(touchscreenDevice())).arg(90 * quarterTurns));
@@ -131,13 +136,13 @@ void WindowServer::lookForTouchscreen()
     }
     const bool bNone = !pPointerHandler && !pMultiTouchHandler;
     const DeviceIdentity present = deviceIdentity(touchscreenDevice());
+    if (pMultiTouchHandler && !present.exists()) {
+        cancelTouches();
+    }
     const bool bNewMultiTouch =
         present.exists() && present != multiTouchDevice && hasMultiTouchDevice();
     if (bNewMultiTouch || (bNone && present.exists() && !multiTouchDevice.exists())) {
         createPointerHandler();
-        if (bNone && (pPointerHandler || pMultiTouchHandler)) {
-            Q_EMIT touchscreenCame();
-        }
     } else if (pPointerHandler) {
         pPointerHandler->reopen();
     }
@@ -148,9 +153,11 @@ void WindowServer::updateTouchscreenWatch()
 {
     // A folder does not tell of everything: a link may lead out of it, a device may come to life
     // behind its node.
-    const bool bGone =
-        pPointerHandler && !pPointerHandler->isSuspended() && !pPointerHandler->isOpen();
-    pTouchscreenWatch->setPolled(bGone);
+    const bool bOpen = pMultiTouchHandler || (pPointerHandler && pPointerHandler->isOpen());
+    pTouchscreenWatch->setPolled(pPointerHandler && !pPointerHandler->isSuspended() && !bOpen);
+    if (!std::exchange(bTouchscreenOpen, bOpen) && bOpen) {
+        Q_EMIT touchscreenOpened();
+    }
 }
 
 std::unique_ptr<QObject> WindowServer::createKeyboardHandler(const QString &specification)

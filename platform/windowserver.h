@@ -90,8 +90,8 @@ public:
 Q_SIGNALS:
     /// The keyboard handler is gone: no release of a key that is held will come.
     void keyboardClosed();
-    /// A touchscreen that openPointer() had not found is there now.
-    void touchscreenCame();
+    /// A touchscreen is in use: the first, or one after a time without.
+    void touchscreenOpened();
 
 private:
     bool createPointerHandler();
@@ -104,6 +104,7 @@ private:
     DeviceIdentity multiTouchDevice; ///< that it was made for
     std::unique_ptr<FolderWatch> pTouchscreenWatch;
     std::unique_ptr<TapGuard> pTapGuard; ///< there is one where there are touches
+    bool bTouchscreenOpen = false;
     bool bCursorVisible = true;
     int nRotation = 0;
 };

@@ -147,9 +147,9 @@ private Q_SLOTS:
 
         // It comes late, and is used from then on.
         root().remove("/etc/pointercal");
-        QSignalSpy came(&server, &WindowServer::touchscreenCame);
+        QSignalSpy opened(&server, &WindowServer::touchscreenOpened);
         TouchscreenFifo touchscreen(root());
-        QTRY_COMPARE(came.size(), 1);
+        QTRY_COMPARE(opened.size(), 1);
         clickWith(touchscreen);
     }
 

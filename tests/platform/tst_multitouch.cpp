@@ -1,0 +1,170 @@
+#include "platform/tapguard.h"
+#include "platform/windowserver.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/testmain.h"
+
+#include <QPushButton>
+
+#include <cstdarg>
+#include <cstring>
+#include <linux/input.h>
+#include <memory>
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr QSize Screen(800, 480);
+
+/// Answers for a multi-touch screen as large as the picture.
+int answer(unsigned long request, void *pArgument)
+{
+    const unsigned long number = _IOC_NR(request);
+    if (_IOC_DIR(request) != _IOC_READ) {
+        return 0;
+    }
+    memset(pArgument, 0, _IOC_SIZE(request));
+    if (number == _IOC_NR(EVIOCGBIT(0, 0)) || number == _IOC_NR(EVIOCGBIT(EV_ABS, 0))) {
+        auto *pBits = static_cast<uchar *>(pArgument);
+        const QList<int> bits = number == _IOC_NR(EVIOCGBIT(0, 0))
+            ? QList<int>{EV_SYN, EV_ABS}
+            : QList<int>{ABS_MT_SLOT, ABS_MT_POSITION_X, ABS_MT_POSITION_Y, ABS_MT_TRACKING_ID};
+        for (const int bit : bits) {
+            pBits[bit / 8] |= static_cast<uchar>(1 << bit % 8);
+        }
+    }
+    if (number >= _IOC_NR(EVIOCGABS(0)) && number <= _IOC_NR(EVIOCGABS(ABS_MAX))) {
+        const unsigned long axis = number - _IOC_NR(EVIOCGABS(0));
+        auto *pInfo = static_cast<input_absinfo *>(pArgument);
+        pInfo->maximum = axis == ABS_MT_POSITION_X ? Screen.width() - 1
+            : axis == ABS_MT_POSITION_Y            ? Screen.height() - 1
+                                                   : 9;
+    }
+    return 0;
+}
+
+/// A terminal that passes for the event device of a multi-touch screen.
+class EventDevice
+{
+public:
+    explicit EventDevice(const QString &link)
+    {
+        char name[64];
+        if (openpty(&nMaster, &nSlave, name, nullptr, nullptr) != 0) {
+            qFatal("no terminal");
+        }
+        termios mode{};
+        tcgetattr(nSlave, &mode);
+        cfmakeraw(&mode);
+        tcsetattr(nSlave, TCSANOW, &mode);
+        const QString beside = link + ".new";
+        QFile::link(QString::fromLocal8Bit(name), beside);
+        std::rename(qPrintable(beside), qPrintable(link));
+    }
+    ~EventDevice()
+    {
+        close(nMaster);
+        close(nSlave);
+    }
+    EventDevice(const EventDevice &) = delete;
+    EventDevice &operator=(const EventDevice &) = delete;
+
+    void press(QPoint at) const
+    {
+        send({{ABS_MT_SLOT, 0},
+              {ABS_MT_TRACKING_ID, 1},
+              {ABS_MT_POSITION_X, at.x()},
+              {ABS_MT_POSITION_Y, at.y()}});
+    }
+    void release() const { send({{ABS_MT_TRACKING_ID, -1}}); }
+
+private:
+    void send(const QList<std::pair<int, int>> &axes) const
+    {
+        QByteArray bytes;
+        for (const auto &[axis, value] : axes) {
+            bytes += record(EV_ABS, axis, value);
+        }
+        bytes += record(EV_SYN, SYN_REPORT, 0);
+        QCOMPARE(write(nMaster, bytes.constData(), std::size_t(bytes.size())), bytes.size());
+    }
+    static QByteArray record(int type, int code, int value)
+    {
+        input_event event{};
+        event.type = quint16(type);
+        event.code = quint16(code);
+        event.value = value;
+        return {reinterpret_cast<const char *>(&event), sizeof event};
+    }
+
+    int nMaster = -1;
+    int nSlave = -1;
+};
+
+} // namespace
+
+/// In place of the C library's, for Qt's driver too.
+extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, request);
+    void *pArgument = va_arg(arguments, void *);
+    va_end(arguments);
+    return _IOC_TYPE(request) == 'E' ? answer(request, pArgument)
+                                     : static_cast<int>(syscall(SYS_ioctl, fd, request, pArgument));
+}
+
+class TestMultiTouch : public DeviceTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void pluggedInAnew_data()
+    {
+        columns<bool>("held"); // a finger is on the screen that is unplugged
+        row("nothing touched", false);
+        row("finger on it", true);
+    }
+    void pluggedInAnew()
+    {
+        QFETCH(bool, held);
+        const QString link = root().path("/dev/input/touchscreen");
+        const EventDevice device(link);
+        std::unique_ptr<EventDevice> next; // outlives the driver, too
+        root().write("/proc/device-tree/qrd-specific/qrd_touch_type", "multi");
+        QPushButton button;
+        button.setGeometry(100, 100, 80, 40);
+        button.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&button));
+        QSignalSpy clicks(&button, &QPushButton::clicked);
+        const QPoint onButton(140, 120);
+
+        WindowServer server;
+        QVERIFY(server.openPointer());
+        QTRY_VERIFY(!QInputDevice::devices().isEmpty());
+        device.press(onButton);
+        QTRY_VERIFY(button.isDown());
+        device.release();
+        QTRY_COMPARE(clicks.size(), 1);
+        if (held) {
+            device.press(onButton);
+            QTRY_VERIFY(button.isDown());
+            QFile::remove(link);
+            QTRY_VERIFY(!button.isDown());
+        }
+
+        next = std::make_unique<EventDevice>(link);
+        const auto tap = [&] {
+            next->press(onButton);
+            next->release();
+            return clicks.size() > 1;
+        };
+        QTRY_VERIFY(tap());
+    }
+};
+
+PANEL_TEST_MAIN(TestMultiTouch)
+#include "tst_multitouch.moc"
