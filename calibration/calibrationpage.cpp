@@ -13,7 +13,6 @@
 #include <QHideEvent>
 #include <QScreen>
 
-#include <cerrno>
 
 namespace {
 
@@ -172,10 +171,7 @@ void CalibrationPage::CancelStartTimer()
 
 void CalibrationPage::CancelCalibration()
 {
-    if (!removeName(devicePath(CalibrationRequestFile))) {
-        qWarning("Cannot remove the request %s: %s", qPrintable(devicePath(CalibrationRequestFile)),
-                 qPrintable(qt_error_string(errno)));
-    }
+    removeName(devicePath(CalibrationRequestFile)); // who polls it sees whether it has gone
     run.handle(CalibrationEvent::Withdraw);
 }
 
