@@ -2,9 +2,9 @@
 
 #include "app/panelstyle.h"
 #include "platform/devicepath.h"
+#include "platform/regularfile.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QFontDatabase>
 #include <QMessageBox>
 
@@ -18,9 +18,10 @@ constexpr qint64 LargestFontFile = 16 * 1024 * 1024; // bytes; more is no font o
 
 bool loadFont(QLatin1String name)
 {
-    QFile file(devicePath(FontFolder + name));
-    return file.open(QIODevice::ReadOnly) && file.size() <= LargestFontFile
-        && QFontDatabase::addApplicationFontFromData(file.readAll()) != -1;
+    const FileContent file =
+        readRegularFile(devicePath(FontFolder + name), Links::Follow, LargestFontFile);
+    return file.state == FileContent::Readable
+        && QFontDatabase::addApplicationFontFromData(file.content) != -1;
 }
 
 } // namespace

@@ -193,6 +193,13 @@ bool removeName(const QString &path)
     return bMayBeFolder && rmdir(name.constData()) == 0;
 }
 
+bool isWritableName(const QString &path)
+{
+    return faccessat(AT_FDCWD, QFile::encodeName(path).constData(), W_OK,
+                     AT_EACCESS | AT_SYMLINK_NOFOLLOW)
+        == 0;
+}
+
 bool writeNewFile(const QString &path, const QByteArray &content)
 {
     if (!removeName(path)) {

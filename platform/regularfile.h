@@ -45,6 +45,9 @@ bool isRequested(const QString &path);
 /// it is empty. True when nothing stands there afterwards.
 bool removeName(const QString &path);
 
+/// Whether this process may write to what stands at \a path; a link is judged itself.
+bool isWritableName(const QString &path);
+
 /// Writes \a content to \a path, synced, as a new file of this process alone: whatever had the name
 /// is unlinked first, and the file is made exclusively, with the permissions 0600. On failure
 /// nothing is left at \a path, and the result is false with the reason in errno.

@@ -1,8 +1,9 @@
 #include "platform/touchtype.h"
 
 #include "platform/devicepath.h"
+#include "platform/regularfile.h"
+#include "platform/touchscreenpaths.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -29,13 +30,11 @@ QByteArray firstWord(const QByteArray &text)
 
 TouchType readTouchType()
 {
-    if (!QFileInfo::exists(devicePath(QStringLiteral("/dev/input/touchscreen")))) {
+    if (!QFileInfo::exists(touchscreenDevice())) {
         return TouchType::None;
     }
-    QFile property(devicePath(QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type")));
-    if (!property.open(QIODevice::ReadOnly)) {
-        return TouchType::Single;
-    }
-    const QByteArray word = firstWord(property.read(PropertyLimit)).toLower();
+    const FileContent property = readRegularFile(
+        devicePath(QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type")), Links::Follow);
+    const QByteArray word = firstWord(property.content.left(PropertyLimit)).toLower();
     return word.contains("multi") ? TouchType::Multi : TouchType::Single;
 }

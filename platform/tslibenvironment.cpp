@@ -5,10 +5,12 @@
 #include "platform/touchscreenpaths.h"
 
 #include <QFile>
-#include <QFileInfo>
 
-#include <sys/mman.h>
-#include <unistd.h>
+namespace {
+
+constexpr auto DefaultConfiguration = QLatin1String("/etc/ts.conf");
+
+} // namespace
 
 TslibEnvironment::Variable::Variable(const char *name)
     : pName(name), before(qgetenv(name)), bWasSet(qEnvironmentVariableIsSet(name))
@@ -23,6 +25,11 @@ TslibEnvironment::Variable::~Variable()
     }
 }
 
+QString TslibEnvironment::Variable::path() const
+{
+    return QFile::decodeName(before);
+}
+
 void TslibEnvironment::Variable::set(const QString &path) const
 {
     qputenv(pName, QFile::encodeName(path));
@@ -31,33 +38,44 @@ void TslibEnvironment::Variable::set(const QString &path) const
 TslibEnvironment::TslibEnvironment(const QByteArray &calibrationContent)
     : calibration("TSLIB_CALIBFILE"), configuration("TSLIB_CONFFILE")
 {
-    // No file can ever have this name, and tslib takes a missing file for "no calibration".
-    QString calibrationFile = QStringLiteral("/dev/null/uncalibrated");
-    if (!calibrationContent.isEmpty()) {
-        // In memory, as a disk may be full or read-only just when the old calibration must return.
-        nCalibrationFd = memfd_create("pointercal", MFD_CLOEXEC);
-        if (nCalibrationFd >= 0
-            && write(nCalibrationFd, calibrationContent.constData(),
-                     static_cast<std::size_t>(calibrationContent.size()))
-                == calibrationContent.size()) {
-            calibrationFile = QStringLiteral("/proc/self/fd/%1").arg(nCalibrationFd);
-        } else if (const QString file = pointerCalibrationFile();
-                   readRegularFile(file, Links::Follow).content == calibrationContent) {
-            calibrationFile = file;
-        } else {
-            qWarning("No memory for the pointer calibration: touches are not calibrated");
-        }
+    nameCalibration(calibrationContent);
+    nameConfiguration();
+}
+
+void TslibEnvironment::nameCalibration(const QByteArray &content)
+{
+    // tslib takes a missing file for "no calibration".
+    calibration.set(MemoryFile::nowhere());
+    if (content.isEmpty()) {
+        return;
     }
-    calibration.set(calibrationFile);
-    const QString file = devicePath(QStringLiteral("/etc/ts.conf"));
-    if (configuration.isEmpty() && QFileInfo::exists(file)) {
-        configuration.set(file);
+    calibrationCopy.emplace(content);
+    if (calibrationCopy->isValid()) {
+        calibration.set(calibrationCopy->path());
+    } else if (const QString file = pointerCalibrationFile();
+               readRegularFile(file, Links::Follow).content == content) {
+        calibration.set(file);
+    } else {
+        qWarning("No memory for the pointer calibration: touches are not calibrated");
     }
 }
 
-TslibEnvironment::~TslibEnvironment()
+void TslibEnvironment::nameConfiguration()
 {
-    if (nCalibrationFd >= 0) {
-        close(nCalibrationFd);
+    const QString named = configuration.path();
+    const QString path = named.isEmpty() ? devicePath(DefaultConfiguration) : named;
+    const FileContent file = readRegularFile(path, Links::Follow);
+    switch (file.state) {
+    case FileContent::Absent:
+        break; // tslib knows where else to look, or says what is missing
+    case FileContent::Readable:
+        configuration.set(path);
+        break;
+    case FileContent::Unreadable:
+        // A name all the same, as tslib would open its own, which may be this very file.
+        configuration.set(MemoryFile::nowhere());
+        sProblem = QStringLiteral(": %1 cannot be read: %2")
+                       .arg(named.isEmpty() ? QString(DefaultConfiguration) : named, file.sError);
+        break;
     }
 }

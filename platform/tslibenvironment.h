@@ -1,14 +1,19 @@
 #pragma once
 
+#include "platform/memoryfile.h"
+
 #include <QByteArray>
 #include <QString>
+
+#include <optional>
 
 /// The environment in which tslib finds its configuration and calibration, while it lives.
 ///
 /// tslib reads TSLIB_CONFFILE and TSLIB_CALIBFILE in ts_config() and ts_reconfig() and nowhere
 /// else, so an object is needed around these calls only; at its end the variables are as before.
-/// A configuration file named by the environment is kept; else the device root's etc/ts.conf is
-/// used where there is one. GUI thread only, as every change of the environment.
+/// The configuration is the file that the environment names, else the device root's etc/ts.conf
+/// where there is one, and a regular file in any case: tslib would wait for ever for the writer of
+/// a FIFO. GUI thread only, as every change of the environment.
 class TslibEnvironment
 {
 public:
@@ -17,9 +22,11 @@ public:
     /// on the device can change behind the program at any moment. Without a content it applies no
     /// calibration, whatever the device's files say: that is for readers of raw samples too.
     explicit TslibEnvironment(const QByteArray &calibrationContent = QByteArray());
-    ~TslibEnvironment();
     TslibEnvironment(const TslibEnvironment &) = delete;
     TslibEnvironment &operator=(const TslibEnvironment &) = delete;
+
+    /// Why tslib has no configuration, to be put behind a message about tslib; else empty.
+    QString problem() const { return sProblem; }
 
 private:
     /// One variable of the environment, put back as it was.
@@ -30,7 +37,7 @@ private:
         ~Variable();
         Variable(const Variable &) = delete;
         Variable &operator=(const Variable &) = delete;
-        bool isEmpty() const { return before.isEmpty(); }
+        QString path() const;
         void set(const QString &path) const;
 
     private:
@@ -39,7 +46,11 @@ private:
         bool bWasSet;
     };
 
+    void nameCalibration(const QByteArray &content);
+    void nameConfiguration();
+
     Variable calibration;
     Variable configuration;
-    int nCalibrationFd = -1; ///< the copy, in memory
+    std::optional<MemoryFile> calibrationCopy;
+    QString sProblem;
 };

@@ -2,18 +2,20 @@
 
 #include "infobox/veltainfobox.h"
 #include "platform/devicepath.h"
-#include "platform/firmwaretext.h"
-#include "platform/libfirmware.h"
+#include "platform/firmware.h"
 #include "platform/pendinginput.h"
+#include "platform/regularfile.h"
 #include "settings/errorcatalogue.h"
 #include "wizard/ip4validator.h"
 
 #include <QCoreApplication>
 #include <QDebug>
-#include <QFile>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QScreen>
+
+#include <algorithm>
+#include <cerrno>
+#include <optional>
 
 namespace {
 
@@ -21,6 +23,7 @@ constexpr auto OptionsGroup = QLatin1String("options");
 constexpr auto PasswordKey = QLatin1String("config_passwd");
 constexpr auto ProtectionKey = QLatin1String("config_protection_enabled");
 constexpr auto NetworkGroup = QLatin1String("network");
+constexpr int DhcpInterface = 0; // the one that is configured here
 constexpr auto ModeKey = QLatin1String("eth0.mode");
 
 // The addresses in the order in which they are read and written.
@@ -64,60 +67,22 @@ QString textValue(const QSettings &settings, QLatin1String key, const QString &d
     return text.left(LongestValue);
 }
 
-using FirmwareBuffer = std::array<char, 64>;
-
-// One live value of the DHCP interface: how to ask for it, and which results are answers.
+// One live value of the DHCP interface.
 struct LiveValue
 {
     IpEntryIndex index;
-    int (*ask)(FirmwareBuffer &buffer);
-    bool (*isAnswer)(int result);
+    std::optional<QString> (*ask)();
     const char *complaint;
 };
 
-int askInterface(FirmwareBuffer &buffer, int (*call)(char *, const char *))
-{
-    // The library may write into the name's buffer up to its full length.
-    char interfaceName[10] = "eth0";
-    return call(buffer.data(), interfaceName);
-}
-
-bool isSuccess(int result)
-{
-    return result == 0;
-}
-
-// -3: the system has no such name server, the text is valid and may be empty.
-bool isNameServerAnswer(int result)
-{
-    return result == 0 || result == -3;
-}
-
-bool isGatewayAnswer(int result)
-{
-    return result == 0 || result == 1;
-}
-
 constexpr LiveValue LiveValues[] = {
-    {AddressEntry,
-     [](FirmwareBuffer &buffer) { return askInterface(buffer, sysif_GetInterfaceIp); }, isSuccess,
+    {AddressEntry, [] { return Firmware::interfaceAddress(DhcpInterface); },
      "Error while getting IP address"},
-    {NetmaskEntry,
-     [](FirmwareBuffer &buffer) { return askInterface(buffer, sysif_GetInterfaceNetmask); },
-     isSuccess, "Error while getting Netmask"},
-    {Dns1Entry, [](FirmwareBuffer &buffer) { return sysnm_GetDNS1(buffer.data()); },
-     isNameServerAnswer, "Error while getting nameserver 1"},
-    {Dns2Entry, [](FirmwareBuffer &buffer) { return sysnm_GetDNS2(buffer.data()); },
-     isNameServerAnswer, "Error while getting nameserver 2"},
-    {GatewayEntry,
-     [](FirmwareBuffer &buffer) {
-         const int result = sysgw_GetDefaultGateway(buffer.data(), int(buffer.size()));
-         if (result == 0) { // no default route, and the buffer is not filled
-             qstrncpy(buffer.data(), NoAddress.data(), buffer.size());
-         }
-         return result;
-     },
-     isGatewayAnswer, "Error while getting default gateway"},
+    {NetmaskEntry, [] { return Firmware::interfaceNetmask(DhcpInterface); },
+     "Error while getting Netmask"},
+    {Dns1Entry, [] { return Firmware::nameServer(0); }, "Error while getting nameserver 1"},
+    {Dns2Entry, [] { return Firmware::nameServer(1); }, "Error while getting nameserver 2"},
+    {GatewayEntry, Firmware::defaultGateway, "Error while getting default gateway"},
 };
 
 } // namespace
@@ -130,9 +95,10 @@ const QString &networkModeName(quint32 nNetMode)
 
 VeltaSettings::VeltaSettings(const QString &settingsPath, const QString &newSettingsPath,
                              QSettings::Format format)
-    : pSettings(std::make_unique<QSettings>(devicePath(settingsPath), format)),
-      pNewSettings(std::make_unique<QSettings>(devicePath(newSettingsPath), format)),
-      pValidator(std::make_unique<IP4Validator>()), sNewSettingsPath(newSettingsPath)
+    : pSettings(std::make_unique<IniFile>(settingsPath, format)),
+      pNewSettings(std::make_unique<IniFile>(FileContent(), format)),
+      pValidator(std::make_unique<IP4Validator>()), sSettingsPath(settingsPath),
+      sNewSettingsPath(newSettingsPath)
 {
     bPageEnabled.fill(true);
     for (int i = 0; i < ScreenClassCount; ++i) {
@@ -150,6 +116,9 @@ VeltaSettings::~VeltaSettings() = default;
 
 int VeltaSettings::init()
 {
+    if (const int nResult = checkSettingsFile(); nResult != 0) {
+        return nResult;
+    }
     loadSettings();
 
     SettingsRecord loaded = working;
@@ -160,6 +129,18 @@ int VeltaSettings::init()
     }
     snapshot = loaded;
     return 0;
+}
+
+int VeltaSettings::checkSettingsFile() const
+{
+    const IniFile::State state = pSettings->state();
+    if (state != IniFile::Damaged && state != IniFile::Unreadable) {
+        return 0;
+    }
+    qWarning("%s %s", qPrintable(sSettingsPath), qPrintable(pSettings->problem()));
+    const int nCode = state == IniFile::Damaged ? ERR_INI_FORMAT : ERR_INI_ACCESS;
+    const VeltaInfoBox box(qint16(nCode), 0, nullptr, true, true);
+    return state == IniFile::Damaged ? 0 : nCode;
 }
 
 int VeltaSettings::loadSettings()
@@ -177,22 +158,16 @@ int VeltaSettings::loadSettings()
     return 0;
 }
 
-// What an earlier pass left behind must not be applied together with this one.
+// What an earlier pass left behind must not be taken for this one's.
 void VeltaSettings::removeStaleNewSettings()
 {
     const QString path = devicePath(sNewSettingsPath);
-    const QFileInfo file(path);
-    if (file.exists()) {
-        if (!file.isWritable()) {
-            const VeltaInfoBox box(ERR_FILE_NOT_WRITABLE, sNewSettingsPath, 0, nullptr, true, true);
-        } else if (!QFile::remove(path)) {
-            const VeltaInfoBox box(ERR_FILE_ERASE, sNewSettingsPath, 0, nullptr, true, true);
-        }
+    if (!removeName(path)) {
+        const auto nCode = isWritableName(path) ? ERR_FILE_ERASE : ERR_FILE_NOT_WRITABLE;
+        const VeltaInfoBox box(nCode, sNewSettingsPath, 0, nullptr, true, true);
     }
-    // A process that was killed while saving leaves its lock; the next save would wait 30 s for it.
-    QFile::remove(path + QLatin1String(".lock"));
-    // Opened on a damaged stale file, it would report that damage for good.
-    pNewSettings = std::make_unique<QSettings>(path, pNewSettings->format());
+    // Of a panel program that still wrote through QSettings.
+    removeName(path + QLatin1String(".lock"));
 }
 
 void VeltaSettings::classifyScreen()
@@ -248,9 +223,8 @@ void VeltaSettings::readNetwork()
 void VeltaSettings::readDhcpValues()
 {
     for (const LiveValue &row : LiveValues) {
-        FirmwareBuffer buffer{};
-        if (row.isAnswer(row.ask(buffer))) {
-            working.ipEntries[row.index].dhcpValue = firmwareText(buffer);
+        if (const auto value = row.ask()) {
+            working.ipEntries[row.index].dhcpValue = *value;
         } else {
             qDebug("%s", row.complaint);
         }
@@ -318,18 +292,13 @@ int VeltaSettings::saveSettings(bool bApply)
         return 1;
     }
     qDebug("Data changed !!!");
-    if (!pNewSettings->isWritable()) {
-        return ERR_INI_ACCESS;
+    const QList<IniEntry> entries = changedEntries();
+    if (entries.isEmpty()) { // all of pages that are switched off
+        return bApply ? 1 : 0;
     }
-    writeChanges();
-    pNewSettings->sync();
-    switch (pNewSettings->status()) {
-    case QSettings::NoError:
-        break;
-    case QSettings::AccessError:
-        return ERR_INI_ACCESS;
-    case QSettings::FormatError:
-        return ERR_INI_FORMAT;
+    if (const int nWritten = writeNewSettings(entries); nWritten != 0) {
+        qWarning("%s: nothing is applied", qPrintable(sNewSettingsPath));
+        return nWritten;
     }
     if (!bApply) {
         return 0;
@@ -344,14 +313,14 @@ int VeltaSettings::saveSettings(bool bApply)
     return nResult;
 }
 
-void VeltaSettings::writeChanges()
+QList<IniEntry> VeltaSettings::changedEntries()
 {
-    pNewSettings->beginGroup(NetworkGroup);
+    QList<IniEntry> entries;
     pSettings->beginGroup(NetworkGroup);
     if (working.nNetMode != snapshot.nNetMode || !pSettings->contains(ModeKey)) {
-        pNewSettings->setValue(ModeKey,
-                               working.nNetMode == StaticMode ? QStringLiteral("static")
-                                                              : QStringLiteral("dhcp"));
+        entries.append(
+            {ModeKey,
+             working.nNetMode == StaticMode ? QStringLiteral("static") : QStringLiteral("dhcp")});
     }
     for (const AddressKey &row : AddressKeys) {
         if (isNameServer(row.index) && !bPageEnabled[DnsPageId]) {
@@ -360,9 +329,52 @@ void VeltaSettings::writeChanges()
         const IpEntry &entry = working.ipEntries[row.index];
         if (entry.value != snapshot.ipEntries[row.index].value || !pSettings->contains(row.key)
             || entry.bDefaulted) {
-            pNewSettings->setValue(row.key, entry.value);
+            entries.append({row.key, entry.value});
         }
     }
     pSettings->endGroup();
-    pNewSettings->endGroup();
+    return entries;
+}
+
+// Not by QSettings: it merges what somebody has planted there, follows links, waits for ever for a
+// lock that is a directory, and does not notice a full disk.
+int VeltaSettings::writeNewSettings(const QList<IniEntry> &entries)
+{
+    const QString path = devicePath(sNewSettingsPath);
+    const QByteArray text = iniText(NetworkGroup, entries);
+    if (!writeNewFile(path, text)) {
+        const QString reason = qt_error_string(errno);
+        qWarning("%s cannot be written: %s", qPrintable(sNewSettingsPath), qPrintable(reason));
+        return ERR_INI_ACCESS;
+    }
+    const int nResult = readNewSettingsBack(text, entries);
+    if (nResult != 0) {
+        removeName(path);
+    }
+    return nResult;
+}
+
+int VeltaSettings::readNewSettingsBack(const QByteArray &text, const QList<IniEntry> &entries)
+{
+    const FileContent file = readRegularFile(devicePath(sNewSettingsPath), Links::Refuse);
+    pNewSettings = std::make_unique<IniFile>(file, pNewSettings->format());
+    switch (pNewSettings->state()) {
+    case IniFile::Absent:
+    case IniFile::Unreadable:
+        return ERR_INI_ACCESS;
+    case IniFile::Damaged:
+        return ERR_INI_FORMAT;
+    case IniFile::Sound:
+        break;
+    }
+    if (file.content != text) {
+        return ERR_INI_ACCESS;
+    }
+    const bool bConfirmed = pNewSettings->keys().size() == entries.size()
+        && std::all_of(entries.cbegin(), entries.cend(), [this](const IniEntry &entry) {
+                                const QVariant value =
+                                    pNewSettings->value(NetworkGroup + u'/' + entry.key);
+                                return value.isValid() && value.toString() == entry.value;
+                            });
+    return bConfirmed ? 0 : ERR_INI_FORMAT;
 }

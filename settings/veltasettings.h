@@ -1,18 +1,25 @@
 #pragma once
 
+#include "settings/inifile.h"
 #include "settings/settingsrecord.h"
 #include "settings/veltautils.h"
-
-#include <QSettings>
 
 #include <array>
 #include <memory>
 
 class IP4Validator;
 
-/// The wizard's pages that a configuration may have, in page-id order.
-enum WizardPageIndex { ProtectionPageId, NetModePageId, IpPageId, DnsPageId, SummaryPageId };
-constexpr int WizardPageCount = 5;
+/// The wizard's pages that a configuration may have, in page-id order, which is the order in which
+/// they are shown. The summary is the last one.
+enum WizardPageIndex {
+    ProtectionPageId,
+    NetModePageId,
+    IpPageId,
+    DnsPageId,
+    SummaryPageId,
+    WizardPageCount ///< no page
+};
+static_assert(SummaryPageId == WizardPageCount - 1);
 
 /// The panel's local configuration during one pass of the configuration wizard: what the settings
 /// file and the DHCP interface say (snapshot) and what the operator makes of it (working).
@@ -22,7 +29,7 @@ constexpr int WizardPageCount = 5;
 class VeltaSettings
 {
 public:
-    /// Opens \a settingsPath for reading and \a newSettingsPath for what is to be applied. Both are
+    /// Reads \a settingsPath, and hands over in \a newSettingsPath what is to be applied. Both are
     /// paths on the device, as "/etc/settings.ini".
     VeltaSettings(const QString &settingsPath, const QString &newSettingsPath,
                   QSettings::Format format);
@@ -30,7 +37,10 @@ public:
     VeltaSettings(const VeltaSettings &) = delete;
     VeltaSettings &operator=(const VeltaSettings &) = delete;
 
-    /// Loads everything and takes the snapshot. Returns 0; what goes wrong on the way is reported
+    /// Loads everything and takes the snapshot. Returns 0, or ERR_INI_ACCESS when there is a
+    /// settings file that cannot be read: nothing is known then, not even whether a password
+    /// protects the panel. A file that is damaged is loaded as far as it can be read, without its
+    /// password where that is lost, because saving is what repairs it. What goes wrong is reported
     /// to the operator here, and every value has a default.
     int init();
     /// Fills the working record; returns 0.
@@ -44,28 +54,33 @@ public:
     /// in working.bDataChanged.
     bool detectChanges();
     /// Writes what changed into the new-settings file and, with \a bApply, hands it to the system
-    /// configuration tool. Returns 0 on success, 1 when there was nothing to do, ERR_INI_ACCESS or
-    /// ERR_INI_FORMAT when the file cannot be written, else the tool's result, which has been
-    /// shown to the operator.
+    /// configuration tool. Returns 0 on success, 1 when there was nothing to do, ERR_INI_ACCESS
+    /// when the file cannot be written and read again as it was meant, ERR_INI_FORMAT when it can
+    /// be read but makes no sense (nothing is applied and no file left in both cases), else the
+    /// tool's result, which has been shown to the operator.
     int saveSettings(bool bApply);
 
     SettingsRecord working; ///< Loaded and edited.
     SettingsRecord snapshot; ///< As loaded by init(), never edited.
     std::array<bool, WizardPageCount> bPageEnabled; ///< By WizardPageIndex; fixed after init().
-    std::unique_ptr<QSettings> pSettings;
-    std::unique_ptr<QSettings> pNewSettings;
+    std::unique_ptr<IniFile> pSettings; ///< As it was when this object was made.
+    std::unique_ptr<IniFile> pNewSettings; ///< As read again by the last save; empty before.
     std::array<QString, IpEntryCount> defaults; ///< By IpEntryIndex.
     VeltaUtils utils;
     std::unique_ptr<IP4Validator> pValidator;
 
 private:
+    int checkSettingsFile() const;
     void removeStaleNewSettings();
     void classifyScreen();
     void readDhcpValues();
     void readStoredValues();
     void checkStaticValues();
     bool entryChanged(int index) const;
-    void writeChanges();
+    QList<IniEntry> changedEntries();
+    int writeNewSettings(const QList<IniEntry> &entries);
+    int readNewSettingsBack(const QByteArray &text, const QList<IniEntry> &entries);
 
-    const QString sNewSettingsPath; ///< On the device, for messages.
+    const QString sSettingsPath; ///< On the device, as sNewSettingsPath.
+    const QString sNewSettingsPath;
 };

@@ -485,16 +485,15 @@ private:
         }
         qputenv("QT_QPA_PLATFORM", "offscreen:rotation=" + QByteArray::number(rotation));
         pServer = std::make_unique<WindowServer>();
+        pSheet = std::make_unique<TouchSheet>();
         if (!pServer->openPointer()) {
             qFatal("no pointer");
         }
-        pSheet = std::make_unique<TouchSheet>();
     }
 
     QPoint landing(RawPoint raw)
     {
-        pFifo->tap(raw);
-        return pSheet->takeTouch().value_or(QPoint(-1, -1));
+        return pSheet->landing([&] { pFifo->tap(raw); });
     }
 
     const QRegularExpression CannotWrite{"Cannot write the pointer calibration file"};

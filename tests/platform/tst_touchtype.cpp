@@ -4,6 +4,7 @@
 #include "tests/support/testmain.h"
 
 #include <array>
+#include <sys/stat.h>
 
 namespace {
 const QString Device = "/dev/input/touchscreen";
@@ -48,6 +49,20 @@ private Q_SLOTS:
         QCOMPARE(readTouchType(), TouchType::Single);
         root().write(Property + "/is-a-folder", {});
         QCOMPARE(readTouchType(), TouchType::Single);
+        QVERIFY(QDir(root().path(Property)).removeRecursively());
+        QCOMPARE(mkfifo(qPrintable(root().path(Property)), 0600), 0);
+        QCOMPARE(readTouchType(), TouchType::Single);
+    }
+
+    void deviceOfTheEnvironment()
+    {
+        root().write("/tmp/touch", {});
+        qputenv("TSLIB_TSDEVICE", QFile::encodeName(root().path("/tmp/touch")));
+        QCOMPARE(readTouchType(), TouchType::Single);
+        qputenv("TSLIB_TSDEVICE", "/nonexistent/touchscreen");
+        root().write(Device, {});
+        QCOMPARE(readTouchType(), TouchType::None);
+        qunsetenv("TSLIB_TSDEVICE");
     }
 
     void textEndsInsideItsBuffer()

@@ -7,6 +7,10 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
 namespace {
 
 QByteArray without(QByteArray file, const QByteArray &key)
@@ -29,10 +33,40 @@ class VeltaSettingsTest : public DeviceTest
 private:
     std::unique_ptr<VeltaSettings> load()
     {
-        auto pSettings = std::make_unique<VeltaSettings>(QStringLiteral("/etc/settings.ini"),
-                                                         NewSettings, QSettings::IniFormat);
+        auto pSettings =
+            std::make_unique<VeltaSettings>(SettingsPath, NewSettings, QSettings::IniFormat);
         pSettings->init();
         return pSettings;
+    }
+
+    void plant(const QString &devicePath, const QByteArray &kind)
+    {
+        const QString path = root().path(devicePath);
+        QDir().mkpath(QFileInfo(path).path());
+        if (kind == "keys") {
+            root().write(devicePath, "[network]\neth0.ip=6.6.6.6\n[options]\nconfig_passwd=\n");
+        } else if (kind == "malformed") {
+            root().write(devicePath, "[netw\n=");
+        } else if (kind == "link" || kind == "dangling") {
+            QVERIFY(QFile::link(root().path("/tmp/" + kind), path));
+        } else if (kind == "eio") {
+            QVERIFY(QFile::link("/proc/self/mem", path)); // regular, unreadable at its start
+        } else if (kind == "fifo") {
+            QCOMPARE(mkfifo(qPrintable(path), 0600), 0);
+        } else if (kind == "directory") {
+            QVERIFY(QDir().mkpath(path));
+        } else if (kind == "locked") {
+            root().write(devicePath + ".lock/not-empty", "");
+        }
+    }
+    QStringList folder(const QString &devicePath) const
+    {
+        return QDir(root().path(devicePath))
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+    static void ignoreLine(const char *pattern)
+    {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QLatin1String(pattern)));
     }
 
     QStringList newKeys()
@@ -138,25 +172,45 @@ private Q_SLOTS:
 
     void badFiles_data()
     {
-        columns<QByteArray>("content");
-        row("empty", QByteArray());
-        row("binary", QByteArray("\0\x01\xff\xfe[[[]\n=\n\\x", 14).repeated(50));
-        row("10 MB of text", QByteArray(10 * 1024 * 1024, 'a'));
-        row("10 MB of lines", "[x]\n" + QByteArray("k=1\n").repeated(2500 * 1024));
-        row("folder", QByteArray("folder"));
+        columns<QByteArray, int, QString, QString>("content", "result", "box", "password");
+        row("missing", QByteArray("nothing"), 0, "", "");
+        row("empty", QByteArray(), 0, "Error -203", "");
+        row("binary", QByteArray("\0\x01\xff\xfe[[[]\n=\n\\x", 14).repeated(50), 0, "Error -203",
+            "");
+        row("torn after the password", QByteArray("[options]\nconfig_passwd=1\n[netw"), 0,
+            "Error -203", "1");
+        row("10 MB of lines", "[x]\n" + QByteArray("k=1\n").repeated(2500 * 1024), -202,
+            "Error -202", "");
+        row("directory", QByteArray("directory"), -202, "Error -202", "");
+        row("FIFO", QByteArray("fifo"), -202, "Error -202", "");
+        row("read error", QByteArray("eio"), -202, "Error -202", "");
     }
     void badFiles()
     {
         QFETCH(QByteArray, content);
-        if (content == "folder") {
-            QDir().mkpath(root().path("/etc/settings.ini"));
+        QFETCH(int, result);
+        QFETCH(QString, box);
+        QFETCH(QString, password);
+        if (QByteArrayList{"nothing", "directory", "fifo", "eio"}.contains(content)) {
+            plant(SettingsPath, content);
         } else {
             writeSettings(content);
         }
-        const auto pSettings = load();
-        QCOMPARE(pSettings->working.nNetMode, quint32(StaticMode));
-        QVERIFY(!pSettings->bPageEnabled[ProtectionPageId]);
-        QCOMPARE(pSettings->working.ipEntries[NetmaskEntry].value, QStringLiteral("255.255.255.0"));
+        if (!box.isEmpty()) {
+            ignoreLine("^/etc/settings.ini (is|has|cannot) ");
+        }
+        BoxWatcher watcher;
+        VeltaSettings settings(SettingsPath, NewSettings, QSettings::IniFormat);
+        QCOMPARE(settings.init(), result);
+        QCOMPARE(watcher.texts().join(u'|').left(10), box);
+        QCOMPARE(watcher.texts().size(), box.isEmpty() ? 0 : 1);
+        QCOMPARE(settings.working.configPassword, password);
+        QCOMPARE(settings.bPageEnabled[ProtectionPageId], result != 0 || !password.isEmpty());
+        if (result == 0) {
+            QCOMPARE(settings.working.nNetMode, quint32(StaticMode));
+            QCOMPARE(settings.working.ipEntries[NetmaskEntry].value,
+                     QStringLiteral("255.255.255.0"));
+        }
     }
 
     // Of the two ways to see a height that is not listed the settings take the lower screen.
@@ -168,38 +222,101 @@ private Q_SLOTS:
         QCOMPARE(int(pSettings->working.nFixedWidth), 640);
     }
 
-    void staleNewSettings_data()
+    // What others put at the name of the new settings, before the wizard opens or while it is open,
+    // is neither handed on nor followed nor waited for.
+    void plantedNewSettings_data()
     {
-        columns<QByteArray>("stale");
-        row("other keys", QByteArray("[network]\neth0.ip=6.6.6.6\nold=1\n"));
-        row("malformed", QByteArray("[netw\n="));
+        columns<QByteArray>("kind");
+        for (const char *kind :
+             {"keys", "malformed", "link", "dangling", "fifo", "directory", "locked"}) {
+            row(kind, QByteArray(kind));
+        }
     }
-    void staleNewSettings()
+    void plantedNewSettings()
     {
-        QFETCH(QByteArray, stale);
-        writeSettings(StaticSettings);
-        root().write(NewSettings, stale);
-        root().write("/tmp/newsettings.ini.lock", "");
-        const auto pSettings = load();
-        QVERIFY(!root().exists(NewSettings));
-        QVERIFY(!root().exists("/tmp/newsettings.ini.lock"));
-        // What the stale file held must not come back with the next save.
-        pSettings->working.nNetMode = DhcpMode;
-        QCOMPARE(pSettings->saveSettings(false), 0);
-        QCOMPARE(newKeys(), QStringList({"[network]", "eth0.mode=dhcp"}));
+        QFETCH(QByteArray, kind);
+        for (const bool bBefore : {true, false}) {
+            writeSettings(StaticSettings);
+            root().write("/tmp/link", "target");
+            std::unique_ptr<VeltaSettings> pSettings;
+            if (bBefore) {
+                plant(NewSettings, kind);
+                pSettings = load();
+                QCOMPARE(folder("/tmp").filter("newsettings.ini"),
+                         kind == "locked" ? QStringList("newsettings.ini.lock") : QStringList());
+            } else {
+                pSettings = load();
+                plant(NewSettings, kind);
+            }
+            pSettings->working.nNetMode = DhcpMode;
+            QCOMPARE(pSettings->saveSettings(false), 0);
+            QCOMPARE(newKeys(), QStringList({"[network]", "eth0.mode=dhcp"}));
+            struct stat status = {};
+            QCOMPARE(lstat(qPrintable(root().path(NewSettings)), &status), 0);
+            QCOMPARE(int(status.st_mode), S_IFREG | 0600);
+            pSettings.reset();
+            QCOMPARE(newKeys(), QStringList({"[network]", "eth0.mode=dhcp"}));
+            QCOMPARE(root().read("/tmp/link"), "target");
+            QVERIFY(!root().exists("/tmp/dangling"));
+            QVERIFY(QDir(root().path("/tmp")).removeRecursively());
+        }
     }
 
-    void staleNewSettingsThatStays()
+    void staleNewSettingsThatStay_data()
     {
+        columns<QString, QString>("path", "box");
+        row("full directory", NewSettings,
+            "Error -230: Could not erase file /tmp/newsettings.ini.");
+        row("write-protected", QStringLiteral("/proc/sys/kernel/ostype"),
+            "Error -229: File /proc/sys/kernel/ostype is not writeable.");
+    }
+    void staleNewSettingsThatStay()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, box);
         root().write("/tmp/newsettings.ini/not-empty", "");
+        QVERIFY(QFile::link("/proc/sys", root().path("/proc/sys")));
+        writeSettings(StaticSettings);
         BoxWatcher watcher;
-        const auto pSettings = load();
+        VeltaSettings settings(SettingsPath, path, QSettings::IniFormat);
+        QCOMPARE(settings.init(), 0);
         QCOMPARE(watcher.texts().size(), 1);
-        QVERIFY2(watcher.texts().constFirst().startsWith(
-                     "Error -230: Could not erase file /tmp/newsettings.ini."),
+        QVERIFY2(watcher.texts().constFirst().startsWith(box),
                  qPrintable(watcher.texts().constFirst()));
+        settings.working.nNetMode = DhcpMode;
+        ignoreLine("cannot be written: ");
+        ignoreLine("nothing is applied");
+        QCOMPARE(settings.saveSettings(false), int(ERR_INI_ACCESS));
+    }
+
+    // A full disk takes nothing, or the beginning.
+    void noRoom_data()
+    {
+        columns<int>("bytes");
+        row("none", 0);
+        row("some", 15);
+    }
+    void noRoom()
+    {
+        QFETCH(int, bytes);
+        writeSettings(StaticSettings);
+        root().writeCommand("/bin/syscfg", "touch $PANEL_ROOT/run");
+        auto pSettings = load();
         pSettings->working.nNetMode = DhcpMode;
-        QCOMPARE(pSettings->saveSettings(false), int(ERR_INI_ACCESS));
+        ignoreLine("^/tmp/newsettings.ini cannot be written: ");
+        ignoreLine("nothing is applied");
+        rlimit before = {};
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+        const auto oldHandler = signal(SIGXFSZ, SIG_IGN);
+        const rlimit room = {rlim_t(bytes), before.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &room), 0);
+        const int nResult = pSettings->saveSettings(true);
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
+        signal(SIGXFSZ, oldHandler);
+        QCOMPARE(nResult, int(ERR_INI_ACCESS));
+        pSettings.reset(); // nothing is written later, either
+        QCOMPARE(folder("/tmp"), QStringList(".system"));
+        QVERIFY(!root().exists("/run"));
     }
 
     void save_data()

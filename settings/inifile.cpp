@@ -1,0 +1,161 @@
+#include "settings/inifile.h"
+
+#include "platform/devicepath.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr char ByteOrderMark[] = "\xef\xbb\xbf";
+/// Stands in front of every copy. QSettings says nothing about a read that fails: then it is gone.
+constexpr char Proof[] = "[panel.copy]\nread=1\n";
+constexpr auto ProofKey = QLatin1String("panel.copy/read");
+
+bool isBlank(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+bool isLineEnd(char c)
+{
+    return c == '\n' || c == '\r';
+}
+
+/// NUL and the other bytes that no text has. Bytes above 127 are text of whatever encoding.
+bool isBinary(char c)
+{
+    constexpr char Delete = 0x7f;
+    return (c >= 0 && c < ' ' && !isBlank(c)) || c == Delete;
+}
+
+/// Calls \a visit with the first and the end of each line's text, blanks in front skipped.
+template <typename Visitor>
+void forEachLine(QByteArray &text, Visitor visit)
+{
+    char *const pEnd = text.data() + text.size();
+    for (char *pLine = text.data(); pLine != pEnd;) {
+        char *const pText = std::find_if_not(pLine, pEnd, isBlank);
+        pLine = std::find_if(pText, pEnd, isLineEnd);
+        visit(pText, pLine);
+    }
+}
+
+/// QSettings knows the comments that begin with ';' and takes others for keys without a value.
+void unifyComments(QByteArray &text)
+{
+    forEachLine(text, [](char *pText, const char *pEnd) {
+        if (pText != pEnd && *pText == '#') {
+            *pText = ';';
+        }
+    });
+}
+
+bool hasGroup(QByteArray &text)
+{
+    bool bFound = false;
+    forEachLine(text, [&](const char *pText, const char *pEnd) {
+        bFound = bFound || (pText != pEnd && *pText == '[' && std::find(pText, pEnd, ']') != pEnd);
+    });
+    return bFound;
+}
+
+/// The text of \a file without the marks that QSettings takes for something else.
+QByteArray plainText(const FileContent &file)
+{
+    QByteArray text = file.content;
+    if (text.startsWith(ByteOrderMark)) {
+        text.remove(0, qsizetype(sizeof(ByteOrderMark)) - 1);
+    }
+    unifyComments(text);
+    return text;
+}
+
+/// What an accident has left of \a text, in words; empty when there is nothing to be seen.
+QString damageOf(QByteArray text)
+{
+    if (text.isEmpty()) {
+        return QStringLiteral("is empty");
+    }
+    if (std::any_of(text.cbegin(), text.cend(), isBinary)) {
+        return QStringLiteral("is not a text");
+    }
+    // No file that the device makes is without groups: such a one is the beginning of another.
+    if (!hasGroup(text)) {
+        return QStringLiteral("has no group");
+    }
+    return {};
+}
+
+bool needsQuotes(const QString &value)
+{
+    const bool bBlankAtEnd = value.startsWith(u' ') || value.endsWith(u' ');
+    return bBlankAtEnd || std::any_of(value.cbegin(), value.cend(), [](QChar c) {
+               return c == u';' || c == u',' || c == u'=';
+           });
+}
+
+QString escaped(QString value)
+{
+    if (value.startsWith(u'@')) {
+        value.prepend(u'@'); // QSettings' mark of values that are no text
+    }
+    const bool bQuoted = needsQuotes(value);
+    value.replace(u'\\', QLatin1String("\\\\")).replace(u'"', QLatin1String("\\\""));
+    return bQuoted ? u'"' + value + u'"' : value;
+}
+
+} // namespace
+
+IniFile::IniFile(const QString &path, QSettings::Format format)
+    : IniFile(readRegularFile(devicePath(path), Links::Follow), format)
+{ }
+
+IniFile::IniFile(const FileContent &file, QSettings::Format format)
+    : MemoryFile(Proof + plainText(file)), QSettings(MemoryFile::path(), format)
+{
+    switch (file.state) {
+    case FileContent::Absent:
+        return;
+    case FileContent::Unreadable:
+        nState = Unreadable;
+        sProblem = QLatin1String("cannot be read: ") + file.sError;
+        return;
+    case FileContent::Readable:
+        judge(plainText(file));
+    }
+}
+
+void IniFile::judge(const QByteArray &text)
+{
+    allKeys(); // only now all of it is parsed
+    if (!contains(ProofKey)) {
+        nState = Unreadable;
+        sProblem = QStringLiteral("cannot be read: no memory");
+        return;
+    }
+    sProblem = damageOf(text);
+    if (sProblem.isEmpty() && status() != QSettings::NoError) {
+        sProblem = QStringLiteral("has lines that are neither groups nor keys");
+    }
+    nState = sProblem.isEmpty() ? Sound : Damaged;
+}
+
+QStringList IniFile::keys() const
+{
+    QStringList all = allKeys();
+    all.removeOne(ProofKey);
+    return all;
+}
+
+QByteArray iniText(const QString &group, QList<IniEntry> entries)
+{
+    if (entries.isEmpty()) {
+        return {};
+    }
+    std::ranges::sort(entries, {}, &IniEntry::key);
+    QString text = u'[' + group + QLatin1String("]\n");
+    for (const IniEntry &entry : entries) {
+        text += entry.key + u'=' + escaped(entry.value) + u'\n';
+    }
+    return text.toUtf8();
+}
