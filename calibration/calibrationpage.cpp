@@ -107,12 +107,12 @@ void CalibrationPage::showState()
     }
 }
 
-void CalibrationPage::showCount(int nSeconds)
+void CalibrationPage::showCount(int seconds)
 {
     if (run.state() == CalibrationState::CountingDown) {
-        pForm->startCalibrationButton->setText(sStartText + QStringLiteral(" (%1)").arg(nSeconds));
+        pForm->startCalibrationButton->setText(sStartText + QStringLiteral(" (%1)").arg(seconds));
     } else {
-        pForm->acceptTimeout->display(nSeconds);
+        pForm->acceptTimeout->display(seconds);
     }
 }
 

@@ -53,7 +53,7 @@ private:
     void adaptToScreen();
     static QString acceptText();
     void showState();
-    void showCount(int nSeconds);
+    void showCount(int seconds);
     void setAcceptMode(bool bOn);
     void setPointerVisible(bool bVisible);
 

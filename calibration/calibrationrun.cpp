@@ -109,9 +109,9 @@ short CalibrationRun::start()
     return handle(Event::Start);
 }
 
-void CalibrationRun::beginCount(int nFrom)
+void CalibrationRun::beginCount(int from)
 {
-    nSeconds = nFrom;
+    nSeconds = from;
     countTimer.start();
     Q_EMIT counted(nSeconds);
 }
@@ -186,11 +186,11 @@ void CalibrationRun::endPoint()
     handle(nPoints < CalibrationRecord::PointCount ? Event::PointMeasured : Event::AllMeasured);
 }
 
-void CalibrationRun::fail(short nCode)
+void CalibrationRun::fail(short code)
 {
     qDebug("CalibrationPanel CalThreadError\n");
     handle(Event::TouchscreenFailed);
-    Q_EMIT failed(nCode);
+    Q_EMIT failed(code);
 }
 
 void CalibrationRun::apply()
@@ -233,9 +233,9 @@ void CalibrationRun::tellRemountFailures()
     }
 }
 
-void CalibrationRun::tell(short nCode, const QString &text)
+void CalibrationRun::tell(short code, const QString &text)
 {
-    if (nCode != 0 && nCode != TouchCalibrationData::RemountFailed) {
-        Q_EMIT boxDue(nCode, text);
+    if (code != 0 && code != TouchCalibrationData::RemountFailed) {
+        Q_EMIT boxDue(code, text);
     }
 }

@@ -42,7 +42,7 @@ public:
     /// The thread has finished. Does nothing while it is sampling.
     void endPoint();
     /// The touchscreen cannot be read: ends the run and tells with failed().
-    void fail(short nCode);
+    void fail(short code);
 
     VeltaCalibrationThread *samplingThread() { return &thread; }
     TouchCalibrationData &calibrationData() { return data; }
@@ -50,8 +50,8 @@ public:
 Q_SIGNALS:
     /// state() is another one, or the same begun anew.
     void stateChanged();
-    /// A count-down stands at \a nSeconds.
-    void counted(int nSeconds);
+    /// A count-down stands at \a seconds.
+    void counted(int seconds);
     /// The count-down to a run has expired: start().
     void startDue();
     /// A run has begun, on a white screen without a crosshair.
@@ -61,14 +61,14 @@ Q_SIGNALS:
     /// The points are handed over, and the operator has read what there was to say.
     void applied();
     /// A run has ended at a touchscreen that cannot be read; the calibration is as before.
-    void failed(short nCode);
-    /// The operator is to be told the message \a nCode with \a text as its "%1", modally. 0: that
+    void failed(short code);
+    /// The operator is to be told the message \a code with \a text as its "%1", modally. 0: that
     /// the old calibration is restored.
-    void boxDue(short nCode, const QString &text);
+    void boxDue(short code, const QString &text);
 
 private:
     short perform(CalibrationAction action);
-    void beginCount(int nSeconds);
+    void beginCount(int from);
     void count();
     short begin();
     void startPoint();
@@ -77,7 +77,7 @@ private:
     short accept();
     short restore();
     void tellRemountFailures();
-    void tell(short nCode, const QString &text);
+    void tell(short code, const QString &text);
 
     CalibrationState nState = CalibrationState::Idle;
     int nSeconds = 0; ///< left of a count-down

@@ -77,6 +77,7 @@ short TouchCalibrationData::backupCalibration()
 
 short TouchCalibrationData::applyCalibration(const CalibrationRecord &measured)
 {
+    backupCalibration(); // nothing is replaced that could not be put back
     WindowServer *pServer = WindowServer::instance();
     if (pServer) {
         pServer->clearCalibration();
@@ -85,7 +86,7 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &measured)
     if (code == 0) {
         code = pServer ? store(*pServer, calibrationPairs(measured, nRotation)) : short(0);
         nDebt = code == 0 ? Debt::None : nDebt;
-    } else if (backup) {
+    } else {
         // The pointer's calibration is cleared, and nothing has come in its place.
         nDebt = Debt::Restore;
     }
@@ -94,7 +95,7 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &measured)
 
 short TouchCalibrationData::store(WindowServer &server, const PointerCalibrationData &pairs) const
 {
-    switch (server.calibrate(pairs, backup.value_or(SavedCalibration()))) {
+    switch (server.calibrate(pairs, *backup)) {
     case CalibrationOutcome::Stored:
         return 0;
     case CalibrationOutcome::Degenerate:

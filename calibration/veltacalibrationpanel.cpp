@@ -47,10 +47,10 @@ bool isShown(CalibrationState state)
 
 } // namespace
 
-VeltaCalibrationPanel::VeltaCalibrationPanel(CalibrationRun *pOwnRun, QWidget *parent)
-    : QWidget(parent), pRun(pOwnRun), lines{tr("Touch crosshair a few seconds to calibrate"),
-                                            tr("screen colors: touch pressed (yellow)"),
-                                            tr("touch released (green = good, red = bad)")}
+VeltaCalibrationPanel::VeltaCalibrationPanel(CalibrationRun *run, QWidget *parent)
+    : QWidget(parent), pRun(run), lines{tr("Touch crosshair a few seconds to calibrate"),
+                                        tr("screen colors: touch pressed (yellow)"),
+                                        tr("touch released (green = good, red = bad)")}
 {
     const VeltaCalibrationThread *pThread = pRun->samplingThread();
     connect(pThread, &VeltaCalibrationThread::updateScreenpos, this,
@@ -102,9 +102,9 @@ void VeltaCalibrationPanel::CalThreadControl()
     pRun->endPoint();
 }
 
-void VeltaCalibrationPanel::CalThreadError(short nCode)
+void VeltaCalibrationPanel::CalThreadError(short code)
 {
-    pRun->fail(nCode);
+    pRun->fail(code);
 }
 
 /// The widget's font, smaller where the lines would be cut off or run through a crosshair.

@@ -15,8 +15,8 @@ class VeltaCalibrationPanel : public QWidget
     Q_OBJECT
 
 public:
-    /// Shows \a pOwnRun, which is not owned and outlives this.
-    explicit VeltaCalibrationPanel(CalibrationRun *pOwnRun, QWidget *parent = nullptr);
+    /// Shows \a run, which is not owned and outlives this.
+    explicit VeltaCalibrationPanel(CalibrationRun *run, QWidget *parent = nullptr);
 
     /// CalibrationRun::start().
     short startCalibration();
@@ -25,7 +25,7 @@ Q_SIGNALS:
     /// Five points were measured and handed over.
     void CalibFinished();
     /// The run ended at a touchscreen that cannot be read; the calibration is as before.
-    void CalibError(short nCode);
+    void CalibError(short code);
 
 public Q_SLOTS:
     void updateScreen(int x, int y, QColor eBrush);
@@ -34,7 +34,7 @@ public Q_SLOTS:
     void updateCData(void *pCalData);
     /// Goes on to the next point, or ends the run. Does nothing while the thread is sampling.
     void CalThreadControl();
-    void CalThreadError(short nCode);
+    void CalThreadError(short code);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

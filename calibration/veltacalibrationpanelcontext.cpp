@@ -17,8 +17,8 @@ constexpr quint8 RestoredBoxSeconds = 5;
 
 } // namespace
 
-VeltaCalibrationPanelContext::VeltaCalibrationPanelContext(CalibrationRun *pOwnRun, QWidget *pPage)
-    : QWidget(pPage), pRun(pOwnRun), pPanel(std::make_unique<VeltaCalibrationPanel>(pRun, this))
+VeltaCalibrationPanelContext::VeltaCalibrationPanelContext(CalibrationRun *run, QWidget *pPage)
+    : QWidget(pPage), pRun(run), pPanel(std::make_unique<VeltaCalibrationPanel>(pRun, this))
 {
     pPanel->setAttribute(Qt::WA_InputMethodEnabled);
     setWindowFlags(Qt::Window | Qt::X11BypassWindowManagerHint | Qt::FramelessWindowHint
@@ -48,10 +48,10 @@ void VeltaCalibrationPanelContext::showState()
 }
 
 /// The one place that shows a box about a calibration.
-void VeltaCalibrationPanelContext::showBox(short nCode, const QString &text)
+void VeltaCalibrationPanelContext::showBox(short code, const QString &text)
 {
-    if (nCode != 0) {
-        const VeltaInfoBox box(nCode, text, BoxSeconds, this, true, true);
+    if (code != 0) {
+        const VeltaInfoBox box(code, text, BoxSeconds, this, true, true);
     } else {
         const VeltaInfoBox box(tr("old calibration data restored"), RestoredBoxSeconds, this, true,
                                true);
@@ -76,11 +76,11 @@ void VeltaCalibrationPanelContext::CalibrationFinished()
     Q_EMIT calibration_done();
 }
 
-void VeltaCalibrationPanelContext::CalibrationError(short nCode)
+void VeltaCalibrationPanelContext::CalibrationError(short code)
 {
     hide();
-    if (nCode != 0) {
-        showBox(nCode, QString());
+    if (code != 0) {
+        showBox(code, QString());
     }
     update();
     Q_EMIT calibration_failed();

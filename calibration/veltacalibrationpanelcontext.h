@@ -14,9 +14,9 @@ class VeltaCalibrationPanelContext : public QWidget
     Q_OBJECT
 
 public:
-    /// Shows \a pOwnRun, which is not owned and outlives this. \a pPage becomes the parent; the
+    /// Shows \a run, which is not owned and outlives this. \a pPage becomes the parent; the
     /// window stays a window of its own.
-    VeltaCalibrationPanelContext(CalibrationRun *pOwnRun, QWidget *pPage);
+    VeltaCalibrationPanelContext(CalibrationRun *run, QWidget *pPage);
     ~VeltaCalibrationPanelContext() override;
 
 Q_SIGNALS:
@@ -29,11 +29,11 @@ public Q_SLOTS:
     void showCalibrationPanel();
     void RestoreOldCalibrationData();
     void CalibrationFinished();
-    void CalibrationError(short nCode);
+    void CalibrationError(short code);
 
 private:
     void showState();
-    void showBox(short nCode, const QString &text);
+    void showBox(short code, const QString &text);
 
     CalibrationRun *pRun;
     std::unique_ptr<VeltaCalibrationPanel> pPanel;

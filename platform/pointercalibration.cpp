@@ -97,7 +97,7 @@ std::optional<FileContent> PointerCalibration::takeBackUnaccepted()
                  qPrintable(path));
         return present; // and the next start tries again
     }
-    const std::optional<FileContent> before = unaccepted.replacedBy(present);
+    std::optional<FileContent> before = unaccepted.replacedBy(present);
     if (before) {
         qWarning("Nobody has accepted the calibration in %s: back to the one before",
                  qPrintable(path));

@@ -178,37 +178,6 @@ private Q_SLOTS:
         QCOMPARE(root().read(CalibrationFile) == OldFile, !secondRun);
     }
 
-    void withdrawnBeforeAcceptance_data()
-    {
-        // Whether request and page come back, and the start button's text in the end.
-        columns<bool, QString>("comesBack", "start");
-        row("raised again", true, "Start Calibration (5)");
-        row("for good", false, "Start Calibration");
-    }
-    /// A calibration that waits for acceptance waits on when the page is hidden and raised again.
-    void withdrawnBeforeAcceptance()
-    {
-        QFETCH(bool, comesBack);
-        startPage();
-        touchCrosshairs();
-        pPage->hide();
-        QVERIFY(!pPage->isRunning());
-        if (comesBack) {
-            pPage->startAutoCalibration();
-        }
-        QCOMPARE(pPage->isRunning(), comesBack);
-        QVERIFY(inAcceptMode());
-        QVERIFY(isCounting());
-        BoxWatcher operatorsEyes;
-        for (int i = 0; i <= 10; ++i) {
-            pPage->updateLCD();
-        }
-        QCOMPARE(root().read(CalibrationFile), OldFile);
-        QTEST(button("startCalibrationButton")->text(), "start");
-        QCOMPARE(isCounting(), comesBack);
-        QCOMPARE(pPage->isVisible(), comesBack);
-    }
-
     /// While the end of a run shows a box, the page is hidden, raised and started again.
     void startsBehindBox()
     {
@@ -360,6 +329,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(operatorsEyes.texts().size(), 1, RunLimitMs);
         const QString &text = operatorsEyes.texts().constFirst();
         QVERIFY2(text.startsWith(box), qPrintable(text));
+        QVERIFY(operatorsEyes.buttons().constFirst().contains("(10)"));
         QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
         QTRY_COMPARE(samplingThreads(), 0);
         QVERIFY(!crosshairs()->isVisible());
@@ -379,6 +349,11 @@ private Q_SLOTS:
         QVERIFY(!pPage->isRunning());
         QVERIFY(!root().exists(Request));
         QVERIFY(!isCounting());
+
+        // What can be no request goes by its name, too.
+        QVERIFY(QDir().mkpath(root().path(Request)));
+        button("cancelCalibrationButton")->click();
+        QVERIFY(!root().exists(Request));
 
         // A start by hand is a run, too: the main window must not resume the pointer in it.
         button("startCalibrationButton")->click();

@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QMap>
 #include <QRegularExpression>
@@ -207,7 +208,7 @@ private Q_SLOTS:
             for (int i = 1; i <= CalibrationRecord::PointCount; ++i) {
                 pFifo->tap({300 * i, 300 * i});
             }
-            QVERIFY(QTest::qWaitFor([this] { return pRun->state() == Awaiting; }, RunLimitMs));
+            waitForEnd();
         } else {
             measure();
         }
@@ -358,10 +359,23 @@ private:
         for (const QPoint target : crosshairTargets(Glass.picture())) {
             pFifo->tap(Glass.touch(target));
         }
-        QVERIFY(QTest::qWaitFor([this] { return pRun->state() != Sampling; }, RunLimitMs));
+        waitForEnd();
     }
 
     const QRegularExpression CannotWrite{"Cannot write the pointer calibration file"};
+    void waitForEnd()
+    {
+        QEventLoop loop;
+        connect(pRun.get(), &CalibrationRun::stateChanged, &loop, [&] {
+            if (pRun->state() != Sampling) {
+                loop.quit();
+            }
+        });
+        QTimer::singleShot(RunLimitMs, &loop, &QEventLoop::quit);
+        loop.exec();
+        QVERIFY(pRun->state() != Sampling);
+    }
+
     std::unique_ptr<TouchscreenFifo> pFifo;
     std::unique_ptr<WindowServer> pServer;
     std::unique_ptr<CalibrationRun> pRun;

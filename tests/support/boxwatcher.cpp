@@ -23,6 +23,7 @@ void BoxWatcher::look()
     }
     if (pBox && !pBox->buttons().isEmpty()) {
         seen += QTextDocumentFragment::fromHtml(pBox->text()).toPlainText().simplified();
+        pressed += pBox->buttons().constFirst()->text();
         pBox->buttons().constFirst()->click();
     }
 }

@@ -18,10 +18,13 @@ public:
 
     /// Texts of the boxes seen, in order, on one line and without markup.
     const QStringList &texts() const { return seen; }
+    /// Texts of the buttons pressed, as they were then.
+    const QStringList &buttons() const { return pressed; }
 
 private:
     void look();
 
     QTimer timer;
     QStringList seen;
+    QStringList pressed;
 };
