@@ -6,6 +6,8 @@ BuildPackages=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-bas
     libgl-dev libts-dev ttf-bitstream-vera)
 # What the tests need besides.
 TestPackages=(libts-bin)
+# What .ci/run needs besides.
+CheckPackages=(git clang-format clang-tidy shellcheck libbenchmark-dev)
 
 say() {
     printf '==> %s\n' "$*"

@@ -7,7 +7,13 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
-#include <QtWidgets>
+#include <QApplication>
+#include <QDialog>
+#include <QLCDNumber>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScreen>
 
 #include <sys/stat.h>
 
