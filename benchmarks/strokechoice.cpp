@@ -12,6 +12,8 @@ constexpr int MovingKeys[] = {
     KEY_T,     KEY_R,     KEY_UP,    KEY_DOWN,  KEY_LEFT,    KEY_RIGHT, KEY_ESC,
 };
 constexpr int HammeringKeys[] = {KEY_ENTER, KEY_SPACE};
+// From the first key of the on-screen keyboard back to its last ones, OK and Cancel.
+constexpr int LeavingKeys[] = {KEY_T, KEY_T, KEY_S, KEY_ENTER};
 constexpr int Digits[] = {
     KEY_1,   KEY_2,   KEY_3,   KEY_4,   KEY_5,   KEY_6,   KEY_7,   KEY_8,   KEY_9,   KEY_0,
     KEY_KP1, KEY_KP2, KEY_KP3, KEY_KP4, KEY_KP5, KEY_KP6, KEY_KP7, KEY_KP8, KEY_KP9, KEY_KP0,
@@ -106,8 +108,10 @@ int StrokeChoice::number(int nBelow)
 
 void StrokeChoice::changeMood()
 {
-    mood = Mood(number(4));
-    nMoodKeys = 40 + number(400);
+    mood = Mood(number(5));
+    // The keyboard for the password keeps who does not press Escape for a long time.
+    nMoodKeys =
+        mood == Mood::Everything || mood == Mood::Combinations ? 40 + number(400) : 20 + number(80);
     constexpr int Bursts[] = {1, 1, 4, 16};
     constexpr int Pauses[] = {0, 5, 15, 30};
     nLongestBurst = Bursts[number(int(std::size(Bursts)))];
@@ -123,6 +127,8 @@ Stroke StrokeChoice::next()
     const int nChoice = number(10);
     if (mood == Mood::Hammering && nChoice < 9) {
         stroke.codes = oneOf(HammeringKeys);
+    } else if (mood == Mood::Leaving && nChoice < 9) {
+        stroke.codes = oneOf(LeavingKeys);
     } else if (mood == Mood::Combinations ? nChoice < 7 : nChoice == 0) {
         stroke.codes = held(Combinations[number(int(std::size(Combinations)))]);
     } else if (nChoice == 1) {

@@ -14,8 +14,8 @@ struct Stroke
 
 /// What somebody types who wants to get in: keys that move and press, digits of a password,
 /// any other key, and the combinations that are known to open, close or stop programs. It has
-/// moods, each a few hundred keys long, because there are states that no even mixture reaches: an
-/// Escape in ten keys never lets a third wrong password happen.
+/// moods, each some dozen keys long, because there are states that no even mixture reaches: what
+/// leaves the on-screen keyboard is two of its keys.
 class StrokeChoice
 {
 public:
@@ -33,7 +33,7 @@ public:
     static QByteArray name(const Stroke &stroke);
 
 private:
-    enum class Mood { Everything, NoEscape, Hammering, Combinations };
+    enum class Mood { Everything, NoEscape, Hammering, Leaving, Combinations };
 
     int number(int nBelow);
     void changeMood();
