@@ -44,7 +44,7 @@ landedState() {
 changedSources() {
     local changed
     changed=$({ git diff --name-only "$1" --; git ls-files --others --exclude-standard; } | sort -u)
-    if grep -qxE '\.clang-tidy|cmake/.*|CMakePresets\.json' <<<"$changed"; then
+    if grep -qxE '(.*/)?\.clang-tidy|cmake/.*\.cmake|CMakePresets\.json' <<<"$changed"; then
         git ls-files '*.cpp'
         return
     fi

@@ -1,5 +1,5 @@
 # Sourced by run.sh, test.sh and .ci/run: what this project needs of the system, and how to get it.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034
 
 # What it takes to build the panel and run it on a simulated device.
 BuildPackages=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-base-private-dev
