@@ -1,12 +1,18 @@
 #!/usr/bin/env bash
-# Builds the operator panel and runs all its tests. Arguments go to ctest ("-R name").
+# Builds the operator panel and runs all its tests: ./test.sh [--preset NAME] [CTEST ARGUMENT]...,
+# for example "-R name". NAME is debug unless told; asan and tsan have the sanitizers.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")"
 # shellcheck source=cmake/packages.sh
 source cmake/packages.sh
 
+preset=debug
+if [[ ${1:-} == --preset ]]; then
+    preset=${2:?--preset needs a name}
+    shift 2
+fi
 installPackages "${BuildPackages[@]}" "${TestPackages[@]}"
-configureAndBuild debug
-say "Testing (debug)"
-ctest --preset debug "$@" || die "tests failed"
+configureAndBuild "$preset"
+say "Testing ($preset)"
+ctest --preset "$preset" "$@" || die "tests failed"

@@ -15,9 +15,11 @@
 #include "wizard/veltawizard.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
-#include <QtTest>
 
 #include <cstdio>
 #include <malloc.h>

@@ -20,7 +20,19 @@
 #include "tests/support/testmain.h"
 #include "wizard/veltawizard.h"
 
-#include <QtWidgets>
+#include <QAbstractButton>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+#include <QThread>
+#include <QTimer>
+#include <QWindow>
 #include <qpa/qwindowsysteminterface.h>
 
 #include <cstdio>

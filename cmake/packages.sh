@@ -1,11 +1,13 @@
 # Sourced by run.sh, test.sh and .ci/run: what this project needs of the system, and how to get it.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034
 
 # What it takes to build the panel and run it on a simulated device.
 BuildPackages=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-base-private-dev
     libgl-dev libts-dev ttf-bitstream-vera)
 # What the tests need besides.
 TestPackages=(libts-bin)
+# What .ci/run needs besides.
+CheckPackages=(git clang-format clang-tidy shellcheck libbenchmark-dev)
 
 say() {
     printf '==> %s\n' "$*"

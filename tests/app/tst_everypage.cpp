@@ -13,7 +13,17 @@
 #include "tests/support/testmain.h"
 #include "wizard/veltawizard.h"
 
-#include <QtWidgets>
+#include <QAbstractScrollArea>
+#include <QApplication>
+#include <QGroupBox>
+#include <QLCDNumber>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollBar>
 
 namespace {
 

@@ -14,7 +14,13 @@
 #include "tests/support/testmain.h"
 #include "wizard/veltawizard.h"
 
-#include <QtWidgets>
+#include <QApplication>
+#include <QDialog>
+#include <QLCDNumber>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScreen>
 
 #include <sys/stat.h>
 

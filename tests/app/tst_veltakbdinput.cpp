@@ -3,7 +3,9 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
-#include <QtWidgets>
+#include <QDialog>
+#include <QKeyEvent>
+#include <QPushButton>
 
 namespace {
 

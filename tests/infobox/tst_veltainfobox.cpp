@@ -5,7 +5,15 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
-#include <QtWidgets>
+#include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPointingDevice>
+#include <QPushButton>
+#include <QScreen>
+#include <QTextDocumentFragment>
+#include <QWindow>
 
 #include <functional>
 #include <memory>

@@ -6,7 +6,8 @@
 
 #include <QLabel>
 #include <QPushButton>
-#include <QtTest>
+#include <QTest>
+#include <QTimer>
 
 constexpr char AddressMask[] = "000.000.000.000; ";
 constexpr char PasswordMask[] = "00000000; ";

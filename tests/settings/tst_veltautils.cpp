@@ -5,7 +5,16 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
-#include <QtWidgets>
+#include <QGroupBox>
+#include <QLCDNumber>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QToolButton>
 
 #include <memory>
 #include <sys/stat.h>

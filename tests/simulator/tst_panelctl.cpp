@@ -6,6 +6,7 @@
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
+#include <QDirIterator>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QProcess>

@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QtTest>
 
 namespace {
 constexpr char FirmwareState[] = "/simulator/firmware.state";

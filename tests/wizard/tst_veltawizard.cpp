@@ -1,6 +1,8 @@
 #include "tests/support/testmain.h"
 #include "tests/wizard/wizardtest.h"
 
+#include <QSocketNotifier>
+
 #include <unistd.h>
 
 /// A keyboard whose Return waits in the kernel until the program looks at it.

@@ -8,7 +8,13 @@
 #include "tests/support/screen.h"
 #include "wizard/veltawizard.h"
 
-#include <QtWidgets>
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QScreen>
+#include <QWizard>
 
 #include <functional>
 
