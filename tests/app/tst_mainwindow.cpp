@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLCDNumber>
+#include <QMessageBox>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
