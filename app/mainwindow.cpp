@@ -46,7 +46,7 @@ constexpr auto RestartStep = 1000ms;
 constexpr auto RebootLimit = 120s; // a hanging command must not freeze the panel
 constexpr quint8 CalMessageSeconds = 15;
 
-constexpr auto CalibrationRequestFile = QLatin1String("/tmp/.system/TouchCalibration");
+constexpr auto CalibrationRequestFile = CalibrationPage::RequestFile;
 constexpr auto CalMessageFile = QLatin1String("/flash/local/cal_message");
 constexpr auto RebootCommand = QLatin1String("/sbin/reboot");
 constexpr auto InputFolder = QLatin1String("/dev/input");

@@ -3,16 +3,17 @@
 #include "app/cursor.h"
 #include "calibration/veltacalibrationpanelcontext.h"
 #include "platform/devicepath.h"
+#include "platform/regularfile.h"
 #include "platform/windowserver.h"
 #include "settings/veltautils.h"
 #include "ui_veltacalibrationinputform.h"
 
-#include <QFile>
 #include <QGuiApplication>
 #include <QHideEvent>
 #include <QScreen>
 #include <QTimer>
 
+#include <cerrno>
 #include <chrono>
 
 namespace {
@@ -156,7 +157,7 @@ void CalibrationPage::updateLCD()
         pForm->acceptTimeout->display(--nAcceptCount);
         return;
     }
-    CancelTimer();
+    leaveAcceptMode();
     if (pController) {
         pController->RestoreOldCalibrationData();
     }
@@ -166,6 +167,15 @@ void CalibrationPage::updateLCD()
 }
 
 void CalibrationPage::CancelTimer()
+{
+    const bool bAccepted = pAcceptTimer != nullptr;
+    leaveAcceptMode();
+    if (bAccepted && pController) {
+        pController->acceptCalibration();
+    }
+}
+
+void CalibrationPage::leaveAcceptMode()
 {
     setAcceptMode(false);
     removeTimer(pAcceptTimer);
@@ -217,7 +227,10 @@ void CalibrationPage::CancelStartTimer()
 void CalibrationPage::CancelCalibration()
 {
     CancelStartTimer();
-    QFile::remove(devicePath(QStringLiteral("/tmp/.system/TouchCalibration")));
+    if (!removeName(devicePath(RequestFile))) {
+        qWarning("Cannot remove the request %s: %s", qPrintable(devicePath(RequestFile)),
+                 qPrintable(qt_error_string(errno)));
+    }
     bRunning = false;
 }
 

@@ -23,6 +23,10 @@ class CalibrationPage : public QWizardPage
     Q_OBJECT
 
 public:
+    /// The request file that raises the page, as the device knows it. "Exit Calibration" removes
+    /// it.
+    static constexpr QLatin1String RequestFile{"/tmp/.system/TouchCalibration"};
+
     /// Has no parent; the caller owns it.
     CalibrationPage();
     ~CalibrationPage() override;
@@ -53,6 +57,7 @@ private:
     void adaptToScreen();
     static QString acceptText();
     void setAcceptMode(bool bOn);
+    void leaveAcceptMode();
     void setPointerVisible(bool bVisible);
     void startCountdown();
     void stopCountdown();

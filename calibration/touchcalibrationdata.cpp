@@ -1,9 +1,6 @@
 #include "calibration/touchcalibrationdata.h"
 
 #include "infobox/veltainfobox.h"
-#include "platform/command.h"
-#include "platform/devicepath.h"
-#include "platform/pointertransform.h"
 #include "platform/touchscreenpaths.h"
 #include "platform/tslibdevice.h"
 #include "platform/tslibenvironment.h"
@@ -14,17 +11,7 @@
 #include <QFileInfo>
 #include <QScopedValueRollback>
 
-#include <chrono>
 #include <tslib.h>
-
-namespace {
-
-using namespace std::chrono_literals;
-
-/// How long a remount may take, a slow flash with much to write back included.
-constexpr auto MountLimit = 20s;
-
-} // namespace
 
 TouchCalibrationData::TouchCalibrationData()
 {
@@ -81,77 +68,107 @@ void TouchCalibrationData::releaseBackup()
         const QScopedValueRollback silent(bSilent, true);
         restoreOldCalibration();
     }
-    bBackupLoaded = bRestoreDue;
+    if (!bRestoreDue) {
+        backup.reset();
+    }
 }
 
 short TouchCalibrationData::backupCalibration()
 {
-    if (bBackupLoaded) {
+    if (backup) {
         return WARN_CAL_BACKUP_LOADED;
     }
-    PointerCalibrationData pairs;
-    pairs.screenPoints = crosshairTargets(untransformed({nScreenWidth, nScreenHeight}, nRotation));
-    if (const WindowServer *pServer = WindowServer::instance()) {
-        pServer->getCalibration(&pairs);
-    }
-    backup = storedRecord(pairs);
-    bBackupLoaded = true;
+    const WindowServer *pServer = WindowServer::instance();
+    backup = pServer ? pServer->saveCalibration() : SavedCalibration();
     return 0;
 }
 
-short TouchCalibrationData::applyCalibration(const CalibrationRecord &pairs, bool bRestore)
+short TouchCalibrationData::applyCalibration(const CalibrationRecord &measured)
 {
-    const PointerCalibrationData data =
-        bRestore ? storedPairs(pairs) : calibrationPairs(pairs, nRotation);
     WindowServer *pServer = WindowServer::instance();
     if (pServer) {
         pServer->clearCalibration();
     }
     short code = makeCalibrationWritable(true);
-    if (pServer && (code == 0 || bRestore) && !pServer->calibrate(data, bRestore)) {
-        code = bRestore || PointerTransform::fit(data) ? ERR_FILE_WRITE : ERR_CAL_CORRUPT;
-    }
-    if (!bRestore && code == 0) {
-        bRestoreDue = false;
-    } else if (!bRestore && code == RemountFailed) {
+    if (code != 0) {
         // The pointer's calibration is cleared, and nothing has come in its place.
-        bRestoreDue = bBackupLoaded;
+        bRestoreDue = backup.has_value();
+    } else {
+        code = pServer ? store(*pServer, calibrationPairs(measured, nRotation)) : short(0);
+        bRestoreDue = bRestoreDue && code != 0;
     }
-    if (bRemounted) {
-        const short protectCode = makeCalibrationWritable(false);
-        code = code != 0 ? code : protectCode;
+    bAcceptDue = false;
+    return protectCalibration(code);
+}
+
+short TouchCalibrationData::store(WindowServer &server, const PointerCalibrationData &pairs) const
+{
+    switch (server.calibrate(pairs, backup.value_or(server.saveCalibration()))) {
+    case CalibrationOutcome::Stored:
+        return 0;
+    case CalibrationOutcome::Degenerate:
+        return ERR_CAL_CORRUPT;
+    case CalibrationOutcome::NotWritten:
+        return ERR_FILE_WRITE;
     }
-    return code;
+    Q_UNREACHABLE();
 }
 
 short TouchCalibrationData::restoreOldCalibration()
 {
-    if (!bBackupLoaded) {
+    if (!backup) {
         return ERR_CAL_NO_BACKUP;
     }
-    const short code = applyCalibration(backup, true);
-    bRestoreDue = bBackupLoaded = code == ERR_FILE_WRITE;
+    short code = makeCalibrationWritable(true);
+    WindowServer *pServer = WindowServer::instance();
+    if (pServer && !pServer->restoreCalibration(*backup)) {
+        code = ERR_FILE_WRITE;
+    }
+    code = protectCalibration(code);
+    bAcceptDue = false;
+    bRestoreDue = code == ERR_FILE_WRITE;
+    if (!bRestoreDue) {
+        backup.reset();
+    }
     return code == RemountFailed ? 0 : code;
+}
+
+short TouchCalibrationData::acceptCalibration()
+{
+    if (!bAcceptDue && !WindowServer::isCalibrationUnaccepted()) {
+        return 0; // refused, not stored, or accepted already
+    }
+    short code = makeCalibrationWritable(true);
+    bAcceptDue = !WindowServer::acceptCalibration();
+    if (bAcceptDue) {
+        code = code != 0 ? code : ERR_FILE_ERASE;
+    }
+    return protectCalibration(code);
 }
 
 short TouchCalibrationData::makeCalibrationWritable(bool bWritable)
 {
-    const QString directory = QFileInfo(pointerCalibrationFile()).path();
-    if (bWritable && QFileInfo(directory).isWritable()) {
+    if (bWritable) {
+        directory.emplace();
+    }
+    const bool bDone = !directory || (bWritable ? directory->isReady() : directory->protect());
+    if (!bWritable) {
+        directory.reset();
+    }
+    if (bDone) {
         return 0;
     }
-    bRemounted = bWritable;
-    const QString option =
-        QStringLiteral("remount,%1").arg(bWritable ? QLatin1String("rw") : QLatin1String("ro"));
-    const int result = runCommand(devicePath(QStringLiteral("/bin/mount")),
-                                  {QStringLiteral("-o"), option, directory}, MountLimit);
-    if (result == CommandNotStarted || result == CommandCrashed) {
-        if (!bSilent) {
-            const VeltaInfoBox box(bWritable ? ERR_REMOUNT_CAL : ERR_REMOUNT_PROTECT,
-                                   QFileInfo(pointerCalibrationName()).path(),
-                                   CalibrationBoxSeconds, nullptr, true, true);
-        }
-        return RemountFailed;
+    if (!bSilent) {
+        const VeltaInfoBox box(bWritable ? ERR_REMOUNT_CAL : ERR_REMOUNT_PROTECT,
+                               QFileInfo(pointerCalibrationName()).path(), CalibrationBoxSeconds,
+                               nullptr, true, true);
     }
-    return 0;
+    return RemountFailed;
+}
+
+/// Ends what makeCalibrationWritable(true) has begun; \a code, if it is one, goes before its own.
+short TouchCalibrationData::protectCalibration(short code)
+{
+    const short protectCode = makeCalibrationWritable(false);
+    return code != 0 ? code : protectCode;
 }

@@ -1,7 +1,12 @@
 #pragma once
 
 #include "calibration/calibrationrecord.h"
+#include "platform/calibrationdirectory.h"
+#include "platform/savedcalibration.h"
 
+#include <optional>
+
+class WindowServer;
 struct tsdev;
 
 /// Seconds after which a box about the calibration file closes by itself: the touchscreen that
@@ -37,25 +42,28 @@ public:
     /// The backup is the only good copy of the calibration: a restore could not be stored, or
     /// measured points have cost the pointer its calibration; and no later run has succeeded.
     bool isRestoreDue() const { return bRestoreDue; }
-    /// Keeps the calibration in force, for a screen of nScreenWidth x nScreenHeight. A backup that
-    /// is already held stays (and the result is a warning code).
+    /// Keeps the calibration in force. A backup that is already held stays (and the result is a
+    /// warning code).
     short backupCalibration();
-    /// Puts \a pairs in force and into the pointer calibration file, whose directory is made
-    /// writable for that moment if it is not. With \a bRestore the pairs are those of a backup,
-    /// else measured points of a run.
+    /// Puts the points \a measured in a run in force and into the pointer calibration file, whose
+    /// directory is made writable for that moment if it is not. Until acceptCalibration() the next
+    /// start of the program goes back to the backup.
     ///
-    /// Measured points that are refused (ERR_CAL_CORRUPT) or cannot be stored (ERR_FILE_WRITE)
-    /// leave pointer and file as before. Where the directory cannot be remounted (RemountFailed)
-    /// measured points leave the pointer without calibration and the file as before; a restore
-    /// reaches the pointer all the same.
-    short applyCalibration(const CalibrationRecord &pairs, bool bRestore);
+    /// Points that are refused (ERR_CAL_CORRUPT) or cannot be stored (ERR_FILE_WRITE) leave pointer
+    /// and file as before. Where the directory cannot be remounted (RemountFailed) they leave the
+    /// pointer without calibration and the file as before.
+    short applyCalibration(const CalibrationRecord &measured);
     /// Puts the backup in force again and drops it, unless the file cannot be written
     /// (ERR_FILE_WRITE): then it is in force, and kept for another try. A failed remount, of which
     /// the operator has been told, is no failure of the restore.
     short restoreOldCalibration();
-    /// Remounts the file system of the pointer calibration file's directory, for writing (unless
-    /// the directory is writable) or for reading only. The operator is told of a failure. Where
-    /// the file is a symbolic link, this is the link's directory, not its target's.
+    /// Has the applied calibration outlive the program. Where that cannot be made sure
+    /// (ERR_FILE_ERASE, or RemountFailed) the next start may go back to the backup, and another
+    /// try is due. Nothing to do is no failure.
+    short acceptCalibration();
+    bool isAcceptDue() const { return bAcceptDue; }
+    /// Makes the directory of the pointer calibration file writable, or as it was before. The
+    /// operator is told of a failure (RemountFailed).
     short makeCalibrationWritable(bool bWritable);
     /// Result of a remount that could not run.
     static constexpr short RemountFailed = -1;
@@ -69,10 +77,13 @@ public:
     CalibrationRecord points; ///< measured in this run
 
 private:
-    bool bBackupLoaded = false; ///< a backup is held
-    bool bRemounted = false;
+    short store(WindowServer &server, const PointerCalibrationData &pairs) const;
+    short protectCalibration(short code);
+
     bool bRestoreDue = false;
+    bool bAcceptDue = false; ///< the operator has accepted, and the next start would not know
     bool bSilent = false;
     int nRotation; ///< quarter turns of the screen, 0 to 3
-    CalibrationRecord backup;
+    std::optional<SavedCalibration> backup;
+    std::optional<CalibrationDirectory> directory; ///< while it is to be writable
 };

@@ -3,6 +3,7 @@
 #include "infobox/veltainfobox.h"
 #include "platform/touchscreenpaths.h"
 #include "platform/windowserver.h"
+#include "settings/errorcatalogue.h"
 #include "settings/fittedfont.h"
 
 #include <QCoreApplication>
@@ -136,7 +137,7 @@ void VeltaCalibrationPanel::CalThreadControl()
     thread.join();
     if (!bPointMeasured) {
         // It has ended without a word, so something keeps it from waiting for touches.
-        CalThreadError(ErrTouchReadPress);
+        CalThreadError(ERR_TS_READ_PRESS);
         return;
     }
     if (++nPoints < CalibrationRecord::PointCount) {
@@ -148,7 +149,7 @@ void VeltaCalibrationPanel::CalThreadControl()
     data.shareTouchscreen();
     setPointerSuspended(false);
     bApplying = true;
-    reportFailure(data.applyCalibration(data.points, false), pointerCalibrationName());
+    reportFailure(data.applyCalibration(data.points), pointerCalibrationName());
     reportFailure(data.closeTouchscreen(), QStringLiteral("closeTouchscreen"));
     bApplying = false;
     Q_EMIT CalibFinished();

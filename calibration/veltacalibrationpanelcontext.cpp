@@ -44,6 +44,8 @@ void VeltaCalibrationPanelContext::restoreSilently(bool bUnaccepted)
     record.setSilent();
     if (bUnaccepted || record.isRestoreDue()) {
         record.restoreOldCalibration();
+    } else if (record.isAcceptDue()) {
+        record.acceptCalibration();
     }
 }
 
@@ -73,6 +75,16 @@ void VeltaCalibrationPanelContext::showCalibrationPanel()
     }
 }
 
+void VeltaCalibrationPanelContext::acceptCalibration()
+{
+    const short code = pPanel->calibrationData().acceptCalibration();
+    if (code != 0 && code != TouchCalibrationData::RemountFailed) {
+        const VeltaInfoBox box(code, pointerCalibrationName(), CalibrationBoxSeconds, this, true,
+                               true);
+    }
+    activatePage();
+}
+
 void VeltaCalibrationPanelContext::RestoreOldCalibrationData()
 {
     if (const short code = pPanel->calibrationData().restoreOldCalibration(); code != 0) {
@@ -95,7 +107,7 @@ void VeltaCalibrationPanelContext::CalibrationError(short nCode)
 {
     leaveScreen();
     if (nCode != 0) {
-        const VeltaInfoBox box(nCode, 0, this, true, true);
+        const VeltaInfoBox box(nCode, CalibrationBoxSeconds, this, true, true);
     }
     activatePage();
     update();

@@ -19,6 +19,9 @@ public:
 
     /// Ends a run in progress without result and hides the window.
     void cancel();
+    /// The operator keeps the calibration of the last run, and is told when a power cut may still
+    /// undo that.
+    void acceptCalibration();
     /// For the end of the program: without a word to the operator, restores the old calibration
     /// when the new one is \a bUnaccepted or an earlier restore is still due.
     void restoreSilently(bool bUnaccepted);

@@ -3,6 +3,7 @@
 #include "calibration/touchaxes.h"
 #include "calibration/touchreduction.h"
 #include "platform/devicepath.h"
+#include "settings/errorcatalogue.h"
 
 #include <QDebug>
 
@@ -145,7 +146,7 @@ short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *pRawX, int *pRawY)
         }
         if (result == Result::Failed) {
             qDebug("getxy: ts_read_raw error 1");
-            return ErrTouchReadPress;
+            return ERR_TS_READ_PRESS;
         }
     } while (samples[0].pressure == 0);
 
@@ -160,7 +161,7 @@ short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *pRawX, int *pRawY)
         }
         if (result == Result::Failed) {
             qDebug("getxy: ts_read_raw error 2");
-            return ErrTouchReadRelease;
+            return ERR_TS_READ_RELEASE;
         }
         showTarget(samples[n].pressure != 0 ? Qt::yellow : Qt::white);
     } while (samples[n].pressure != 0);

@@ -12,10 +12,6 @@
 
 struct tsdev;
 
-/// Codes of errorCalThread(). They have no text in the catalogue: the box shows its empty form.
-constexpr short ErrTouchReadPress = -217; ///< while waiting for the touch
-constexpr short ErrTouchReadRelease = -218; ///< while waiting for its end
-
 /// Name of the last point of a run, which is followed by a pause.
 inline constexpr char CenterPointName[] = "Center";
 
@@ -62,7 +58,8 @@ Q_SIGNALS:
     void updateScreenpos(int xPos, int yPos, QColor eBrush);
     /// The point is complete; \a pCalData is the CalibrationRecord given to setup().
     void updateCaldata(void *pCalData);
-    /// The touchscreen cannot be read; the point ends without result.
+    /// The touchscreen cannot be read; the point ends without result. ERR_TS_READ_PRESS while it
+    /// waits for the touch, ERR_TS_READ_RELEASE for its end.
     void errorCalThread(short nThreadError);
 
 protected:

@@ -1,25 +1,19 @@
 #include "platform/pointercalibration.h"
 
+#include "platform/calibrationdirectory.h"
+#include "platform/calibrationnote.h"
 #include "platform/touchscreenpaths.h"
 
 #include <QFile>
-#include <QSaveFile>
 
-#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
-#include <unistd.h>
 #include <utility>
 
 namespace {
 
-/// Far more than a calibration file has; a larger file is not read, as it is broken anyway.
-constexpr qint64 FileLimit = 1 << 20;
-/// How many of the calibrations handed out can be reinstated. A run takes one.
-constexpr std::size_t HandedOutLimit = 8;
-
-/// The longest chain of symbolic links that is followed, as by QSaveFile.
+/// The longest chain of symbolic links that is followed.
 constexpr int LinkLimit = 128;
 
 /// The file itself behind symbolic links, also when it does not exist: the links are the device's
@@ -31,65 +25,82 @@ QString resolvedFile()
     for (int i = 0; i < LinkLimit && is_symlink(file, error); ++i) {
         file = file.parent_path() / read_symlink(file, error);
     }
-    // QSaveFile takes ".." away with the name before it, wrongly where that is a link itself.
+    // ".." is not to be taken away with the name before it, which may be a link itself.
     const std::filesystem::path resolved = weakly_canonical(file, error);
     return QFile::decodeName((error ? file : resolved).c_str());
 }
 
-} // namespace
-
-PointerCalibration::File PointerCalibration::readFile()
+CalibrationNote note()
 {
-    QFile file(pointerCalibrationFile());
-    if (file.open(QIODevice::ReadOnly)) {
-        const QByteArray content = file.read(FileLimit + 1);
-        if (file.error() == QFileDevice::NoError && content.size() <= FileLimit) {
-            return {File::Readable, content};
-        }
-        return {File::Unreadable, {}};
-    }
-    errno = 0;
-    // Only a file that is certainly not there counts as absent: a restore removes it then.
-    const bool bAbsent = access(QFile::encodeName(file.fileName()).constData(), F_OK) != 0
-        && (errno == ENOENT || errno == ENOTDIR);
-    return {bAbsent ? File::Absent : File::Unreadable, {}};
+    return CalibrationNote(resolvedFile());
 }
 
-/// Replaces the file whole: after a power cut there is the old one or the new one.
+bool warnOf(const char *what, const QString &path)
+{
+    qWarning("Cannot %s %s: %s", what, qPrintable(path), qPrintable(qt_error_string(errno)));
+    return false;
+}
+
+} // namespace
+
+FileContent PointerCalibration::readFile()
+{
+    return readRegularFile(pointerCalibrationFile(), Links::Follow);
+}
+
+/// Replaces the file whole: after a power cut there is the old one or the new one, and after
+/// success the new one.
 bool PointerCalibration::writeFile(const QByteArray &content)
 {
-    QSaveFile file(resolvedFile());
-    // Without flush() a full disk shows only inside commit(), which (Qt 6.4) then puts an empty
-    // file in place of the old one and reports success.
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush()
-        && file.commit()) {
-        lastWritten = content;
-        return true;
-    }
-    qWarning("Cannot write the pointer calibration file %s: %s", qPrintable(file.fileName()),
-             qPrintable(file.errorString()));
-    return false;
+    const QString path = resolvedFile();
+    return (replaceFile(path, content) && syncFolderOf(path))
+        || warnOf("write the pointer calibration file", path);
 }
 
 bool PointerCalibration::removeFile()
 {
-    QFile file(resolvedFile());
-    if (file.remove() || !file.exists()) {
-        return true;
-    }
-    qWarning("Cannot remove the pointer calibration file %s: %s", qPrintable(file.fileName()),
-             qPrintable(file.errorString()));
-    return false;
+    const QString path = resolvedFile();
+    return (removeName(path) && syncFolderOf(path))
+        || warnOf("remove the pointer calibration file", path);
 }
 
 void PointerCalibration::load()
 {
-    const File file = readFile();
-    inForce = file.state == File::Readable ? PointerTransform::parse(file.content) : std::nullopt;
-    if (file.state != File::Absent && !inForce) {
+    const std::optional<FileContent> takenBack = takeBackUnaccepted();
+    const FileContent file = takenBack ? *takenBack : readFile();
+    inForce =
+        file.state == FileContent::Readable ? PointerTransform::parse(file.content) : std::nullopt;
+    if (file.state != FileContent::Absent && !inForce) {
         qWarning("The pointer calibration file %s is broken: touches are not calibrated",
                  qPrintable(pointerCalibrationFile()));
     }
+}
+
+/// The content that the file had before a run that nobody has accepted: back in the file, or at
+/// least to be put in force.
+std::optional<FileContent> PointerCalibration::takeBackUnaccepted()
+{
+    const QString path = resolvedFile();
+    const CalibrationNote unaccepted(path);
+    const bool bStray = hasStrayFiles(path) || hasStrayFiles(unaccepted.path());
+    if (!unaccepted.exists() && !bStray) {
+        return std::nullopt;
+    }
+    const CalibrationDirectory directory;
+    removeStrayFiles(path);
+    removeStrayFiles(unaccepted.path());
+    const std::optional<FileContent> before = unaccepted.replacedBy(readFile());
+    if (before) {
+        qWarning("Nobody has accepted the calibration in %s: back to the one before",
+                 qPrintable(path));
+        if (!reinstateFile(*before)) {
+            return before; // and the next start tries again
+        }
+    }
+    if (unaccepted.exists() && !unaccepted.remove()) {
+        warnOf("remove", unaccepted.path());
+    }
+    return before;
 }
 
 void PointerCalibration::clear()
@@ -99,66 +110,98 @@ void PointerCalibration::clear()
     }
 }
 
-bool PointerCalibration::calibrate(const PointerCalibrationData &data, bool bRestore)
+SavedCalibration PointerCalibration::save() const
 {
-    const auto before = std::exchange(dropped, std::nullopt);
-    // Measured points are never looked up: on a panel that is right without a calibration they may
-    // be the very pairs that were handed out, and still are to be stored.
-    const auto known =
-        bRestore ? std::ranges::find(handedOut, data, &HandedOut::data) : handedOut.end();
-    if (known != handedOut.end()) {
-        // In force even when the file cannot follow: the operator must be able to touch.
-        inForce = known->inForce;
-        return reinstateFile(known->file);
+    SavedCalibration saved;
+    saved.inForce = inForce;
+    saved.file = readFile();
+    if (inForce
+        && (saved.file.state != FileContent::Readable
+            || PointerTransform::parse(saved.file.content) != inForce)) {
+        // It has changed since it was loaded: to go back is to go back to what is in force.
+        saved.file = {FileContent::Readable, inForce->toFile(), {}};
     }
+    return saved;
+}
+
+bool PointerCalibration::restore(const SavedCalibration &saved)
+{
+    dropped.reset();
+    inForce = saved.inForce; // whatever becomes of the file: the operator must be able to touch
+    if (!reinstateFile(saved.file)) {
+        return false;
+    }
+    // One that cannot be removed does no harm: the file is not what the run has written.
+    if (isUnaccepted() && !note().remove()) {
+        warnOf("remove", note().path());
+    }
+    return true;
+}
+
+CalibrationOutcome PointerCalibration::calibrate(const PointerCalibrationData &data,
+                                                 const SavedCalibration &before)
+{
+    const auto droppedBefore = std::exchange(dropped, std::nullopt);
+    auto outcome = CalibrationOutcome::Degenerate;
     if (const auto transform = PointerTransform::fit(data)) {
-        if (writeFile(transform->toFile())) {
+        if (store(transform->toFile(), before.file)) {
             inForce = transform;
-            return true;
+            return CalibrationOutcome::Stored;
         }
+        outcome = CalibrationOutcome::NotWritten;
     } else {
         qWarning("The calibration points lie on one line or do not fit: calibration refused");
     }
     if (!inForce) {
-        inForce = before;
+        inForce = droppedBefore;
+    }
+    return outcome;
+}
+
+bool PointerCalibration::store(const QByteArray &content, const FileContent &before)
+{
+    const FileContent present = readFile();
+    const CalibrationNote unaccepted = note();
+    if (!unaccepted.write(before, content)) {
+        return warnOf("write the pointer calibration file", unaccepted.path());
+    }
+    if (writeFile(content)) {
+        return true;
+    }
+    // Where the new name is there, but maybe not for good, the old one is not gone for good either.
+    if (reinstateFile(present) && !unaccepted.replacedBy(present)) {
+        unaccepted.remove();
     }
     return false;
 }
 
-bool PointerCalibration::reinstateFile(const File &file)
+bool PointerCalibration::reinstateFile(const FileContent &file)
 {
-    const File present = readFile();
+    const FileContent present = readFile();
     // A file that is right already is left alone: its directory may be read-only.
     if (present == file) {
         return true;
     }
     switch (file.state) {
-    case File::Readable:
+    case FileContent::Readable:
         return writeFile(file.content);
-    case File::Absent:
+    case FileContent::Absent:
         return removeFile();
-    case File::Unreadable:
-        // What it held is unknown, and nothing was in force: only what was written over it goes.
-        return present.state != File::Readable || present.content != lastWritten || removeFile();
+    case FileContent::Unreadable:
+        // What it held is unknown, and nothing was in force: only what a run has put in its place
+        // goes.
+        return !note().replacedBy(present) || removeFile();
     }
     Q_UNREACHABLE();
 }
 
-void PointerCalibration::getCalibration(PointerCalibrationData *data)
+bool PointerCalibration::isUnaccepted()
 {
-    std::ranges::transform(data->screenPoints, data->devPoints.begin(), [this](QPoint pixel) {
-        return inForce ? inForce->inverse(pixel) : RawPoint{pixel.x(), pixel.y()};
-    });
-    File file = readFile();
-    if (inForce
-        && (file.state != File::Readable || PointerTransform::parse(file.content) != inForce)) {
-        // It has changed since it was loaded: to go back is to go back to what is in force.
-        file = {File::Readable, inForce->toFile()};
-    }
-    // The same pairs stand for the newest moment at which they were handed out.
-    std::erase_if(handedOut, [&](const HandedOut &record) { return record.data == *data; });
-    if (handedOut.size() == HandedOutLimit) {
-        handedOut.erase(handedOut.begin());
-    }
-    handedOut.push_back({*data, file, inForce});
+    return note().exists();
+}
+
+bool PointerCalibration::accept()
+{
+    const CalibrationNote unaccepted = note();
+    return unaccepted.remove() || warnOf("remove", unaccepted.path());
 }

@@ -1,61 +1,64 @@
 #pragma once
 
 #include "platform/pointertransform.h"
+#include "platform/savedcalibration.h"
 
 #include <QByteArray>
+#include <QString>
 
 #include <optional>
-#include <vector>
+
+/// What became of measured points.
+enum class CalibrationOutcome {
+    Stored, ///< in force and in the file
+    Degenerate, ///< they lie on one line or do not fit; everything is as before
+    NotWritten ///< the file could not be written; everything is as before
+};
 
 /// The calibration in force and the pointer calibration file behind it.
 ///
 /// tslib applies contentInForce(), never the file itself, which others may break, remove or replace
-/// at any time: whoever changes the calibration here has tslib take that over. GUI thread only.
+/// at any time: whoever changes the calibration here has tslib take that over. The file's directory
+/// is to be writable while something is stored, restored or accepted. Whatever fails here says so
+/// in one warning line. GUI thread only.
 class PointerCalibration
 {
 public:
-    /// Takes the file's calibration, if there is a valid one. A broken file is ignored with one
-    /// warning line.
+    /// Takes the file's calibration, if there is a valid one. A broken file is ignored. A
+    /// calibration that an earlier run of the program has stored and nobody has accepted is taken
+    /// back first, and what a killed run has left beside the file is removed.
     void load();
 
-    /// Puts no calibration in force until calibrate(). The file stays.
+    /// Puts no calibration in force until calibrate() or restore(). The file stays.
     void clear();
 
-    /// Computes the calibration from \a data and writes the file. With \a bRestore brings file and
-    /// calibration back to what they were when getCalibration() handed out \a data.
-    /// When that fails (one warning line) the file stays as it is. A calibration to be restored is
-    /// in force all the same; else it is the one from before, which clear() may have dropped.
-    bool calibrate(const PointerCalibrationData &data, bool bRestore);
-
-    /// Fills data->devPoints for data->screenPoints and remembers the pairs for calibrate().
-    void getCalibration(PointerCalibrationData *data);
+    /// The calibration in force with its file.
+    SavedCalibration save() const;
+    /// Brings file and calibration back to what they were at \a saved. False when the file could
+    /// not follow: then it is as it was, but \a saved is in force all the same.
+    bool restore(const SavedCalibration &saved);
+    /// Computes the calibration from \a data and writes the file. Until accept() or restore() the
+    /// next start goes back to \a before. When nothing is stored, the calibration from before is in
+    /// force, which clear() may have dropped.
+    CalibrationOutcome calibrate(const PointerCalibrationData &data,
+                                 const SavedCalibration &before);
+    /// A stored calibration stands, and accept() is due.
+    static bool isUnaccepted();
+    /// Keeps the calibration in the file for good. False when the next start may still take it
+    /// back.
+    static bool accept();
 
     /// The checked file content that tslib is to apply; empty when no calibration is in force.
     QByteArray contentInForce() const { return inForce ? inForce->toFile() : QByteArray(); }
 
 private:
-    struct File
-    {
-        enum State { Absent, Readable, Unreadable };
-
-        State state = Absent;
-        QByteArray content; ///< whole, of a readable file
-        friend bool operator==(const File &, const File &) = default;
-    };
-    struct HandedOut
-    {
-        PointerCalibrationData data;
-        File file;
-        std::optional<PointerTransform> inForce;
-    };
-
-    static File readFile();
-    bool writeFile(const QByteArray &content);
+    static FileContent readFile();
+    static bool writeFile(const QByteArray &content);
     static bool removeFile();
-    bool reinstateFile(const File &file);
+    static bool reinstateFile(const FileContent &file);
+    static bool store(const QByteArray &content, const FileContent &before);
+    static std::optional<FileContent> takeBackUnaccepted();
 
     std::optional<PointerTransform> inForce;
     std::optional<PointerTransform> dropped; ///< by clear(), and nothing has come in its place
-    std::vector<HandedOut> handedOut;
-    QByteArray lastWritten; ///< into the file by this object
 };

@@ -147,9 +147,17 @@ void PointerHandler::clearCalibration()
     reconfigure();
 }
 
-bool PointerHandler::calibrate(const PointerCalibrationData &data, bool bRestore)
+CalibrationOutcome PointerHandler::calibrate(const PointerCalibrationData &data,
+                                             const SavedCalibration &before)
 {
-    const bool bDone = calibration.calibrate(data, bRestore);
+    const CalibrationOutcome outcome = calibration.calibrate(data, before);
+    reconfigure();
+    return outcome;
+}
+
+bool PointerHandler::restoreCalibration(const SavedCalibration &saved)
+{
+    const bool bDone = calibration.restore(saved);
     reconfigure();
     return bDone;
 }

@@ -41,8 +41,10 @@ public:
 
     /// See the functions of WindowServer with these names.
     void clearCalibration();
-    bool calibrate(const PointerCalibrationData &data, bool bRestore);
-    void getCalibration(PointerCalibrationData *data) { calibration.getCalibration(data); }
+    SavedCalibration saveCalibration() const { return calibration.save(); }
+    bool restoreCalibration(const SavedCalibration &saved);
+    CalibrationOutcome calibrate(const PointerCalibrationData &data,
+                                 const SavedCalibration &before);
 
 private Q_SLOTS:
     void readSamples();

@@ -31,9 +31,6 @@ public:
 
     /// The pixel at which tslib reports the raw touch \a point.
     QPoint map(RawPoint point) const;
-    /// The raw touch that is reported at \a pixel, or next to it where the touchscreen is coarser
-    /// than the screen.
-    RawPoint inverse(QPoint pixel) const;
 
     friend bool operator==(const PointerTransform &, const PointerTransform &) = default;
 

@@ -63,13 +63,6 @@ bool writeAll(int nFd, const QByteArray &content)
     return true;
 }
 
-bool syncFolderOf(const QByteArray &path)
-{
-    const QByteArray folder = QFile::encodeName(QFileInfo(QFile::decodeName(path)).path());
-    const Descriptor descriptor(open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return descriptor.isOpen() && fsync(descriptor.get()) == 0;
-}
-
 FileContent unreadable(int nError)
 {
     return {FileContent::Unreadable, {}, qt_error_string(nError)};
@@ -108,6 +101,13 @@ bool fillNewFile(int nFd, const QByteArray &path, const QByteArray &content)
     unlink(path.constData());
     errno = nError;
     return false;
+}
+
+/// Names of the temporary files of \a path, without their folder.
+QStringList strayFiles(const QFileInfo &file)
+{
+    const QString pattern = file.fileName() + StrayMark + QLatin1Char('*');
+    return QDir(file.path()).entryList({pattern}, QDir::Files | QDir::Hidden | QDir::System);
 }
 
 } // namespace
@@ -208,16 +208,26 @@ bool replaceFile(const QString &path, const QByteArray &content, int mode)
         return false;
     }
     // The name may still be the old file's after a power cut, which is a whole file, too.
-    syncFolderOf(name);
+    syncFolderOf(path);
     return true;
+}
+
+bool syncFolderOf(const QString &path)
+{
+    const QByteArray folder = QFile::encodeName(QFileInfo(path).path());
+    const Descriptor descriptor(open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return descriptor.isOpen() && fsync(descriptor.get()) == 0;
+}
+
+bool hasStrayFiles(const QString &path)
+{
+    return !strayFiles(QFileInfo(path)).isEmpty();
 }
 
 void removeStrayFiles(const QString &path)
 {
     const QFileInfo file(path);
-    const QString pattern = file.fileName() + StrayMark + QLatin1Char('*');
-    const QStringList strays =
-        QDir(file.path()).entryList({pattern}, QDir::Files | QDir::Hidden | QDir::System);
+    const QStringList strays = strayFiles(file);
     for (const QString &stray : strays) {
         removeName(file.path() + QLatin1Char('/') + stray);
     }

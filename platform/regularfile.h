@@ -59,5 +59,11 @@ bool writeNewFile(const QString &path, const QByteArray &content);
 /// else is left, and the result is false with the reason in errno.
 bool replaceFile(const QString &path, const QByteArray &content, int mode = 0644);
 
+/// Has the name \a path survive a power cut as it is now: there, gone, or renamed over. False, with
+/// the reason in errno, when that is not sure.
+bool syncFolderOf(const QString &path);
+
+/// Whether a killed replaceFile() of \a path has left temporary files beside it.
+bool hasStrayFiles(const QString &path);
 /// Removes the temporary files that a killed replaceFile() of \a path has left beside it.
 void removeStrayFiles(const QString &path);

@@ -156,16 +156,30 @@ void WindowServer::clearCalibration()
     }
 }
 
-bool WindowServer::calibrate(const PointerCalibrationData &data, bool bRestore)
+SavedCalibration WindowServer::saveCalibration() const
 {
-    return !pPointerHandler || pPointerHandler->calibrate(data, bRestore);
+    return pPointerHandler ? pPointerHandler->saveCalibration() : SavedCalibration();
 }
 
-void WindowServer::getCalibration(PointerCalibrationData *data) const
+bool WindowServer::restoreCalibration(const SavedCalibration &saved)
 {
-    if (pPointerHandler) {
-        pPointerHandler->getCalibration(data);
-    }
+    return !pPointerHandler || pPointerHandler->restoreCalibration(saved);
+}
+
+CalibrationOutcome WindowServer::calibrate(const PointerCalibrationData &data,
+                                           const SavedCalibration &before)
+{
+    return pPointerHandler ? pPointerHandler->calibrate(data, before) : CalibrationOutcome::Stored;
+}
+
+bool WindowServer::isCalibrationUnaccepted()
+{
+    return PointerCalibration::isUnaccepted();
+}
+
+bool WindowServer::acceptCalibration()
+{
+    return PointerCalibration::accept();
 }
 
 void WindowServer::setCursorVisible(bool visible)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/pointercalibrationdata.h"
+#include "platform/pointercalibration.h"
 
 #include <QObject>
 #include <QString>
@@ -52,16 +52,23 @@ public:
     /// Drops the calibration in force: touches are then delivered as the touchscreen reports them.
     /// The pointer calibration file stays.
     void clearCalibration();
+    /// The calibration in force with the bytes of its file, to be kept for restoreCalibration().
+    SavedCalibration saveCalibration() const;
+    /// Brings calibration and file back to exactly \a saved. False (one warning line) when the file
+    /// could not follow; \a saved is in force all the same.
+    bool restoreCalibration(const SavedCalibration &saved);
     /// Computes the calibration from \a data, uses it at once and writes the pointer calibration
-    /// file (replaced whole). With \a bRestore and data that getCalibration() handed out it
-    /// reinstates the calibration of that moment exactly, the bytes of the file included.
-    ///
-    /// Returns false when the points are degenerate or the file cannot be written (one warning
-    /// line). The file is then as before. In force is the calibration to be restored all the same;
-    /// after measured points it is the one from before, even if clearCalibration() had dropped it.
-    bool calibrate(const PointerCalibrationData &data, bool bRestore = false);
-    /// Fills data->devPoints for the given data->screenPoints from the calibration in force.
-    void getCalibration(PointerCalibrationData *data) const;
+    /// file (replaced whole). A note beside the file has the next start of the program go back to
+    /// \a before, until the calibration is accepted or one is restored. When nothing is stored (one
+    /// warning line) the file is as before and the calibration from before is in force, even if
+    /// clearCalibration() had dropped it.
+    CalibrationOutcome calibrate(const PointerCalibrationData &data,
+                                 const SavedCalibration &before);
+    /// A calibration has been stored, and neither accepted nor replaced by a restored one.
+    static bool isCalibrationUnaccepted();
+    /// Has the stored calibration outlive the program. False (one warning line) when the next start
+    /// may still take it back. Needs a directory that is writable, as calibrate() does.
+    static bool acceptCalibration();
 
     /// Shows or hides the window system's pointer.
     void setCursorVisible(bool visible);

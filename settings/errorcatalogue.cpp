@@ -236,6 +236,17 @@ const ErrorEntry errorCatalogue[] = {
      QMessageBox::Critical, QMessageBox::Ok},
     {ERR_GENERAL, QStringLiteral(QT_TRANSLATE_NOOP("QObject", "%1 ")), QMessageBox::Critical,
      QMessageBox::Ok},
+    {ERR_TS_READ_PRESS,
+     QStringLiteral(QT_TRANSLATE_NOOP("QObject",
+                                      "could not read touchscreen while waiting for the touch. "
+                                      "Calibration is as before. Please check touchscreen and try "
+                                      "again.")),
+     QMessageBox::Critical, QMessageBox::Ok},
+    {ERR_TS_READ_RELEASE,
+     QStringLiteral(QT_TRANSLATE_NOOP("QObject",
+                                      "could not read touchscreen during the touch. Calibration "
+                                      "is as before. Please check touchscreen and try again.")),
+     QMessageBox::Critical, QMessageBox::Ok},
     {ERR_END, QString(), QMessageBox::NoIcon, QMessageBox::NoButton},
 };
 

@@ -57,6 +57,8 @@ constexpr qint16 ERR_FILE_OPEN_ABORT = -239;
 constexpr qint16 ERR_EMPTY_DIRLIST = -241;
 constexpr qint16 ERR_EMPTY_SEARCH = -242;
 constexpr qint16 ERR_GENERAL = -999;
+constexpr qint16 ERR_TS_READ_PRESS = -217;
+constexpr qint16 ERR_TS_READ_RELEASE = -218;
 /// Closes the catalogue; never a result.
 constexpr qint16 ERR_END = -9999;
 

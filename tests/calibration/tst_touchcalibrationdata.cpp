@@ -169,7 +169,7 @@ private Q_SLOTS:
         const QPoint before = landing(anywhere);
 
         Run data(screen);
-        QCOMPARE(data.applyCalibration(measured(panel), false), 0);
+        QCOMPARE(data.applyCalibration(measured(panel)), 0);
         for (int x = 5; x < screen.width(); x += screen.width() / 4) {
             for (int y = 5; y < screen.height(); y += screen.height() / 4) {
                 const QPoint off = landing(panel.touch({x, y})) - QPoint(x, y);
@@ -245,7 +245,7 @@ private Q_SLOTS:
             QTest::ignoreMessage(QtWarningMsg, CannotWrite);
         }
         BoxWatcher operatorsEyes;
-        QCOMPARE(int(data.applyCalibration(measured(panel), false)), result);
+        QCOMPARE(int(data.applyCalibration(measured(panel))), result);
         QCOMPARE(landing(raw),
                  result == 0                    ? QPoint(100, 300)
                      : result == ERR_FILE_WRITE ? before
@@ -263,6 +263,9 @@ private Q_SLOTS:
             QVERIFY2(text.contains("remount" + shown + "to"), qPrintable(text));
         }
 
+        QCOMPARE(WindowServer::isCalibrationUnaccepted(), result == 0);
+        QCOMPARE(data.acceptCalibration(), 0);
+        QVERIFY(!WindowServer::isCalibrationUnaccepted());
         if (result != 0) {
             // Accepted all the same. The next run does not forget what was there before.
             data.releaseBackup();
@@ -274,6 +277,47 @@ private Q_SLOTS:
         QCOMPARE(landing(raw), before);
     }
 
+    /// The operator has accepted, but the note for the next start can be neither removed nor
+    /// emptied, not even after a remount.
+    void acceptFails()
+    {
+        root().write(calibrationFile, OldFile);
+        root().writeCommand("/bin/mount", "exit 32");
+        const QString directory = root().path("/etc");
+        const QString note = root().path(calibrationFile + ".unaccepted");
+        const OrdinaryUser user(root());
+        openPointer({});
+        Run data;
+        QCOMPARE(data.applyCalibration(measured({})), 0);
+        QFile::setPermissions(note, QFile::Permissions(0x4444));
+        QFile::setPermissions(directory, QFile::Permissions(0x5555));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot remove .*unaccepted"));
+        QCOMPARE(data.acceptCalibration(), ERR_FILE_ERASE);
+        QVERIFY(data.isAcceptDue());
+        QFile::setPermissions(directory, QFile::Permissions(0x7755));
+        QCOMPARE(data.acceptCalibration(), 0);
+        QVERIFY(!data.isAcceptDue() && !QFile::exists(note));
+    }
+
+    /// A power cut before anybody has accepted, where the directory has to be remounted.
+    void nobodyAccepts()
+    {
+        root().write(calibrationFile, OldFile);
+        root().writeCommand("/bin/mount", "[ $2 = remount,rw ] && chmod 755 $3 || chmod 555 $3");
+        const QString directory = root().path("/etc");
+        QFile::setPermissions(directory, QFile::Permissions(0x5555));
+        const OrdinaryUser user(root());
+        openPointer({});
+        Run data;
+        QCOMPARE(data.applyCalibration(measured({})), 0);
+        QVERIFY(root().read(calibrationFile) != OldFile);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Nobody has accepted"));
+        openPointer({});
+        QCOMPARE(root().read(calibrationFile), OldFile);
+        QVERIFY(!WindowServer::isCalibrationUnaccepted());
+        QVERIFY(!QFileInfo(directory).isWritable());
+    }
+
     void refusedPoints()
     {
         openPointer(OldFile);
@@ -282,7 +326,7 @@ private Q_SLOTS:
         record.rawY.fill(2000);
         Run data;
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("refused"));
-        QCOMPARE(data.applyCalibration(record, false), ERR_CAL_CORRUPT);
+        QCOMPARE(data.applyCalibration(record), ERR_CAL_CORRUPT);
         QCOMPARE(root().read(calibrationFile), OldFile);
         QCOMPARE(landing({1000, 1000}), before);
     }
@@ -295,13 +339,13 @@ private Q_SLOTS:
         const SimulatedPanel first{false, true, false, 0};
         const SimulatedPanel second{true, false, true, 0};
         Run data;
-        data.applyCalibration(measured(first), false);
+        data.applyCalibration(measured(first));
         const QByteArray file = root().read(calibrationFile);
 
         data.releaseBackup();
         QCOMPARE(data.backupCalibration(), 0);
         QCOMPARE(data.backupCalibration(), WARN_CAL_BACKUP_LOADED);
-        data.applyCalibration(measured(second), false);
+        data.applyCalibration(measured(second));
         QVERIFY(root().read(calibrationFile) != file);
         for (const short code : {short(0), ERR_CAL_NO_BACKUP}) {
             QCOMPARE(data.restoreOldCalibration(), code);
@@ -318,7 +362,7 @@ private Q_SLOTS:
         openPointer(coarse);
         const QPoint before = landing({4000, 3000});
         Run data;
-        QCOMPARE(data.applyCalibration(measured({}), false), 0);
+        QCOMPARE(data.applyCalibration(measured({})), 0);
         const QString path = root().path(calibrationFile);
         QVERIFY(QFile::remove(path) && QDir().mkpath(path));
         QTest::ignoreMessage(QtWarningMsg, CannotWrite);

@@ -18,6 +18,7 @@
 #include <memory>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <tslib.h>
 #include <utility>
 
@@ -262,7 +263,7 @@ private Q_SLOTS:
         QCOMPARE(file(), content);
 
         // It is no obstacle to the calibration that mends it.
-        QVERIFY(pServer->calibrate(scaledPairs(20)));
+        QVERIFY(isStored(scaledPairs(20)));
         QCOMPARE(tap({420, 820}), tapAt(100, 200));
     }
 
@@ -286,7 +287,7 @@ private Q_SLOTS:
         start();
         PointerCalibrationData data = targetsOnly();
         data.devPoints = {RawPoint{3700, 390}, {420, 310}, {380, 3610}, {3660, 3720}, {2041, 2007}};
-        QVERIFY(!content.isEmpty() || pServer->calibrate(data));
+        QVERIFY(!content.isEmpty() || isStored(data));
 
         TouchscreenFifo copy(root(), "/tmp/copy");
         QProcess print;
@@ -400,8 +401,6 @@ private Q_SLOTS:
 
         pServer->suspendPointer();
         pServer->clearCalibration();
-        PointerCalibrationData data = targetsOnly();
-        pServer->getCalibration(&data);
         ignoreWarnings();
         pServer->resumePointer();
         QCOMPARE(tap({10, 20}), QStringList());
@@ -434,7 +433,7 @@ private Q_SLOTS:
         deliver();
         QCOMPARE(pSheet->take(), tapAt(10, 20));
 
-        QVERIFY(pServer->calibrate(scaledPairs(20)));
+        QVERIFY(isStored(scaledPairs(20)));
         QVERIFY(plugIn());
         pServer->suspendPointer();
         pServer->resumePointer();
@@ -463,7 +462,7 @@ private Q_SLOTS:
         const QByteArray good = root().read(TsConf);
         root().write(TsConf, "module_raw nonsense\n");
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot reload"));
-        QVERIFY(pServer->calibrate(scaledPairs(20)));
+        QVERIFY(isStored(scaledPairs(20)));
         QCOMPARE(tap({420, 820}), QStringList());
         root().write(TsConf, good);
         pServer->resumePointer();
@@ -474,7 +473,10 @@ private Q_SLOTS:
     {
         root().write(CalibrationFile, SwappedFile);
         start();
-        QVERIFY(pServer->calibrate(scaledPairs(20)));
+        QVERIFY(isStored(scaledPairs(20)));
+        QVERIFY(WindowServer::isCalibrationUnaccepted());
+        QVERIFY(WindowServer::acceptCalibration());
+        QVERIFY(!WindowServer::isCalibrationUnaccepted());
         QCOMPARE(tap({420, 820}), tapAt(100, 200));
         QCOMPARE(file().simplified().split(' ').size(), 7);
         QCOMPARE(QDir(root().path("/etc")).entryList(QDir::Files),
@@ -485,16 +487,19 @@ private Q_SLOTS:
         QCOMPARE(tap({420, 820}), tapAt(100, 200));
     }
 
-    /// A run measures the very pairs that were handed out. They are stored like any others.
+    /// A run on a panel that is right without a calibration: stored like any other.
     void panelNeedsNoCalibration()
     {
         start();
+        const SavedCalibration backup = pServer->saveCalibration();
         PointerCalibrationData data = targetsOnly();
-        pServer->getCalibration(&data);
-        QVERIFY(pServer->calibrate(data));
+        std::ranges::transform(Targets, data.devPoints.begin(), [](QPoint target) {
+            return RawPoint{target.x(), target.y()};
+        });
+        QVERIFY(isStored(data));
         QVERIFY(root().exists(CalibrationFile));
         QCOMPARE(tap({100, 200}), tapAt(100, 200));
-        QVERIFY(pServer->calibrate(data, true));
+        QVERIFY(pServer->restoreCalibration(backup));
         QVERIFY(!root().exists(CalibrationFile));
     }
 
@@ -502,8 +507,7 @@ private Q_SLOTS:
     {
         root().write(CalibrationFile, SwappedFile);
         start();
-        PointerCalibrationData backup = targetsOnly();
-        pServer->getCalibration(&backup);
+        const SavedCalibration backup = pServer->saveCalibration();
         pServer->clearCalibration();
         {
             // A full disk, which stops even the root user.
@@ -515,9 +519,9 @@ private Q_SLOTS:
             setrlimit(RLIMIT_FSIZE, &old);
             const auto restore = qScopeGuard([&] { setrlimit(RLIMIT_FSIZE, &before); });
             QTest::ignoreMessage(QtWarningMsg, CannotWrite);
-            QVERIFY(!pServer->calibrate(scaledPairs(20)));
+            QVERIFY(!isStored(scaledPairs(20)));
             // What is there already needs no writing.
-            QVERIFY(pServer->calibrate(backup, true));
+            QVERIFY(pServer->restoreCalibration(backup));
         }
         QCOMPARE(file(), QByteArray(SwappedFile));
         QCOMPARE(tap(swappedRaw(100, 200)), tapAt(100, 200));
@@ -571,13 +575,12 @@ private Q_SLOTS:
         }
         // More than one round: a restored calibration must not drift.
         for (int i = 0; i < 3; ++i) {
-            PointerCalibrationData backup = targetsOnly();
-            pServer->getCalibration(&backup);
+            const SavedCalibration backup = pServer->saveCalibration();
             pServer->clearCalibration();
-            QVERIFY(pServer->calibrate(scaledPairs(20)));
+            QVERIFY(isStored(scaledPairs(20)));
             QVERIFY(file() != content);
             pServer->clearCalibration();
-            QVERIFY(pServer->calibrate(backup, true));
+            QVERIFY(pServer->restoreCalibration(backup));
             QCOMPARE(root().exists(CalibrationFile), exists);
             QCOMPARE(QFileInfo(path).isSymLink(), bLinked);
             QCOMPARE(file(), content);
@@ -624,18 +627,17 @@ private Q_SLOTS:
         line.devPoints.fill({2000, 2000});
         pServer->clearCalibration();
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("calibration refused"));
-        QVERIFY(!pServer->calibrate(line));
+        QVERIFY(!isStored(line));
         QCOMPARE(tap(swappedRaw(100, 200)), touch);
 
-        PointerCalibrationData backup = targetsOnly();
-        pServer->getCalibration(&backup);
+        const SavedCalibration backup = pServer->saveCalibration();
         pServer->clearCalibration();
         if (bUnreadable) {
             QTest::ignoreMessage(QtWarningMsg, CannotWrite);
         }
-        QCOMPARE(pServer->calibrate(scaledPairs(20)), !bUnreadable);
+        QCOMPARE(isStored(scaledPairs(20)), !bUnreadable);
         pServer->clearCalibration();
-        QVERIFY(pServer->calibrate(backup, true));
+        QVERIFY(pServer->restoreCalibration(backup));
         QCOMPARE(tap(swappedRaw(100, 200)), touch);
         QCOMPARE(QFileInfo(path).isDir() ? QByteArray("DIR") : file(), restored);
     }
@@ -645,41 +647,165 @@ private Q_SLOTS:
     {
         root().write(CalibrationFile, SwappedFile);
         start();
-        PointerCalibrationData backup = targetsOnly();
-        pServer->getCalibration(&backup);
-        QVERIFY(pServer->calibrate(scaledPairs(20)));
+        const SavedCalibration backup = pServer->saveCalibration();
+        QVERIFY(isStored(scaledPairs(20)));
         qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
         QTest::ignoreMessage(QtWarningMsg, CannotWrite);
-        QVERIFY(!pServer->calibrate(backup, true));
+        QVERIFY(!pServer->restoreCalibration(backup));
         QCOMPARE(tap(swappedRaw(100, 200)), tapAt(100, 200));
         // Nor does a run that cannot be stored bring back what the file still says.
         pServer->clearCalibration();
         pServer->clearCalibration();
         QTest::ignoreMessage(QtWarningMsg, CannotWrite);
-        QVERIFY(!pServer->calibrate(scaledPairs(40)));
+        QVERIFY(!isStored(scaledPairs(40)));
         QCOMPARE(tap(swappedRaw(100, 200)), tapAt(100, 200));
         qunsetenv("POINTERCAL_FILE");
-        QVERIFY(pServer->calibrate(backup, true));
+        QVERIFY(pServer->restoreCalibration(backup));
         QCOMPARE(file(), QByteArray(SwappedFile));
     }
 
     void reinstatesEveryMoment()
     {
         start();
-        QList<PointerCalibrationData> backups;
+        QList<SavedCalibration> backups;
         QList<QByteArray> files;
         for (const int offset : {0, 100, 200}) {
-            QVERIFY(pServer->calibrate(scaledPairs(offset)));
+            QVERIFY(isStored(scaledPairs(offset)));
             files += file();
-            backups += targetsOnly();
-            pServer->getCalibration(&backups.last());
+            backups += pServer->saveCalibration();
         }
         for (const int i : {0, 2, 1}) {
-            QVERIFY(pServer->calibrate(backups[i], true));
+            QVERIFY(pServer->restoreCalibration(backups[i]));
             QCOMPARE(file(), files[i]);
             QCOMPARE(tap({1000, 1000}).value(0),
                      QStringLiteral("press %1,%1").arg((1000 - 100 * i) / 4));
         }
+    }
+
+    void nobodyAccepted_data()
+    {
+        // What stands at the file before the run, or nothing; what happens between the run and the
+        // next start; and the file after it: old, new or somebody else's.
+        columns<QByteArray, QByteArray, QByteArray>("old", "event", "file");
+        row("cut", QByteArray(SwappedFile), QByteArray(), QByteArray(SwappedFile));
+        row("cut, none before", QByteArray(), QByteArray(), QByteArray());
+        row("cut, broken before", QByteArray("1 2 3"), QByteArray(), QByteArray("1 2 3"));
+        row("cut, unreadable before", QByteArray("FIFO"), QByteArray(), QByteArray());
+        row("cut, behind a link", QByteArray("LINK"), QByteArray(), QByteArray(SwappedFile));
+        row("accepted", QByteArray(SwappedFile), QByteArray("accept"), QByteArray("new"));
+        row("restored", QByteArray(SwappedFile), QByteArray("restore"), QByteArray(SwappedFile));
+        row("somebody else's", QByteArray(SwappedFile), QByteArray("9 0 0 0 9 0 9"),
+            QByteArray("9 0 0 0 9 0 9"));
+        row("cut before the file", QByteArray(SwappedFile), QByteArray(SwappedFile),
+            QByteArray(SwappedFile));
+        row("second run, cut", QByteArray(SwappedFile), QByteArray("again"),
+            QByteArray(SwappedFile));
+        row("cut after the second note", QByteArray(SwappedFile), QByteArray("note"),
+            QByteArray(SwappedFile));
+        row("emptied note", QByteArray(SwappedFile), QByteArray("empty"), QByteArray("new"));
+        row("broken note", QByteArray(SwappedFile), QByteArray("broken"), QByteArray("new"));
+    }
+    /// The next start goes back to what was there before a run that nobody has accepted.
+    void nobodyAccepted()
+    {
+        QFETCH(QByteArray, old);
+        QFETCH(QByteArray, event);
+        QFETCH(QByteArray, file);
+        const QString path = root().path(CalibrationFile);
+        const bool bUsable = old == SwappedFile || old == "LINK";
+        if (old == "FIFO") {
+            QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        } else if (old == "LINK") {
+            root().write("/flash/cal", SwappedFile);
+            QVERIFY(QFile::link(root().path("/flash/cal"), path));
+        } else if (!old.isEmpty()) {
+            root().write(CalibrationFile, old);
+        }
+        if (!old.isEmpty() && !bUsable) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("pointercal is broken"));
+        }
+        start();
+        const QStringList before = tap(swappedRaw(100, 200));
+        const SavedCalibration backup = pServer->saveCalibration();
+        QCOMPARE(pServer->calibrate(scaledPairs(20), backup), CalibrationOutcome::Stored);
+        const QByteArray stored = this->file();
+        const QString note = (old == "LINK" ? "/flash/cal" : CalibrationFile) + ".unaccepted";
+        QVERIFY(root().exists(note));
+
+        if (event == "accept") {
+            QVERIFY(WindowServer::acceptCalibration());
+        } else if (event == "restore") {
+            QVERIFY(pServer->restoreCalibration(backup));
+        } else if (event == "again" || event == "note") {
+            QCOMPARE(pServer->calibrate(scaledPairs(40), backup), CalibrationOutcome::Stored);
+            if (event == "note") {
+                root().write(CalibrationFile, stored);
+            }
+        } else if (event == "empty") {
+            root().write(note, {});
+        } else if (event == "broken") {
+            root().write(note, root().read(note).replace("65536", "65537"));
+        } else if (!event.isEmpty()) {
+            root().write(CalibrationFile, event);
+        }
+        const bool bTakenBack = file != "new" && this->file() != file;
+        if (bTakenBack) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Nobody has accepted"));
+            if (!bUsable && file != "") {
+                QTest::ignoreMessage(QtWarningMsg, QRegularExpression("pointercal is broken"));
+            }
+        }
+        if (old == "FIFO") {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("pointercal is broken"));
+        }
+        start();
+        QCOMPARE(this->file(), file == "new" ? stored : file);
+        QCOMPARE(root().exists(CalibrationFile), !file.isEmpty());
+        QCOMPARE(QFileInfo(path).isSymLink(), old == "LINK");
+        QVERIFY(!root().exists(note));
+        if (bTakenBack) {
+            QCOMPARE(tap(swappedRaw(100, 200)), before);
+        }
+    }
+
+    /// What a killed save has left beside the file goes with the next start.
+    void straysGo()
+    {
+        root().write(CalibrationFile, SwappedFile);
+        root().write("/etc/pointercal.panel-a1B2c3", "half a fi");
+        root().write("/etc/pointercal.unaccepted.panel-a1B2c3", "");
+        start();
+        QCOMPARE(QDir(root().path("/etc")).entryList(QDir::Files),
+                 QStringList({"pointercal", "ts.conf"}));
+        QCOMPARE(file(), QByteArray(SwappedFile));
+    }
+
+    void unusualFile_data()
+    {
+        columns<QByteArray>("kind");
+        row("FIFO", QByteArray("FIFO"));
+        row("directory", QByteArray("directory"));
+        row("link to FIFO", QByteArray("link to FIFO"));
+        row("link to itself", QByteArray("link to itself"));
+    }
+    /// It neither hangs the start nor leads anywhere else.
+    void unusualFile()
+    {
+        QFETCH(QByteArray, kind);
+        const QString path = root().path(CalibrationFile);
+        const QString other = root().path("/tmp/other");
+        if (kind.startsWith("link")) {
+            QVERIFY(QFile::link(kind.endsWith("FIFO") ? other : path, path));
+        }
+        if (kind.endsWith("FIFO")) {
+            const QString &made = kind == "FIFO" ? path : other;
+            QCOMPARE(mkfifo(QFile::encodeName(made).constData(), 0600), 0);
+        } else if (kind == "directory") {
+            QVERIFY(QDir().mkpath(path));
+        }
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("pointercal is broken"));
+        start();
+        QCOMPARE(tap({100, 200}), tapAt(100, 200));
     }
 
 private:
@@ -709,6 +835,10 @@ private:
         pTouchscreen->tap(raw);
         deliver();
         return pSheet->take();
+    }
+    bool isStored(const PointerCalibrationData &data)
+    {
+        return pServer->calibrate(data, pServer->saveCalibration()) == CalibrationOutcome::Stored;
     }
     QByteArray file() { return root().read(CalibrationFile); }
 };
