@@ -251,7 +251,7 @@ void printWaiting(int nSeconds)
         qFatal("the touchscreen cannot be opened");
     }
     VeltaCalibrationThread thread;
-    thread.setup(data.pTouchscreen, &data.points, 0, 50, 50, QStringLiteral("Top left"));
+    thread.setup(data.touchscreen(), &data.points, 0, 50, 50, QStringLiteral("Top left"));
     thread.start();
     usleep(500000); // it has begun to wait
     const double before = cpuMs();

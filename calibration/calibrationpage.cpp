@@ -11,18 +11,10 @@
 #include <QGuiApplication>
 #include <QHideEvent>
 #include <QScreen>
-#include <QTimer>
 
 #include <cerrno>
-#include <chrono>
 
 namespace {
-
-using namespace std::chrono_literals;
-
-constexpr int AcceptSeconds = 10;
-constexpr int StartSeconds = 5;
-constexpr auto CountInterval = 1s;
 
 /// Pixels that the frame of the group box takes from the width inside, with some to spare.
 constexpr int GroupBoxFrame = 8;
@@ -34,23 +26,25 @@ int horizontalMargins(const QLayout *pLayout)
 
 } // namespace
 
-CalibrationPage::CalibrationPage() : pForm(std::make_unique<Ui::VeltaCalibrationInputForm>())
+CalibrationPage::CalibrationPage(const CalibrationPace &pace)
+    : pForm(std::make_unique<Ui::VeltaCalibrationInputForm>()), run(pace, this)
 {
     pForm->setupUi(this);
     adaptToScreen();
     connect(pForm->startCalibrationButton, &QPushButton::clicked, this,
             &CalibrationPage::StartCalibration);
+    connect(pForm->acceptCalibrationButton, &QPushButton::clicked, this,
+            &CalibrationPage::CancelTimer);
     connect(pForm->cancelCalibrationButton, &QPushButton::clicked, this,
             &CalibrationPage::CancelCalibration);
+    connect(&run, &CalibrationRun::stateChanged, this, &CalibrationPage::showState);
+    connect(&run, &CalibrationRun::counted, this, &CalibrationPage::showCount);
+    connect(&run, &CalibrationRun::startDue, this, &CalibrationPage::StartCalibration);
+    sStartText = pForm->startCalibrationButton->text();
     setAcceptMode(false);
 }
 
-CalibrationPage::~CalibrationPage()
-{
-    if (pController) {
-        pController->restoreSilently(pAcceptTimer != nullptr);
-    }
-}
+CalibrationPage::~CalibrationPage() = default;
 
 void CalibrationPage::adaptToScreen()
 {
@@ -92,15 +86,34 @@ QString CalibrationPage::acceptText()
 
 void CalibrationPage::startAutoCalibration()
 {
-    if (bRunning) {
+    if (isRunning()) {
         return;
     }
-    bRunning = true;
-    // A calibration that waits for acceptance still counts down; its restore starts the next run.
-    if (!pAcceptTimer) {
-        startCountdown();
-    }
+    run.handle(CalibrationEvent::Request);
     showFullScreen();
+}
+
+void CalibrationPage::showState()
+{
+    const CalibrationState state = run.state();
+    const bool bAccept =
+        state == CalibrationState::Awaiting || state == CalibrationState::AwaitingLeft;
+    if (bAccept != pForm->acceptCalibrationButton->isEnabled()) {
+        setAcceptMode(bAccept);
+        setPointerVisible(bAccept);
+    }
+    if (bAccept || state == CalibrationState::Sampling) {
+        pForm->startCalibrationButton->setText(sStartText);
+    }
+}
+
+void CalibrationPage::showCount(int nSeconds)
+{
+    if (run.state() == CalibrationState::CountingDown) {
+        pForm->startCalibrationButton->setText(sStartText + QStringLiteral(" (%1)").arg(nSeconds));
+    } else {
+        pForm->acceptTimeout->display(nSeconds);
+    }
 }
 
 void CalibrationPage::setAcceptMode(bool bOn)
@@ -114,124 +127,55 @@ void CalibrationPage::setAcceptMode(bool bOn)
 
 void CalibrationPage::StartCalibration()
 {
-    // By the operator's hand, too: while isRunning() the main window leaves the pointer suspended.
-    bRunning = true;
     CancelTimer();
-    stopCountdown();
+    CancelStartTimer();
     if (!pController) {
-        pController = std::make_unique<VeltaCalibrationPanelContext>(this);
+        pController = std::make_unique<VeltaCalibrationPanelContext>(&run, this);
         connect(pController.get(), &VeltaCalibrationPanelContext::calibration_done, this,
                 &CalibrationPage::CalibrationDone);
-        connect(pForm->acceptCalibrationButton, &QPushButton::clicked, this,
-                &CalibrationPage::CancelTimer);
         connect(pController.get(), &VeltaCalibrationPanelContext::calibration_failed, this,
                 &CalibrationPage::CalibrationFailed);
     }
     pController->showCalibrationPanel();
 }
 
-void CalibrationPage::stopCountdown()
-{
-    CancelStartTimer();
-    if (!sStartText.isEmpty()) {
-        pForm->startCalibrationButton->setText(sStartText);
-    }
-}
-
 void CalibrationPage::CalibrationDone()
 {
-    stopCountdown(); // of a page that was hidden and raised behind a box of the run's end
-    setAcceptMode(true);
-    nAcceptCount = AcceptSeconds;
-    removeTimer(pAcceptTimer);
-    pAcceptTimer = new QTimer(this);
-    setPointerVisible(true);
-    connect(pAcceptTimer, &QTimer::timeout, this, &CalibrationPage::updateLCD);
-    pForm->acceptTimeout->display(nAcceptCount);
-    pAcceptTimer->start(CountInterval);
-}
-
-void CalibrationPage::updateLCD()
-{
-    if (nAcceptCount >= 1) {
-        pForm->acceptTimeout->display(--nAcceptCount);
-        return;
-    }
-    leaveAcceptMode();
-    if (pController) {
-        pController->RestoreOldCalibrationData();
-    }
-    if (!bWithdrawn) {
-        startCountdown();
-    }
-}
-
-void CalibrationPage::CancelTimer()
-{
-    const bool bAccepted = pAcceptTimer != nullptr;
-    leaveAcceptMode();
-    if (bAccepted && pController) {
-        pController->acceptCalibration();
-    }
-}
-
-void CalibrationPage::leaveAcceptMode()
-{
-    setAcceptMode(false);
-    removeTimer(pAcceptTimer);
-    setPointerVisible(false);
+    run.handle(CalibrationEvent::Applied);
 }
 
 void CalibrationPage::CalibrationFailed()
 {
-    setAcceptMode(false);
+    showState();
 }
 
-void CalibrationPage::startCountdown()
+void CalibrationPage::updateLCD()
 {
-    if (!pStartTimer) {
-        pStartTimer = new QTimer(this);
-        connect(pStartTimer, &QTimer::timeout, this,
-                &CalibrationPage::updateStartCalibrationScreen);
-    }
-    if (sStartText.isEmpty()) {
-        sStartText = pForm->startCalibrationButton->text();
-    }
-    nStartCount = StartSeconds;
-    showStartCount();
-    pStartTimer->start(CountInterval);
+    run.handle(CalibrationEvent::AcceptTick);
 }
 
-void CalibrationPage::showStartCount()
+void CalibrationPage::CancelTimer()
 {
-    pForm->startCalibrationButton->setText(sStartText + QStringLiteral(" (%1)").arg(nStartCount));
+    run.handle(CalibrationEvent::Accept);
 }
 
 void CalibrationPage::updateStartCalibrationScreen()
 {
-    if (nStartCount >= 1) {
-        --nStartCount;
-        showStartCount();
-        return;
-    }
-    bRunning = true;
-    CancelStartTimer();
-    StartCalibration();
+    run.handle(CalibrationEvent::StartTick);
 }
 
 void CalibrationPage::CancelStartTimer()
 {
-    removeTimer(pStartTimer);
+    run.handle(CalibrationEvent::StopCountdown);
 }
 
 void CalibrationPage::CancelCalibration()
 {
-    CancelStartTimer();
     if (!removeName(devicePath(RequestFile))) {
         qWarning("Cannot remove the request %s: %s", qPrintable(devicePath(RequestFile)),
                  qPrintable(qt_error_string(errno)));
     }
-    bRunning = false;
+    run.handle(CalibrationEvent::Withdraw);
 }
 
 void CalibrationPage::showFullScreen()
@@ -241,23 +185,11 @@ void CalibrationPage::showFullScreen()
     QWizardPage::showFullScreen();
 }
 
-void CalibrationPage::showEvent(QShowEvent *event)
-{
-    bWithdrawn = false;
-    QWizardPage::showEvent(event);
-}
-
 void CalibrationPage::hideEvent(QHideEvent *event)
 {
     QWizardPage::hideEvent(event);
-    if (event->spontaneous()) {
-        return;
-    }
-    bWithdrawn = true;
-    bRunning = false;
-    CancelStartTimer();
-    if (pController) {
-        pController->cancel();
+    if (!event->spontaneous()) {
+        run.handle(CalibrationEvent::Withdraw);
     }
 }
 
@@ -268,16 +200,5 @@ void CalibrationPage::setPointerVisible(bool bVisible)
     }
     if (WindowServer *pServer = WindowServer::instance()) {
         pServer->setCursorVisible(bVisible);
-    }
-}
-
-/// Called from the timer's own signal, too: it goes when control is back in the event loop.
-void CalibrationPage::removeTimer(QTimer *&pTimer)
-{
-    if (pTimer) {
-        pTimer->stop();
-        pTimer->disconnect();
-        pTimer->deleteLater();
-        pTimer = nullptr;
     }
 }

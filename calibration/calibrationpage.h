@@ -1,11 +1,12 @@
 #pragma once
 
+#include "calibration/calibrationrun.h"
+
 #include <QString>
 #include <QWizardPage>
 
 #include <memory>
 
-class QTimer;
 class VeltaCalibrationPanelContext;
 
 namespace Ui {
@@ -28,7 +29,7 @@ public:
     static constexpr QLatin1String RequestFile{"/tmp/.system/TouchCalibration"};
 
     /// Has no parent; the caller owns it.
-    CalibrationPage();
+    explicit CalibrationPage(const CalibrationPace &pace = {});
     ~CalibrationPage() override;
 
     /// Shows the page full screen and counts down to a run, unless isRunning(). A calibration that
@@ -36,7 +37,7 @@ public:
     void startAutoCalibration();
     /// From startAutoCalibration() or StartCalibration() until the operator has left with "Exit
     /// Calibration".
-    bool isRunning() const { return bRunning; }
+    bool isRunning() const { return isWanted(run.state()); }
 
 public Q_SLOTS:
     void StartCalibration();
@@ -50,27 +51,18 @@ public Q_SLOTS:
     void showFullScreen();
 
 protected:
-    void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
 
 private:
     void adaptToScreen();
     static QString acceptText();
+    void showState();
+    void showCount(int nSeconds);
     void setAcceptMode(bool bOn);
-    void leaveAcceptMode();
     void setPointerVisible(bool bVisible);
-    void startCountdown();
-    void stopCountdown();
-    void showStartCount();
-    static void removeTimer(QTimer *&pTimer);
 
     std::unique_ptr<Ui::VeltaCalibrationInputForm> pForm;
+    CalibrationRun run; ///< a child as well: so a test finds it
     std::unique_ptr<VeltaCalibrationPanelContext> pController; ///< from the first start on
-    QTimer *pAcceptTimer = nullptr; ///< only while counting down to the restore
-    QTimer *pStartTimer = nullptr; ///< only while counting down to a run
     QString sStartText; ///< the start button's text without a count
-    int nAcceptCount = 0; ///< seconds left to accept
-    int nStartCount = 0; ///< seconds left before the run
-    bool bRunning = false;
-    bool bWithdrawn = false; ///< hidden since it was last shown
 };

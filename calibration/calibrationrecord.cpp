@@ -45,29 +45,7 @@ std::array<QPoint, CalibrationRecord::PointCount> crosshairTargets(const QSize &
              {size.width() / 2, size.height() / 2}}};
 }
 
-QSize untransformed(const QSize &size, int rotation)
-{
-    return rotation % 2 != 0 ? size.transposed() : size;
-}
-
 PointerCalibrationData calibrationPairs(const CalibrationRecord &record, int rotation)
 {
     return pairsInOrder(record, PairOrders[static_cast<std::size_t>(rotation & 3)]);
-}
-
-PointerCalibrationData storedPairs(const CalibrationRecord &record)
-{
-    return pairsInOrder(record, PairOrders[0]);
-}
-
-CalibrationRecord storedRecord(const PointerCalibrationData &pairs)
-{
-    CalibrationRecord record;
-    for (std::size_t i = 0; i < CalibrationRecord::PointCount; ++i) {
-        record.rawX[i] = pairs.devPoints[i].x;
-        record.rawY[i] = pairs.devPoints[i].y;
-        record.screenX[i] = pairs.screenPoints[i].x();
-        record.screenY[i] = pairs.screenPoints[i].y();
-    }
-    return record;
 }

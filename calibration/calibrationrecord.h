@@ -25,15 +25,6 @@ struct CalibrationRecord
 /// "Bot right", "Bot left", "Center".
 std::array<QPoint, CalibrationRecord::PointCount> crosshairTargets(const QSize &size);
 
-/// \a size of the operator's screen as the untransformed screen has it. \a rotation in quarter
-/// turns, 0 to 3.
-QSize untransformed(const QSize &size, int rotation);
-
 /// The pairs of \a record, measured on a screen turned by \a rotation quarter turns (0 to 3), in
 /// the order and coordinates of the untransformed screen, which the pointer handler works in.
 PointerCalibrationData calibrationPairs(const CalibrationRecord &record, int rotation);
-
-/// The pairs of \a record as they stand.
-PointerCalibrationData storedPairs(const CalibrationRecord &record);
-/// The record that holds \a pairs as they stand.
-CalibrationRecord storedRecord(const PointerCalibrationData &pairs);

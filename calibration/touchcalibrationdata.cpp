@@ -1,17 +1,19 @@
 #include "calibration/touchcalibrationdata.h"
 
-#include "infobox/veltainfobox.h"
-#include "platform/touchscreenpaths.h"
 #include "platform/tslibdevice.h"
 #include "platform/tslibenvironment.h"
 #include "platform/windowserver.h"
 #include "settings/errorcatalogue.h"
 
 #include <QDebug>
-#include <QFileInfo>
-#include <QScopedValueRollback>
 
 #include <tslib.h>
+#include <utility>
+
+void TouchCalibrationData::TouchscreenCloser::operator()(tsdev *pDevice) const
+{
+    ts_close(pDevice);
+}
 
 TouchCalibrationData::TouchCalibrationData()
 {
@@ -19,37 +21,23 @@ TouchCalibrationData::TouchCalibrationData()
     nRotation = pServer ? pServer->transformationOrientation() : 0;
 }
 
-TouchCalibrationData::~TouchCalibrationData()
-{
-    if (pTouchscreen) {
-        closeTouchscreen();
-    }
-}
+TouchCalibrationData::~TouchCalibrationData() = default;
 
 short TouchCalibrationData::openTouchscreen()
 {
-    if (pTouchscreen) {
-        closeTouchscreen();
-    }
-    pTouchscreen = openTslibDevice(false);
+    pTouchscreen.reset(); // the old one is closed before the new one is opened
+    pTouchscreen.reset(openTslibDevice(false));
     if (!pTouchscreen) {
         qDebug("ts_open error");
         return ERR_TS_OPEN;
     }
     const TslibEnvironment withoutCalibration;
-    if (ts_config(pTouchscreen) != 0) {
+    if (ts_config(pTouchscreen.get()) != 0) {
         qDebug("ts_config error");
-        closeTouchscreen();
+        pTouchscreen.reset();
         return ERR_TS_CONFIG;
     }
     return 0;
-}
-
-void TouchCalibrationData::shareTouchscreen()
-{
-    if (pTouchscreen) {
-        releaseGrab(pTouchscreen);
-    }
 }
 
 short TouchCalibrationData::closeTouchscreen()
@@ -57,18 +45,22 @@ short TouchCalibrationData::closeTouchscreen()
     if (!pTouchscreen) {
         return ERR_NULL_POINTER;
     }
-    const int result = ts_close(pTouchscreen);
-    pTouchscreen = nullptr;
-    return result == 0 ? 0 : ERR_TS_CLOSE;
+    return ts_close(pTouchscreen.release()) == 0 ? 0 : ERR_TS_CLOSE;
 }
 
-void TouchCalibrationData::releaseBackup()
+void TouchCalibrationData::settle()
 {
-    if (bRestoreDue) {
-        const QScopedValueRollback silent(bSilent, true);
+    switch (nDebt) {
+    case Debt::None:
+        break;
+    case Debt::Restore:
         restoreOldCalibration();
+        break;
+    case Debt::Accept:
+        acceptCalibration();
+        break;
     }
-    if (!bRestoreDue) {
+    if (nDebt != Debt::Restore) {
         backup.reset();
     }
 }
@@ -90,20 +82,19 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &measured)
         pServer->clearCalibration();
     }
     short code = makeCalibrationWritable(true);
-    if (code != 0) {
-        // The pointer's calibration is cleared, and nothing has come in its place.
-        bRestoreDue = backup.has_value();
-    } else {
+    if (code == 0) {
         code = pServer ? store(*pServer, calibrationPairs(measured, nRotation)) : short(0);
-        bRestoreDue = bRestoreDue && code != 0;
+        nDebt = code == 0 ? Debt::None : nDebt;
+    } else if (backup) {
+        // The pointer's calibration is cleared, and nothing has come in its place.
+        nDebt = Debt::Restore;
     }
-    bAcceptDue = false;
     return protectCalibration(code);
 }
 
 short TouchCalibrationData::store(WindowServer &server, const PointerCalibrationData &pairs) const
 {
-    switch (server.calibrate(pairs, backup.value_or(server.saveCalibration()))) {
+    switch (server.calibrate(pairs, backup.value_or(SavedCalibration()))) {
     case CalibrationOutcome::Stored:
         return 0;
     case CalibrationOutcome::Degenerate:
@@ -119,29 +110,29 @@ short TouchCalibrationData::restoreOldCalibration()
     if (!backup) {
         return ERR_CAL_NO_BACKUP;
     }
-    short code = makeCalibrationWritable(true);
+    makeCalibrationWritable(true); // a file that is right already needs no writing
     WindowServer *pServer = WindowServer::instance();
-    if (pServer && !pServer->restoreCalibration(*backup)) {
-        code = ERR_FILE_WRITE;
+    const bool bRestored = !pServer || pServer->restoreCalibration(*backup);
+    makeCalibrationWritable(false);
+    nDebt = bRestored ? Debt::None : Debt::Restore;
+    if (!bRestored) {
+        return ERR_FILE_WRITE;
     }
-    code = protectCalibration(code);
-    bAcceptDue = false;
-    bRestoreDue = code == ERR_FILE_WRITE;
-    if (!bRestoreDue) {
-        backup.reset();
-    }
-    return code == RemountFailed ? 0 : code;
+    backup.reset();
+    return 0;
 }
 
 short TouchCalibrationData::acceptCalibration()
 {
-    if (!bAcceptDue && !WindowServer::isCalibrationUnaccepted()) {
-        return 0; // refused, not stored, or accepted already
+    const bool bToDo = nDebt == Debt::Accept || WindowServer::isCalibrationUnaccepted();
+    if (!bToDo || nDebt == Debt::Restore) {
+        return 0; // nothing has been stored, or nothing by the last run
     }
     short code = makeCalibrationWritable(true);
-    bAcceptDue = !WindowServer::acceptCalibration();
-    if (bAcceptDue) {
-        code = code != 0 ? code : ERR_FILE_ERASE;
+    const bool bAccepted = WindowServer::acceptCalibration();
+    nDebt = bAccepted ? Debt::None : Debt::Accept;
+    if (!bAccepted && code == 0) {
+        code = ERR_FILE_ERASE;
     }
     return protectCalibration(code);
 }
@@ -150,19 +141,18 @@ short TouchCalibrationData::makeCalibrationWritable(bool bWritable)
 {
     if (bWritable) {
         directory.emplace();
+        if (directory->isReady()) {
+            return 0;
+        }
+        remountFailures.push_back(ERR_REMOUNT_CAL);
+        return RemountFailed;
     }
-    const bool bDone = !directory || (bWritable ? directory->isReady() : directory->protect());
-    if (!bWritable) {
-        directory.reset();
-    }
+    const bool bDone = !directory || directory->protect();
+    directory.reset();
     if (bDone) {
         return 0;
     }
-    if (!bSilent) {
-        const VeltaInfoBox box(bWritable ? ERR_REMOUNT_CAL : ERR_REMOUNT_PROTECT,
-                               QFileInfo(pointerCalibrationName()).path(), CalibrationBoxSeconds,
-                               nullptr, true, true);
-    }
+    remountFailures.push_back(ERR_REMOUNT_PROTECT);
     return RemountFailed;
 }
 
@@ -171,4 +161,9 @@ short TouchCalibrationData::protectCalibration(short code)
 {
     const short protectCode = makeCalibrationWritable(false);
     return code != 0 ? code : protectCode;
+}
+
+std::vector<short> TouchCalibrationData::takeRemountFailures()
+{
+    return std::exchange(remountFailures, {});
 }

@@ -4,20 +4,18 @@
 #include "platform/calibrationdirectory.h"
 #include "platform/savedcalibration.h"
 
+#include <memory>
 #include <optional>
+#include <vector>
 
 class WindowServer;
 struct tsdev;
-
-/// Seconds after which a box about the calibration file closes by itself: the touchscreen that
-/// should press its button may be uncalibrated at that moment.
-constexpr quint8 CalibrationBoxSeconds = 10;
 
 /// What a calibration run works on and leaves behind: the measured points, the open touchscreen,
 /// the calibration that was in force before, and the way to the window server's pointer handler.
 ///
 /// GUI thread only; the sampling thread gets the touchscreen handle alone. Operations return 0 or
-/// a negative code of the error catalogue.
+/// a negative code of the error catalogue, and tell nobody else.
 class TouchCalibrationData
 {
 public:
@@ -27,21 +25,18 @@ public:
     TouchCalibrationData(const TouchCalibrationData &) = delete;
     TouchCalibrationData &operator=(const TouchCalibrationData &) = delete;
 
-    /// Opens and configures the touchscreen for raw samples; the operator is not told of failures.
-    /// Nobody else may read the touchscreen from here to closeTouchscreen(): two readers of one
-    /// device can take each other's samples. One that is still open is closed first.
+    /// Opens and configures the touchscreen for raw samples. Nobody else may read the touchscreen
+    /// from here to closeTouchscreen(): two readers of one device can take each other's samples.
+    /// One that is still open is closed first.
     short openTouchscreen();
     short closeTouchscreen();
-    /// Lets the pointer have the touches of a touchscreen that is still open, but not read any
-    /// more.
-    void shareTouchscreen();
+    /// Open only during a run, else nullptr. Owned here.
+    tsdev *touchscreen() const { return pTouchscreen.get(); }
 
-    /// Lets the next backupCalibration() take a new backup. One that is due for a restore is
-    /// restored first, without a word to the operator, and stays when that fails again.
-    void releaseBackup();
-    /// The backup is the only good copy of the calibration: a restore could not be stored, or
-    /// measured points have cost the pointer its calibration; and no later run has succeeded.
-    bool isRestoreDue() const { return bRestoreDue; }
+    /// For a new run, or the end of the program: tries once more what has failed at the end of the
+    /// last run, and lets the next backupCalibration() take a new backup. A backup that is the only
+    /// good copy of the calibration stays.
+    void settle();
     /// Keeps the calibration in force. A backup that is already held stays (and the result is a
     /// warning code).
     short backupCalibration();
@@ -54,36 +49,43 @@ public:
     /// pointer without calibration and the file as before.
     short applyCalibration(const CalibrationRecord &measured);
     /// Puts the backup in force again and drops it, unless the file cannot be written
-    /// (ERR_FILE_WRITE): then it is in force, and kept for another try. A failed remount, of which
-    /// the operator has been told, is no failure of the restore.
+    /// (ERR_FILE_WRITE): then it is in force, and kept for settle(). A failed remount is no failure
+    /// of the restore.
     short restoreOldCalibration();
-    /// Has the applied calibration outlive the program. Where that cannot be made sure
-    /// (ERR_FILE_ERASE, or RemountFailed) the next start may go back to the backup, and another
-    /// try is due. Nothing to do is no failure.
+    /// Has the applied calibration outlive the program. Where that is not sure (ERR_FILE_ERASE or
+    /// RemountFailed) the next start may go back to the backup, and settle() tries again. Nothing
+    /// to do is no failure.
     short acceptCalibration();
-    bool isAcceptDue() const { return bAcceptDue; }
-    /// Makes the directory of the pointer calibration file writable, or as it was before. The
-    /// operator is told of a failure (RemountFailed).
+    /// Makes the directory of the pointer calibration file writable, or as it was before.
     short makeCalibrationWritable(bool bWritable);
-    /// Result of a remount that could not run.
+    /// Result of a remount that could not run; see takeRemountFailures().
     static constexpr short RemountFailed = -1;
-
-    /// No boxes from now on: for the end of the program, where nobody could answer them.
-    void setSilent() { bSilent = true; }
+    /// ERR_REMOUNT_CAL or ERR_REMOUNT_PROTECT for each failure since the last call, in order.
+    std::vector<short> takeRemountFailures();
 
     int nScreenWidth = 0; ///< pixels, set at the start of a run
     int nScreenHeight = 0; ///< pixels, set at the start of a run
-    tsdev *pTouchscreen = nullptr; ///< open only during a run
     CalibrationRecord points; ///< measured in this run
 
 private:
+    struct TouchscreenCloser
+    {
+        void operator()(tsdev *pDevice) const;
+    };
+    /// What is still to be done, as it has failed.
+    enum class Debt {
+        None,
+        Restore, ///< the backup is the only good copy, and no later run has succeeded
+        Accept ///< the operator has accepted, and the next start would not know
+    };
+
     short store(WindowServer &server, const PointerCalibrationData &pairs) const;
     short protectCalibration(short code);
 
-    bool bRestoreDue = false;
-    bool bAcceptDue = false; ///< the operator has accepted, and the next start would not know
-    bool bSilent = false;
-    int nRotation; ///< quarter turns of the screen, 0 to 3
+    std::unique_ptr<tsdev, TouchscreenCloser> pTouchscreen;
     std::optional<SavedCalibration> backup;
+    Debt nDebt = Debt::None;
     std::optional<CalibrationDirectory> directory; ///< while it is to be writable
+    std::vector<short> remountFailures;
+    int nRotation; ///< quarter turns of the screen, 0 to 3
 };

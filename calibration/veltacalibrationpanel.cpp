@@ -1,13 +1,9 @@
 #include "calibration/veltacalibrationpanel.h"
 
-#include "infobox/veltainfobox.h"
-#include "platform/touchscreenpaths.h"
-#include "platform/windowserver.h"
-#include "settings/errorcatalogue.h"
+#include "calibration/calibrationrun.h"
 #include "settings/fittedfont.h"
 
 #include <QCoreApplication>
-#include <QDebug>
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QPainter>
@@ -17,9 +13,6 @@
 #include <array>
 
 namespace {
-
-constexpr std::array<const char *, CalibrationRecord::PointCount> PointNames{
-    "Top left", "Top right", "Bot right", "Bot left", CenterPointName};
 
 constexpr int CrossPenWidth = 2;
 /// The twelve lines of the crosshair, relative to its centre.
@@ -45,128 +38,50 @@ constexpr int MarginBesideCrosses = 64;
 /// Height of a line in pixels with which the text ends above the upper crosshairs.
 constexpr int LineAboveCrosses = 13;
 
-void setPointerSuspended(bool bSuspended)
+/// While the points are being handed over a box may be open in front of the panel.
+bool isShown(CalibrationState state)
 {
-    if (WindowServer *pServer = WindowServer::instance()) {
-        if (bSuspended) {
-            pServer->suspendPointer();
-        } else {
-            pServer->resumePointer();
-        }
-    }
+    return state == CalibrationState::Sampling || state == CalibrationState::Applying
+        || state == CalibrationState::ApplyingLeft;
 }
 
 } // namespace
 
-VeltaCalibrationPanel::VeltaCalibrationPanel(QWidget *parent)
-    : QWidget(parent), thread(this), lines{tr("Touch crosshair a few seconds to calibrate"),
-                                           tr("screen colors: touch pressed (yellow)"),
-                                           tr("touch released (green = good, red = bad)")}
+VeltaCalibrationPanel::VeltaCalibrationPanel(CalibrationRun *pOwnRun, QWidget *parent)
+    : QWidget(parent), pRun(pOwnRun), lines{tr("Touch crosshair a few seconds to calibrate"),
+                                            tr("screen colors: touch pressed (yellow)"),
+                                            tr("touch released (green = good, red = bad)")}
 {
-    connect(&thread, &VeltaCalibrationThread::updateScreenpos, this,
+    const VeltaCalibrationThread *pThread = pRun->samplingThread();
+    connect(pThread, &VeltaCalibrationThread::updateScreenpos, this,
             &VeltaCalibrationPanel::updateScreen, Qt::QueuedConnection);
-    connect(&thread, &VeltaCalibrationThread::updateCaldata, this,
+    connect(pThread, &VeltaCalibrationThread::updateCaldata, this,
             &VeltaCalibrationPanel::updateCData, Qt::QueuedConnection);
-    connect(&thread, &VeltaCalibrationThread::errorCalThread, this,
+    connect(pThread, &VeltaCalibrationThread::errorCalThread, this,
             &VeltaCalibrationPanel::CalThreadError, Qt::QueuedConnection);
-    connect(&thread, &QThread::finished, this, &VeltaCalibrationPanel::CalThreadControl,
+    connect(pThread, &QThread::finished, this, &VeltaCalibrationPanel::CalThreadControl,
             Qt::QueuedConnection);
-}
-
-VeltaCalibrationPanel::~VeltaCalibrationPanel()
-{
-    cancel();
+    connect(pRun, &CalibrationRun::begun, this, &VeltaCalibrationPanel::clear);
+    connect(pRun, &CalibrationRun::samplingStopped, this, &VeltaCalibrationPanel::dropSignals);
+    connect(pRun, &CalibrationRun::applied, this, &VeltaCalibrationPanel::CalibFinished);
+    connect(pRun, &CalibrationRun::failed, this, &VeltaCalibrationPanel::CalibError);
 }
 
 short VeltaCalibrationPanel::startCalibration()
 {
-    cancel();
-    bRunning = true;
-    nPoints = nCrossX = nCrossY = 0;
-    data.releaseBackup();
-    screenColor = Qt::black;
-
-    const QSize size = QGuiApplication::primaryScreen()->geometry().size();
-    data.nScreenWidth = size.width();
-    data.nScreenHeight = size.height();
-    data.backupCalibration();
-    resize(size);
-
-    setPointerSuspended(true);
-    const short code = data.openTouchscreen();
-    if (code != 0) {
-        bRunning = false;
-        setPointerSuspended(false);
-        return code;
-    }
-    startPoint();
-    return 0;
+    return pRun->start();
 }
 
-void VeltaCalibrationPanel::cancel()
+void VeltaCalibrationPanel::clear()
 {
-    stopSampling();
-    if (bRunning) {
-        bRunning = false;
-        data.closeTouchscreen();
-        setPointerSuspended(false);
-    }
+    updateScreen(0, 0, Qt::black);
+    resize(QGuiApplication::primaryScreen()->geometry().size());
 }
 
-void VeltaCalibrationPanel::startPoint()
+/// What the thread has signalled before belongs to a run that is over.
+void VeltaCalibrationPanel::dropSignals()
 {
-    bPointMeasured = false;
-    const QPoint target = crosshairTargets({data.nScreenWidth, data.nScreenHeight})[nPoints];
-    thread.setup(data.pTouchscreen, &sampled, nPoints, target.x(), target.y(),
-                 QLatin1String(PointNames[nPoints]));
-    thread.start();
-}
-
-/// Joins the thread. What it has signalled before belongs to a run that is over: dropped.
-void VeltaCalibrationPanel::stopSampling()
-{
-    thread.stop();
     QCoreApplication::removePostedEvents(this, QEvent::MetaCall);
-}
-
-void VeltaCalibrationPanel::CalThreadControl()
-{
-    if (!bRunning || !thread.isFinished()) {
-        return;
-    }
-    thread.join();
-    if (!bPointMeasured) {
-        // It has ended without a word, so something keeps it from waiting for touches.
-        CalThreadError(ERR_TS_READ_PRESS);
-        return;
-    }
-    if (++nPoints < CalibrationRecord::PointCount) {
-        startPoint();
-        return;
-    }
-    bRunning = false;
-    // No one samples any more, and a box that appears now needs the pointer.
-    data.shareTouchscreen();
-    setPointerSuspended(false);
-    bApplying = true;
-    reportFailure(data.applyCalibration(data.points), pointerCalibrationName());
-    reportFailure(data.closeTouchscreen(), QStringLiteral("closeTouchscreen"));
-    bApplying = false;
-    Q_EMIT CalibFinished();
-}
-
-void VeltaCalibrationPanel::reportFailure(short code, const QString &text)
-{
-    if (code != 0 && code != TouchCalibrationData::RemountFailed) {
-        const VeltaInfoBox box(code, text, CalibrationBoxSeconds, this, true, true);
-    }
-}
-
-void VeltaCalibrationPanel::CalThreadError(short nCode)
-{
-    qDebug("CalibrationPanel CalThreadError\n");
-    cancel();
-    Q_EMIT CalibError(nCode);
 }
 
 void VeltaCalibrationPanel::updateScreen(int x, int y, QColor eBrush)
@@ -179,9 +94,17 @@ void VeltaCalibrationPanel::updateScreen(int x, int y, QColor eBrush)
 
 void VeltaCalibrationPanel::updateCData(void *pCalData)
 {
-    thread.join();
-    data.points = *static_cast<const CalibrationRecord *>(pCalData);
-    bPointMeasured = true;
+    pRun->takePoint(*static_cast<const CalibrationRecord *>(pCalData));
+}
+
+void VeltaCalibrationPanel::CalThreadControl()
+{
+    pRun->endPoint();
+}
+
+void VeltaCalibrationPanel::CalThreadError(short nCode)
+{
+    pRun->fail(nCode);
 }
 
 /// The widget's font, smaller where the lines would be cut off or run through a crosshair.
@@ -198,8 +121,7 @@ QFont VeltaCalibrationPanel::fittingFont() const
 
 void VeltaCalibrationPanel::paintEvent(QPaintEvent * /*event*/)
 {
-    // While the points are being handed over a box may be open in front of this.
-    if (!bRunning && !bApplying) {
+    if (!isShown(pRun->state())) {
         return;
     }
     QPainter painter(this);

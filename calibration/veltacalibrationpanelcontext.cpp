@@ -1,21 +1,24 @@
 #include "calibration/veltacalibrationpanelcontext.h"
 
+#include "calibration/calibrationrun.h"
 #include "calibration/veltacalibrationpanel.h"
 #include "infobox/veltainfobox.h"
-#include "platform/touchscreenpaths.h"
 
 #include <QGuiApplication>
 #include <QScreen>
 
 namespace {
 
+/// Seconds after which any other box closes by itself: the touchscreen that should press its button
+/// may be uncalibrated at that moment, or not be there.
+constexpr quint8 BoxSeconds = 10;
 /// Seconds after which the box about the restored calibration closes by itself.
 constexpr quint8 RestoredBoxSeconds = 5;
 
 } // namespace
 
-VeltaCalibrationPanelContext::VeltaCalibrationPanelContext(QWidget *pPage)
-    : QWidget(pPage), pPanel(std::make_unique<VeltaCalibrationPanel>(this))
+VeltaCalibrationPanelContext::VeltaCalibrationPanelContext(CalibrationRun *pOwnRun, QWidget *pPage)
+    : QWidget(pPage), pRun(pOwnRun), pPanel(std::make_unique<VeltaCalibrationPanel>(pRun, this))
 {
     pPanel->setAttribute(Qt::WA_InputMethodEnabled);
     setWindowFlags(Qt::Window | Qt::X11BypassWindowManagerHint | Qt::FramelessWindowHint
@@ -28,24 +31,33 @@ VeltaCalibrationPanelContext::VeltaCalibrationPanelContext(QWidget *pPage)
             &VeltaCalibrationPanelContext::CalibrationFinished);
     connect(pPanel.get(), &VeltaCalibrationPanel::CalibError, this,
             &VeltaCalibrationPanelContext::CalibrationError);
+    connect(pRun, &CalibrationRun::stateChanged, this, &VeltaCalibrationPanelContext::showState);
+    connect(pRun, &CalibrationRun::boxDue, this, &VeltaCalibrationPanelContext::showBox);
 }
 
 VeltaCalibrationPanelContext::~VeltaCalibrationPanelContext() = default;
 
-void VeltaCalibrationPanelContext::cancel()
+void VeltaCalibrationPanelContext::showState()
 {
-    pPanel->cancel();
-    leaveScreen();
+    const CalibrationState state = pRun->state();
+    if (state == CalibrationState::Sampling) {
+        show();
+    } else if (isVisible() && state != CalibrationState::Applying) {
+        leaveScreen();
+    }
 }
 
-void VeltaCalibrationPanelContext::restoreSilently(bool bUnaccepted)
+/// The one place that shows a box about a calibration.
+void VeltaCalibrationPanelContext::showBox(short nCode, const QString &text)
 {
-    TouchCalibrationData &record = pPanel->calibrationData();
-    record.setSilent();
-    if (bUnaccepted || record.isRestoreDue()) {
-        record.restoreOldCalibration();
-    } else if (record.isAcceptDue()) {
-        record.acceptCalibration();
+    if (nCode != 0) {
+        const VeltaInfoBox box(nCode, text, BoxSeconds, this, true, true);
+    } else {
+        const VeltaInfoBox box(tr("old calibration data restored"), RestoredBoxSeconds, this, true,
+                               true);
+    }
+    if (!isVisible()) {
+        activatePage();
     }
 }
 
@@ -66,35 +78,14 @@ void VeltaCalibrationPanelContext::activatePage()
 
 void VeltaCalibrationPanelContext::showCalibrationPanel()
 {
-    if (pPanel->isApplying()) {
-        return; // a box of the last run is open, and its outcome follows
-    }
-    show();
     if (const short code = pPanel->startCalibration(); code != 0) {
         CalibrationError(code);
     }
 }
 
-void VeltaCalibrationPanelContext::acceptCalibration()
-{
-    const short code = pPanel->calibrationData().acceptCalibration();
-    if (code != 0 && code != TouchCalibrationData::RemountFailed) {
-        const VeltaInfoBox box(code, pointerCalibrationName(), CalibrationBoxSeconds, this, true,
-                               true);
-    }
-    activatePage();
-}
-
 void VeltaCalibrationPanelContext::RestoreOldCalibrationData()
 {
-    if (const short code = pPanel->calibrationData().restoreOldCalibration(); code != 0) {
-        const VeltaInfoBox box(code, pointerCalibrationName(), CalibrationBoxSeconds, this, true,
-                               true);
-    } else {
-        const VeltaInfoBox box(tr("old calibration data restored"), RestoredBoxSeconds, this, true,
-                               true);
-    }
-    activatePage();
+    pRun->handle(CalibrationEvent::Restore);
 }
 
 void VeltaCalibrationPanelContext::CalibrationFinished()
@@ -107,9 +98,8 @@ void VeltaCalibrationPanelContext::CalibrationError(short nCode)
 {
     leaveScreen();
     if (nCode != 0) {
-        const VeltaInfoBox box(nCode, CalibrationBoxSeconds, this, true, true);
+        showBox(nCode, QString());
     }
-    activatePage();
     update();
     Q_EMIT calibration_failed();
 }

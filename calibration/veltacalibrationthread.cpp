@@ -2,7 +2,7 @@
 
 #include "calibration/touchaxes.h"
 #include "calibration/touchreduction.h"
-#include "platform/devicepath.h"
+#include "platform/touchscreenpaths.h"
 #include "settings/errorcatalogue.h"
 
 #include <QDebug>
@@ -24,10 +24,8 @@ constexpr int FixedPointOne = 1 << FixedPointShift;
 
 } // namespace
 
-VeltaCalibrationThread::VeltaCalibrationThread(QObject *parent,
-                                               std::chrono::milliseconds glideInterval,
-                                               std::chrono::milliseconds verdictPause)
-    : QThread(parent), interval(glideInterval), pause(verdictPause)
+VeltaCalibrationThread::VeltaCalibrationThread(QObject *parent, const CalibrationPace &ownPace)
+    : QThread(parent), pace(ownPace)
 { }
 
 VeltaCalibrationThread::~VeltaCalibrationThread()
@@ -107,7 +105,7 @@ void VeltaCalibrationThread::learnTolerance()
     if (bToleranceKnown && nTolerance != 0) {
         return;
     }
-    const auto axes = readTouchAxes(devicePath(QStringLiteral("/dev/input/touchscreen")));
+    const auto axes = readTouchAxes(touchscreenDevice());
     const TouchAxes known = axes.value_or(TouchAxes());
     nTolerance = touchTolerance(known.nMaximumX, known.nMaximumY);
     bToleranceKnown = axes.has_value();
@@ -121,7 +119,7 @@ bool VeltaCalibrationThread::glideToTarget()
         Q_EMIT updateScreenpos(nOriginX >> FixedPointShift, nOriginY >> FixedPointShift, Qt::green);
         nOriginX += stepX;
         nOriginY += stepY;
-        if (!sampler.pause(interval)) {
+        if (!sampler.pause(pace.glideInterval)) {
             return false;
         }
     }
@@ -177,10 +175,10 @@ short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *pRawX, int *pRawY)
 
     if (reference != RawPoint() && isSamePlace(reference, position, nTolerance)) {
         showTarget(Qt::red);
-        return sampler.pause(pause) ? 0 : PointStopped;
+        return sampler.pause(pace.verdictPause) ? 0 : PointStopped;
     }
     showTarget(Qt::green);
-    if (sName == QLatin1String(CenterPointName) && !sampler.pause(pause)) {
+    if (sName == QLatin1String(CenterPointName) && !sampler.pause(pace.verdictPause)) {
         return PointStopped;
     }
     return 0;

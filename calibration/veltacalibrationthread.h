@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calibration/calibrationpace.h"
 #include "calibration/calibrationrecord.h"
 #include "calibration/touchsampler.h"
 
@@ -8,7 +9,6 @@
 #include <QThread>
 
 #include <atomic>
-#include <chrono>
 
 struct tsdev;
 
@@ -25,14 +25,7 @@ class VeltaCalibrationThread : public QThread
     Q_OBJECT
 
 public:
-    /// Time of each of the ten steps in which the crosshair glides to its next place.
-    static constexpr std::chrono::milliseconds GlideInterval{50};
-    /// How long a verdict stays on the screen before something else is shown.
-    static constexpr std::chrono::milliseconds VerdictPause{500};
-
-    explicit VeltaCalibrationThread(QObject *parent = nullptr,
-                                    std::chrono::milliseconds glideInterval = GlideInterval,
-                                    std::chrono::milliseconds verdictPause = VerdictPause);
+    explicit VeltaCalibrationThread(QObject *parent = nullptr, const CalibrationPace &ownPace = {});
     /// Stops and joins the thread.
     ~VeltaCalibrationThread() override;
 
@@ -72,8 +65,7 @@ private:
     void showTarget(Qt::GlobalColor colour);
 
     TouchSampler sampler;
-    std::chrono::milliseconds interval; ///< of gliding
-    std::chrono::milliseconds pause; ///< after a verdict
+    CalibrationPace pace;
     tsdev *pTouchscreen = nullptr;
     CalibrationRecord *pRecord = nullptr;
     int nIndex = 0;

@@ -3,14 +3,20 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
+#include <QFileInfo>
 #include <QMap>
 
 #include <chrono>
+#include <cstdarg>
 #include <limits>
+#include <linux/input.h>
 #include <memory>
 #include <pty.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <thread>
 #include <tslib.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -63,6 +69,21 @@ public:
 
 } // namespace
 
+/// In place of the C library's: a file "axes4000" passes for a touchscreen with such axes.
+extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, request);
+    void *pArgument = va_arg(arguments, void *);
+    va_end(arguments);
+    const QString file = QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(fd)).symLinkTarget();
+    if (file.endsWith(QLatin1String("axes4000")) && _IOC_TYPE(request) == 'E') {
+        static_cast<input_absinfo *>(pArgument)->maximum = 4000;
+        return 0;
+    }
+    return static_cast<int>(syscall(SYS_ioctl, fd, request, pArgument));
+}
+
 /// The sampling thread on a touchscreen that real tslib reads.
 class TestCalibrationThread : public DeviceTest
 {
@@ -113,23 +134,35 @@ private Q_SLOTS:
         QCOMPARE(gui.crosses.constLast(), QPoint(50, 60));
     }
 
+    void secondPoint_data()
+    {
+        columns<bool, int>("named", "tolerance"); // whether the environment names the touchscreen
+        row("does not tell its axes", false, 51);
+        row("named, axes of 4000", true, 200);
+    }
     /// The second point glides there, and is asked again while the touch is where the first one
     /// was.
     void secondPoint()
     {
+        QFETCH(bool, named);
+        QFETCH(int, tolerance);
+        if (named) {
+            root().write("/dev/input/axes4000", {});
+            qputenv("TSLIB_TSDEVICE", QFile::encodeName(root().path("/dev/input/axes4000")));
+        }
         const Touchscreen touchscreen = open(pFifo->path);
-        VeltaCalibrationThread thread(nullptr, 0ms, 0ms);
+        VeltaCalibrationThread thread(nullptr, {0ms, 0ms});
         thread.setup(touchscreen.get(), &record, 0, 50, 50, "Top left");
         pFifo->tap({1000, 1000});
         sample(thread);
 
-        // The tolerance of a touchscreen that does not tell its axes is 51.
         Listener gui(&thread);
         thread.setup(touchscreen.get(), &record, 1, 750, 40, "Top right");
-        pFifo->tap({1051, 949});
-        pFifo->tap({1052, 1000});
+        const RawPoint farther{1001 + tolerance, 1000};
+        pFifo->tap({1000 + tolerance, 1000 - tolerance});
+        pFifo->tap(farther);
         sample(thread);
-        QCOMPARE(RawPoint({record.rawX[1], record.rawY[1]}), (RawPoint{1052, 1000}));
+        QCOMPARE(RawPoint({record.rawX[1], record.rawY[1]}), farther);
         QCOMPARE(gui.colours, "gbwrbwg");
         QCOMPARE(gui.crosses[0], QPoint(50, 50));
         QCOMPARE(gui.crosses[9], QPoint(50 + 9 * 70, 41));
@@ -138,7 +171,7 @@ private Q_SLOTS:
         // A new run knows no point before its first.
         gui.colours.clear();
         thread.setup(touchscreen.get(), &record, 0, 50, 50, "Top left");
-        pFifo->tap({1052, 1000});
+        pFifo->tap(farther);
         sample(thread);
         QCOMPARE(gui.colours, "bwg");
     }
@@ -164,7 +197,7 @@ private Q_SLOTS:
         QFETCH(char, colour);
         const Touchscreen touchscreen = open(pFifo->path);
         // Where the thread is to be caught it stays longer than any machine takes to look.
-        VeltaCalibrationThread thread(nullptr, pressed == 0 ? 30min : 0min, 30min);
+        VeltaCalibrationThread thread(nullptr, {pressed == 0 ? 30min : 0min, 30min});
         if (index > 0) {
             thread.setup(touchscreen.get(), &record, 0, 50, 50, "Top left");
             pFifo->tap({1000, 1000});
@@ -260,6 +293,7 @@ private:
     {
         pFifo.reset();
         qunsetenv("TSLIB_CONFFILE");
+        qunsetenv("TSLIB_TSDEVICE");
     }
 
     Touchscreen open(const QString &path)

@@ -1,0 +1,376 @@
+#include "calibration/calibrationrun.h"
+#include "platform/windowserver.h"
+#include "tests/calibration/simulatedpanel.h"
+#include "tests/platform/touchscreenfifo.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/testmain.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QMap>
+#include <QRegularExpression>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace {
+
+using enum CalibrationState;
+using Event = CalibrationEvent;
+
+constexpr char OldFile[] = "16384 0 0 0 8192 0 65536\n";
+const QString CalibrationFile = "/etc/pointercal";
+constexpr SimulatedPanel Glass{true, false, true, 0};
+constexpr int RunLimitMs = 30000; // far more than any machine takes
+
+constexpr std::array<const char *, CalibrationStates> StateNames{
+    "Idle",         "Resting",  "CountingDown", "Sampling",  "Applying",
+    "ApplyingLeft", "Awaiting", "AwaitingLeft", "Restoring", "RestoringLeft"};
+constexpr std::array<const char *, CalibrationEvents> EventNames{
+    "Request", "Start",         "StopCountdown", "StartTick",         "AcceptTick",
+    "Expired", "PointMeasured", "AllMeasured",   "TouchscreenFailed", "Applied",
+    "Accept",  "Restore",       "Restored",      "Withdraw"};
+
+bool isAwaiting(CalibrationState state)
+{
+    return state == Awaiting || state == AwaitingLeft;
+}
+
+} // namespace
+
+/// In place of the C library's: hundreds of runs wait for no disk.
+extern "C" int fsync(int /*fd*/)
+{
+    return 0;
+}
+
+/// In place of the page, the panel and the operator, for a run on a touchscreen that real tslib
+/// reads.
+class TestCalibrationRun : public DeviceTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        DeviceTest::init();
+        pFifo = std::make_unique<TouchscreenFifo>(root());
+        root().write(CalibrationFile, OldFile);
+        pServer = std::make_unique<WindowServer>();
+        QVERIFY(pServer->openPointer());
+        pRun = std::make_unique<CalibrationRun>(
+            CalibrationPace{std::chrono::milliseconds(0), std::chrono::milliseconds(0)});
+        bCloseEarly = false;
+        boxes.clear();
+        counted.clear();
+        connectRun();
+    }
+
+    void steps_data()
+    {
+        columns<CalibrationState, int, CalibrationState>("state", "event", "next");
+        const QMap<std::pair<CalibrationState, Event>, CalibrationState> steps{
+            {{Idle, Event::Request}, CountingDown},
+            {{Idle, Event::Start}, Sampling},
+            {{Idle, Event::Applied}, Awaiting},
+            {{Resting, Event::Start}, Sampling},
+            {{Resting, Event::Applied}, Awaiting},
+            {{Resting, Event::Withdraw}, Idle},
+            {{CountingDown, Event::Start}, Sampling},
+            {{CountingDown, Event::StopCountdown}, Resting},
+            {{CountingDown, Event::Expired}, Sampling},
+            {{CountingDown, Event::Applied}, Awaiting},
+            {{CountingDown, Event::Withdraw}, Idle},
+            {{Sampling, Event::AllMeasured}, Awaiting},
+            {{Sampling, Event::TouchscreenFailed}, Resting},
+            {{Sampling, Event::Withdraw}, Idle},
+            {{Applying, Event::Applied}, Awaiting},
+            {{Applying, Event::Withdraw}, ApplyingLeft},
+            {{ApplyingLeft, Event::Applied}, AwaitingLeft},
+            {{ApplyingLeft, Event::Request}, Applying},
+            {{Awaiting, Event::Expired}, CountingDown},
+            {{Awaiting, Event::Accept}, Resting},
+            {{Awaiting, Event::Restore}, CountingDown},
+            {{Awaiting, Event::Withdraw}, AwaitingLeft},
+            {{AwaitingLeft, Event::Request}, Awaiting},
+            {{AwaitingLeft, Event::Expired}, Idle},
+            {{AwaitingLeft, Event::Accept}, Idle},
+            {{AwaitingLeft, Event::Restore}, Idle},
+            {{Restoring, Event::Start}, Sampling},
+            {{Restoring, Event::Restored}, CountingDown},
+            {{Restoring, Event::Withdraw}, RestoringLeft},
+            {{RestoringLeft, Event::Request}, Restoring},
+            {{RestoringLeft, Event::Start}, Sampling},
+            {{RestoringLeft, Event::Restored}, Idle},
+        };
+        for (int i = 0; i < CalibrationStates * CalibrationEvents; ++i) {
+            const auto state = static_cast<CalibrationState>(i / CalibrationEvents);
+            const int event = i % CalibrationEvents;
+            QTest::addRow("%s, %s", StateNames[std::size_t(state)], EventNames[std::size_t(event)])
+                << state << event << steps.value({state, static_cast<Event>(event)}, state);
+        }
+    }
+    /// Every event in every state: where it leads, and that touchscreen, pointer, file, note and
+    /// count-down are those of that state, also when the program ends there.
+    void steps()
+    {
+        QFETCH(CalibrationState, state);
+        QFETCH(int, event);
+        QFETCH(CalibrationState, next);
+        const auto fired = static_cast<Event>(event);
+        bringTo(state, [&] {
+            fire(fired);
+            QCOMPARE(pRun->state(), next);
+        });
+
+        const CalibrationState last = pRun->state();
+        const bool bSampling = last == Sampling;
+        QCOMPARE(pRun->calibrationData().touchscreen() != nullptr, bSampling);
+        QCOMPARE(pRun->samplingThread()->isRunning(), bSampling);
+        QCOMPARE(pServer->isPointerSuspended(), bSampling);
+        QCOMPARE(pRun->findChild<QTimer *>()->isActive(), last == CountingDown || isAwaiting(last));
+        const bool bAccepted = isAwaiting(state) && fired == Event::Accept;
+        const bool bMeasured = (state >= Applying && isAwaiting(last))
+            || (state == Sampling && fired == Event::AllMeasured);
+        QCOMPARE(root().read(CalibrationFile) != OldFile, bMeasured || bAccepted);
+        QCOMPARE(WindowServer::isCalibrationUnaccepted(), bMeasured);
+        pRun.reset();
+        QCOMPARE(root().read(CalibrationFile) != OldFile, bAccepted);
+        QVERIFY(!WindowServer::isCalibrationUnaccepted());
+        QVERIFY(!pServer->isPointerSuspended());
+    }
+
+    /// From the request through two count-downs to a run and back to the old calibration.
+    void countsDown()
+    {
+        pRun->handle(Event::Request);
+        for (int i = 0; i <= 5; ++i) {
+            pRun->handle(Event::StartTick);
+        }
+        QVERIFY(pRun->state() == Sampling);
+        measure();
+        for (int i = 0; i <= 10; ++i) {
+            QVERIFY(pRun->state() == Awaiting);
+            pRun->handle(Event::AcceptTick);
+        }
+        QVERIFY(pRun->state() == CountingDown);
+        QCOMPARE(counted, (QList<int>{5, 4, 3, 2, 1, 0, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 5}));
+        QCOMPARE(boxes, QStringList{"0 "});
+    }
+
+    void tells_data()
+    {
+        // The boxes of a run, of its acceptance and of its restore, each with what it names.
+        columns<QByteArray, QStringList, QStringList, QStringList>("fault", "applied", "accepted",
+                                                                   "restored");
+        const QStringList none;
+        const QStringList restored{"0 "};
+        const QStringList file{"-212 /etc/pointercal"};
+        row("none", QByteArray(), none, none, restored);
+        row("no command to remount", QByteArray("mount"),
+            QStringList{"-233 /nonexistent", "-234 /nonexistent"}, none,
+            QStringList{"-233 /nonexistent", "-234 /nonexistent", "-212 /nonexistent/pointercal"});
+        row("file cannot be written", QByteArray("file"), file, none, restored);
+        row("file cannot be restored", QByteArray("restore"), none, none, file);
+        row("touches on one line", QByteArray("line"), QStringList{"-235 /etc/pointercal"}, none,
+            restored);
+        row("touchscreen closed by somebody", QByteArray("close"),
+            QStringList{"-210 closeTouchscreen"}, none, restored);
+        row("note stays", QByteArray("note"), none, QStringList{"-230 /etc/pointercal"}, restored);
+    }
+    /// Nothing that was not applied goes without a box.
+    void tells()
+    {
+        QFETCH(QByteArray, fault);
+        QFETCH(QStringList, applied);
+        QFETCH(QStringList, accepted);
+        QFETCH(QStringList, restored);
+        const QString path = root().path(CalibrationFile);
+        const QString note = path + ".unaccepted";
+        const auto plantDirectory = [](const QString &where) {
+            return QFile::remove(where) && QDir().mkpath(where + "/inner");
+        };
+        bCloseEarly = fault == "close";
+        if (fault == "mount") {
+            qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
+        }
+        pRun->start();
+        if (fault == "file") {
+            QVERIFY(plantDirectory(path));
+            QTest::ignoreMessage(QtWarningMsg, CannotWrite);
+        }
+        if (fault == "line") {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("refused"));
+            for (int i = 1; i <= CalibrationRecord::PointCount; ++i) {
+                pFifo->tap({300 * i, 300 * i});
+            }
+            QVERIFY(QTest::qWaitFor([this] { return pRun->state() == Awaiting; }, RunLimitMs));
+        } else {
+            measure();
+        }
+        QCOMPARE(std::exchange(boxes, {}), applied);
+
+        if (fault == "note") {
+            QVERIFY(plantDirectory(note));
+            for (int i = 0; i < 2; ++i) {
+                QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot remove"));
+            }
+        }
+        pRun->handle(Event::Accept);
+        QCOMPARE(std::exchange(boxes, {}), accepted);
+
+        if (fault == "file") {
+            QVERIFY(QDir(path).removeRecursively());
+        } else if (fault == "restore") {
+            QVERIFY(plantDirectory(path));
+            QTest::ignoreMessage(QtWarningMsg, CannotWrite);
+        } else if (fault == "mount") {
+            QTest::ignoreMessage(QtWarningMsg, CannotWrite);
+        }
+        pRun->handle(Event::Restore);
+        QCOMPARE(boxes, restored);
+
+        // The end of the program tries once more what has failed.
+        if (fault == "restore") {
+            QVERIFY(QDir(path).removeRecursively());
+        }
+        qunsetenv("POINTERCAL_FILE");
+        pRun.reset();
+        QCOMPARE(root().read(CalibrationFile), OldFile);
+    }
+
+private:
+    void closeWindows() override
+    {
+        pRun.reset();
+        pServer.reset();
+        pFifo.reset();
+        qunsetenv("POINTERCAL_FILE");
+    }
+
+    /// As panel and page do it.
+    void connectRun()
+    {
+        pReceiver = std::make_unique<QObject>();
+        const VeltaCalibrationThread *pThread = pRun->samplingThread();
+        connect(
+            pThread, &VeltaCalibrationThread::updateCaldata, pReceiver.get(),
+            [this](void *pRecord) {
+                pRun->takePoint(*static_cast<const CalibrationRecord *>(pRecord));
+            },
+            Qt::QueuedConnection);
+        connect(
+            pThread, &QThread::finished, pReceiver.get(), [this] { pRun->endPoint(); },
+            Qt::QueuedConnection);
+        connect(pRun.get(), &CalibrationRun::samplingStopped, pReceiver.get(), [this] {
+            QCoreApplication::removePostedEvents(pReceiver.get(), QEvent::MetaCall);
+        });
+        connect(pRun.get(), &CalibrationRun::stateChanged, this, [this] {
+            if (bCloseEarly && pRun->state() == Applying) {
+                pRun->calibrationData().closeTouchscreen();
+            }
+        });
+        connect(pRun.get(), &CalibrationRun::applied, this,
+                [this] { pRun->handle(Event::Applied); });
+        connect(pRun.get(), &CalibrationRun::startDue, this, [this] { pRun->start(); });
+        connect(pRun.get(), &CalibrationRun::counted, this,
+                [this](int nSeconds) { counted += nSeconds; });
+        connect(pRun.get(), &CalibrationRun::boxDue, this, [this](int nCode, const QString &text) {
+            boxes += QStringLiteral("%1 %2").arg(nCode).arg(text);
+            if (const auto read = std::exchange(whileBoxIsOpen, nullptr)) {
+                read();
+            }
+        });
+    }
+
+    /// Has \a act happen in \a state, which for some is while a box is open.
+    void bringTo(CalibrationState state, const std::function<void()> &act)
+    {
+        switch (state) {
+        case Idle:
+            break;
+        case Resting:
+            pRun->handle(Event::Request);
+            pRun->handle(Event::StopCountdown);
+            break;
+        case CountingDown:
+            pRun->handle(Event::Request);
+            break;
+        case Sampling:
+            pRun->start();
+            break;
+        case Applying:
+        case ApplyingLeft:
+            bCloseEarly = true; // there is a box about that
+            whileBoxIsOpen = [=, this] {
+                withdrawFor(state == ApplyingLeft);
+                act();
+            };
+            pRun->start();
+            measure();
+            return;
+        case Awaiting:
+        case AwaitingLeft:
+            pRun->start();
+            measure();
+            withdrawFor(state == AwaitingLeft);
+            break;
+        case Restoring:
+        case RestoringLeft:
+            pRun->start();
+            measure();
+            whileBoxIsOpen = [=, this] {
+                withdrawFor(state == RestoringLeft);
+                act();
+            };
+            pRun->handle(Event::Restore);
+            return;
+        }
+        QCOMPARE(pRun->state(), state);
+        act();
+    }
+
+    void withdrawFor(bool bLeft)
+    {
+        if (bLeft) {
+            pRun->handle(Event::Withdraw);
+        }
+    }
+
+    /// The touches of a run say by themselves what they are.
+    void fire(Event event)
+    {
+        if (pRun->state() == Sampling && event == Event::PointMeasured) {
+            pFifo->tap(Glass.touch({50, 50}));
+            QTRY_COMPARE(pRun->calibrationData().points.screenX[0], 50);
+        } else if (pRun->state() == Sampling && event == Event::AllMeasured) {
+            measure();
+        } else {
+            pRun->handle(event);
+        }
+    }
+
+    void measure()
+    {
+        for (const QPoint target : crosshairTargets(Glass.picture())) {
+            pFifo->tap(Glass.touch(target));
+        }
+        QVERIFY(QTest::qWaitFor([this] { return pRun->state() != Sampling; }, RunLimitMs));
+    }
+
+    const QRegularExpression CannotWrite{"Cannot write the pointer calibration file"};
+    std::unique_ptr<TouchscreenFifo> pFifo;
+    std::unique_ptr<WindowServer> pServer;
+    std::unique_ptr<CalibrationRun> pRun;
+    std::unique_ptr<QObject> pReceiver; ///< of the thread's signals
+    std::function<void()> whileBoxIsOpen; ///< what the operator does with the next box
+    bool bCloseEarly = false;
+    QStringList boxes; ///< code and text of each
+    QList<int> counted;
+};
+
+PANEL_TEST_MAIN(TestCalibrationRun)
+#include "tst_calibrationrun.moc"
