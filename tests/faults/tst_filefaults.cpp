@@ -1,5 +1,5 @@
 #include "calibration/calibrationpage.h"
-#include "calibration/veltacalibrationpanel.h"
+#include "calibration/calibrationrun.h"
 #include "platform/devicepath.h"
 #include "platform/windowserver.h"
 #include "settings/errorcatalogue.h"
@@ -353,7 +353,7 @@ private:
         return answer;
     }
 
-    static void measure(VeltaCalibrationPanel &panel)
+    static void measure(CalibrationRun &run)
     {
         CalibrationRecord record;
         for (std::size_t i = 0; i < CalibrationRecord::PointCount; ++i) {
@@ -365,11 +365,10 @@ private:
             record.screenY[i] = target.y();
         }
         // As the sampling thread hands a point over, without the seconds that it takes.
-        auto *pThread = panel.findChild<VeltaCalibrationThread *>();
-        while (panel.isRunning()) {
-            pThread->stop();
-            panel.updateCData(&record);
-            panel.CalThreadControl();
+        while (run.state() == CalibrationState::Sampling) {
+            run.samplingThread()->stop();
+            run.takePoint(record);
+            run.endPoint();
         }
     }
 
@@ -381,7 +380,7 @@ private:
         server.openPointer();
         arm();
         pPage->StartCalibration();
-        measure(*pPage->findChild<VeltaCalibrationPanel *>());
+        measure(*pPage->findChild<CalibrationRun *>());
         auto *pAccept = pPage->findChild<QPushButton *>(QStringLiteral("acceptCalibrationButton"));
         if (how == Accepted) {
             FileFaults::mark();
