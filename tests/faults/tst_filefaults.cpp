@@ -421,6 +421,10 @@ class TestFileFaults : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
+        // Hundreds of devices are made, and the journal knows what of them would be on a disk.
+        if (QFileInfo(QStringLiteral("/dev/shm")).isWritable()) {
+            qputenv("TMPDIR", "/dev/shm");
+        }
         setScreen(ScreenSize);
         void *pShared = mmap(nullptr, sizeof(Journal), PROT_READ | PROT_WRITE,
                              MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -523,28 +527,32 @@ private:
         }
         if (answer) {
             complaints += trial.judge(root, *answer);
-            judgeRestart(trial, root, {filesOf(root), true, true, answer->errors}, &*answer,
-                         complaints);
-        } else if (fault == Fault::Kill) {
-            judgePowerCuts(trial, root, CrashModel(before, *pJournal), complaints);
+        }
+        if (answer || fault == Fault::Kill) {
+            judgeDisks(trial, root, CrashModel(before, *pJournal), answer ? &*answer : nullptr,
+                       complaints);
         }
         return fault == Fault::None ? 0 : pJournal->nFirstFault + 1;
     }
 
-    void judgePowerCuts(Trial &trial, const DeviceRoot &killed, const CrashModel &model,
-                        QStringList &complaints)
+    /// What the run has left, and what a power cut right after it leaves of that.
+    void judgeDisks(Trial &trial, const DeviceRoot &left, const CrashModel &model,
+                    const Answer *pAnswer, QStringList &complaints)
     {
-        const Files files = filesOf(killed);
+        const QStringList errors = pAnswer ? pAnswer->errors : QStringList();
+        const Files files = filesOf(left);
         if (files != model.killed()) {
             complaints += QStringLiteral("the journal lacks a change");
         }
-        judgeRestart(trial, killed, {files, false, model.isMarked(), {}}, nullptr, complaints);
+        judgeRestart(trial, left, {files, pAnswer != nullptr, model.isMarked(), errors}, pAnswer,
+                     complaints);
         for (const Files &cut : model.powerCuts()) {
             DeviceRoot root;
             trial.prepare(root);
             setFiles(root, cut);
             QStringList found;
-            judgeRestart(trial, root, {cut, false, model.isMarked(), {}}, nullptr, found);
+            judgeRestart(trial, root, {cut, pAnswer != nullptr, model.isMarked(), errors}, pAnswer,
+                         found);
             for (const QString &complaint : std::as_const(found)) {
                 complaints += QStringLiteral("power cut: ") + complaint;
             }
