@@ -2,7 +2,10 @@
 #include "app/keyrepeatfilter.h"
 #include "app/mainwindow.h"
 #include "app/startup.h"
+#include "platform/displaycheck.h"
+#include "platform/endinglimit.h"
 #include "platform/fontconfiguration.h"
+#include "platform/standardstreams.h"
 #include "platform/terminationsignals.h"
 #include "platform/windowserver.h"
 
@@ -12,9 +15,16 @@
 
 int main(int argc, char *argv[])
 {
+    const StandardStreams standardStreams;
+    const EndingLimit endingLimit; // the application object's own end included
     prepareEnvironment();
     std::optional<FontConfiguration> fontConfiguration(std::in_place);
+    std::optional<DisplayCheck> displayCheck([&fontConfiguration] { fontConfiguration.reset(); });
     QApplication application(argc, argv);
+    if (!DisplayCheck::hasScreen()) {
+        return DisplayCheck::ExitCode;
+    }
+    displayCheck.reset();
     setUpLook(application);
     KeyRepeatFilter keyRepeatFilter;
     application.installEventFilter(&keyRepeatFilter);

@@ -1,19 +1,17 @@
 #include "app/mainwindow.h"
 
 #include "app/cursor.h"
+#include "app/deviceinformation.h"
+#include "app/keyboardwatcher.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
-#include "platform/command.h"
 #include "platform/devicepath.h"
-#include "platform/firmwaretext.h"
-#include "platform/macaddress.h"
-#include "platform/screengrab.h"
+#include "platform/requestfiles.h"
 #include "platform/touchtype.h"
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
 #include "settings/fittedfont.h"
-#include "settings/inifile.h"
 #include "settings/settingsrecord.h"
 #include "settings/veltautils.h"
 #include "ui_mainwindow.h"
@@ -21,10 +19,7 @@
 
 #include <QApplication>
 #include <QDebug>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QFileSystemWatcher>
 #include <QKeyEvent>
 #include <QScreen>
 #include <QTimer>
@@ -43,20 +38,11 @@ constexpr auto ProgressInterval = 2000ms;
 constexpr auto FirstTickDelay = 5000ms;
 constexpr auto TickInterval = 500ms;
 constexpr auto RestartStep = 1000ms;
-constexpr auto RebootLimit = 120s; // a hanging command must not freeze the panel
 constexpr quint8 CalMessageSeconds = 15;
 
-constexpr auto CalibrationRequestFile = CalibrationPage::RequestFile;
-constexpr auto CalMessageFile = QLatin1String("/flash/local/cal_message");
 constexpr auto RebootCommand = QLatin1String("/sbin/reboot");
-constexpr auto InputFolder = QLatin1String("/dev/input");
-constexpr auto KeyMapFile = QLatin1String("/etc/kbd/de.qmap");
-constexpr int MaxKeyboards = 2;
 
 constexpr auto BlankLabel = QLatin1String("    ");
-constexpr auto UnknownMac = QLatin1String("00:00:00:00:00:00");
-constexpr auto DhcpModeText = QLatin1String("dhcp");
-constexpr auto StaticModeText = QLatin1String("static");
 constexpr int PageMargin = 9; // pixels, as in the form
 constexpr int ButtonSpacing = 6; // pixels between a button and the texts beside it
 constexpr int AppNameMargin = 50; // pixels by which a long name stays short of the screen
@@ -98,35 +84,17 @@ void setPointSize(QWidget *pWidget, int nPoints)
     pWidget->setFont(font);
 }
 
-// A version of the firmware, empty when it is not known.
-QString firmwareInfo(QLatin1String key)
-{
-    constexpr auto Path = QLatin1String("/etc/fwinfo.ini");
-    static bool bTold = false; // it is read again and again
-    const IniFile info(Path);
-    const bool bUnreadable = info.state() == IniFile::Unreadable;
-    if (bUnreadable && !bTold) {
-        qWarning("%s %s", Path.data(), qPrintable(info.problem()));
-    }
-    bTold = bUnreadable;
-    return info.value(key).toString();
-}
-
-QByteArray interfaceName(int nInterface)
-{
-    return "eth" + QByteArray::number(nInterface);
-}
-
 } // namespace
 
 MainWindow::MainWindow(QWidget *pParent)
-    : QStackedWidget(pParent), pUi(std::make_unique<Ui::MainWindow>())
+    : QStackedWidget(pParent), pUi(std::make_unique<Ui::MainWindow>()),
+      pRestart(new RestartSequence(devicePath(RebootCommand), this)),
+      calibrationRequest(CalibrationRequestFile)
 {
     registerResources();
     pUi->setupUi(this);
     createTimers();
     adaptToScreen();
-    bKeyboardMapping = readKeyboardMapping();
     pUi->sp_progressBar01->setRange(0, 0);
     connectAll();
     updateDeviceInfo();
@@ -150,9 +118,6 @@ MainWindow::MainWindow(QWidget *pParent)
 
 MainWindow::~MainWindow()
 {
-    if (nPlcHandle > 0) {
-        closeRuntimeLink();
-    }
     pCalibrationPage.reset();
     if (gCursorHidden) {
         QApplication::restoreOverrideCursor();
@@ -180,6 +145,7 @@ void MainWindow::connectAll()
     connect(pRestartTimer.get(), &QTimer::timeout, this, &MainWindow::systemRestart_Timer);
     connect(this, &MainWindow::triggerLcd, pUi->lcdRestart, qOverload<int>(&QLCDNumber::display));
     connect(pUi->buttonRestart, &QPushButton::clicked, this, &MainWindow::systemRestart_Button);
+    connect(pRestart, &RestartSequence::stateChanged, this, &MainWindow::restartStateChanged);
     connect(pUi->pushButtonStartApp, &QPushButton::clicked, this,
             &MainWindow::startAppButtonPressed);
     connect(pScreenshotTimer, &QTimer::timeout, this, &MainWindow::screenshotTimerEvent);
@@ -256,19 +222,19 @@ void MainWindow::doProgressBar()
 
 void MainWindow::controlVisibility()
 {
-    if (nPlcHandle < 1) {
-        openRuntimeLink();
-        bStatusKnown = false;
+    if (!runtimeLink.isOpen()) {
+        runtimeLink = RuntimeLink::open();
         bConfigRequested = false;
         scheduleNextTick();
         return;
     }
-    if (!readRuntimeStatus()) {
+    plcStatus = runtimeLink.status();
+    if (!plcStatus) {
         if (!isVisible()) {
             show();
             keepOverlaysOnTop();
         }
-        closeRuntimeLink();
+        runtimeLink.close();
         pVisibilityTimer->setInterval(TickInterval);
         return;
     }
@@ -277,11 +243,11 @@ void MainWindow::controlVisibility()
         // file cannot be deleted.
         bCheckCalMessage = false;
         showCalibrationMessage();
-        if (nPlcHandle < 1) {
-            return; // lost meanwhile: the status is not worth acting on
+        if (!plcStatus) {
+            return; // lost meanwhile
         }
     }
-    if (plcStatus.isPlcStopped()) {
+    if (plcStatus->isPlcStopped()) {
         showWhileStopped();
     } else {
         showWhileRunning();
@@ -297,14 +263,14 @@ void MainWindow::controlVisibility()
 
 void MainWindow::showWhileStopped()
 {
-    if (ipText.contains(NoAddress)) {
+    if (sIpShown.contains(NoAddress)) {
         updateDeviceInfo(); // a late lease becomes visible
     }
     showFullScreenOnce();
     showPage(pUi->previewPage);
     pProgressTimer->stop();
     updateAppName();
-    pUi->pushButtonStartApp->setVisible(plcStatus.state == PlcStateStopped);
+    pUi->pushButtonStartApp->setVisible(plcStatus->state == PlcStateStopped);
 }
 
 void MainWindow::showWhileRunning()
@@ -320,16 +286,14 @@ void MainWindow::showWhileRunning()
 
 void MainWindow::handleCalibrationRequest()
 {
-    QFile request(devicePath(CalibrationRequestFile));
-    if (!request.open(QIODevice::ReadOnly)) {
+    if (!calibrationRequest.isPending()) {
         if (pCalibrationPage) {
             pCalibrationPage->hide();
         }
         return;
     }
-    request.close();
     if (bNoCalibration) {
-        request.remove();
+        calibrationRequest.finish();
         return;
     }
     if (QApplication::activeModalWidget()) {
@@ -338,22 +302,31 @@ void MainWindow::handleCalibrationRequest()
     if (!pCalibrationPage) {
         pCalibrationPage = std::make_unique<CalibrationPage>(); // rarely needed, and not small
     }
-    if (!pCalibrationPage->isRunning()) {
-        if (WindowServer *pServer = WindowServer::instance()) {
-            pServer->resumePointer();
-        }
-        pCalibrationPage->startAutoCalibration();
+    if (pCalibrationPage->isRunning()) {
+        return;
     }
+    if (pCalibrationPage->isVisible() && calibrationRequest.isBegun()) {
+        // The operator has left the page, but the request could not be removed.
+        calibrationRequest.finish();
+        pCalibrationPage->hide();
+        return;
+    }
+    calibrationRequest.begin();
+    if (WindowServer *pServer = WindowServer::instance()) {
+        pServer->resumePointer();
+    }
+    pCalibrationPage->startAutoCalibration();
 }
 
 void MainWindow::showCalibrationMessage()
 {
-    QFile message(devicePath(CalMessageFile));
-    if (!message.exists()) {
+    RequestFile message(CalMessageFile);
+    if (!message.isPending()) {
         return;
     }
-    message.remove();
-    if (WindowServer *pServer = WindowServer::instance()) {
+    // A message that stays would shut touch off at every start, and with it the way to calibrate.
+    const bool bOnce = message.finish();
+    if (WindowServer *pServer = WindowServer::instance(); pServer && bOnce) {
         pServer->suspendPointer(); // until a calibration resumes it
     }
     bKeepVisible = true;
@@ -398,7 +371,7 @@ void MainWindow::scheduleNextTick()
 
 void MainWindow::configButtonPressed()
 {
-    if (bStatusKnown && plcStatus.isPlcStopped()) {
+    if (plcStatus && plcStatus->isPlcStopped()) {
         bConfigRequested = true;
     }
 }
@@ -408,15 +381,43 @@ void MainWindow::systemRestart_Timer()
     Q_EMIT triggerLcd(pUi->lcdRestart->intValue() - 1);
     if (pUi->lcdRestart->intValue() == 0) {
         qDebug("Rebooting");
-        pRestartTimer->stop();
-        runCommand(devicePath(RebootCommand), {}, RebootLimit);
+        restartDevice();
     }
 }
 
 void MainWindow::systemRestart_Button()
 {
-    pRestartTimer->stop(); // one reboot is enough
-    runCommand(devicePath(RebootCommand), {}, RebootLimit);
+    restartDevice();
+}
+
+void MainWindow::restartDevice()
+{
+    pRestartTimer->stop(); // one restart is enough
+    Q_EMIT triggerLcd(0);
+    // On the screen before the command may end the program: painted, then brought to the display.
+    pUi->lcdRestart->repaint();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateRequest);
+    pRestart->restart();
+}
+
+void MainWindow::restartStateChanged()
+{
+    if (!pRestart->isCommandRunning()) { // else until it is known what comes of it
+        showRestartText();
+    }
+    if (pRestart->isRetryDue()) {
+        Q_EMIT triggerLcd(nRestartSeconds);
+        pRestartTimer->start();
+    }
+}
+
+void MainWindow::showRestartText()
+{
+    const RestartSequence::State state = pRestart->state();
+    pUi->label_restartText->setText(
+        state == RestartSequence::State::Failed        ? tr("Restart failed, next attempt in")
+            : state == RestartSequence::State::Overdue ? tr("Not restarted yet, next attempt in")
+                                                       : tr("Restart in"));
 }
 
 void MainWindow::keyPressEvent(QKeyEvent *pEvent)
@@ -434,6 +435,7 @@ void MainWindow::changeEvent(QEvent *pEvent)
     QStackedWidget::changeEvent(pEvent);
     if (pEvent->type() == QEvent::LanguageChange) {
         pUi->retranslateUi(this);
+        showRestartText();
         pUi->label_dummy->setText(BlankLabel);
         updateDeviceInfo();
         appName.clear();
@@ -445,90 +447,22 @@ void MainWindow::changeEvent(QEvent *pEvent)
 
 void MainWindow::updateDeviceInfo()
 {
-    pUi->label_fw->setText(tr("Firmware Version: ") + readFirmwareVersion());
-    pUi->label_rts->setText(tr("Codesys RTS Version: ") + readRuntimeVersion());
+    const FirmwareVersions versions = readFirmwareVersions();
+    pUi->label_fw->setText(tr("Firmware Version: ") + versions.firmware);
+    pUi->label_rts->setText(tr("Codesys RTS Version: ") + versions.runtime);
     fitTexts({pUi->label_fw, pUi->label_rts});
-    const int nInterface = interfaceToShow();
-    if (nInterface < 0) {
-        return;
+    const auto interface = readInterfaceInformation();
+    if (!interface) {
+        return; // what is shown stays
     }
-    const InterfaceTexts &texts = interfaceTexts[nInterface];
-    const QString ip = interfaceIp(nInterface);
-    pUi->label_ip->setText(modeText.contains(StaticModeText) ? tr(texts.staticIp).arg(ip)
-                                                             : tr(texts.dhcpIp).arg(ip, modeText));
-    pUi->label_mask->setText(tr(texts.netmask).arg(interfaceNetmask(nInterface)));
-    pUi->label_mac->setText(tr(texts.mac).arg(interfaceMac(nInterface)));
+    const InterfaceTexts &texts = interfaceTexts[interface->nInterface];
+    sIpShown = interface->ip;
+    pUi->label_ip->setText(interface->bStatic
+                               ? tr(texts.staticIp).arg(sIpShown)
+                               : tr(texts.dhcpIp).arg(sIpShown, QLatin1String(" (dhcp)")));
+    pUi->label_mask->setText(tr(texts.netmask).arg(interface->netmask));
+    pUi->label_mac->setText(tr(texts.mac).arg(interface->mac));
     fitTexts({pUi->label_ip, pUi->label_mask, pUi->label_mac});
-}
-
-int MainWindow::interfaceToShow()
-{
-    if (interfaceQualifies(0)) {
-        return 0;
-    }
-    if (sysif_IsEth1Present() && interfaceQualifies(1)) {
-        return 1;
-    }
-    if (sysif_IsEth2Present() && interfaceQualifies(2)) {
-        return 2;
-    }
-    return -1;
-}
-
-bool MainWindow::interfaceQualifies(int nInterface)
-{
-    const QString mode = interfaceMode(nInterface);
-    return mode.contains(DhcpModeText) || mode.contains(StaticModeText);
-}
-
-QString MainWindow::readFirmwareVersion()
-{
-    firmwareVersion = firmwareInfo(QLatin1String("firmware/version"));
-    return firmwareVersion;
-}
-
-QString MainWindow::readRuntimeVersion()
-{
-    runtimeVersion = firmwareInfo(QLatin1String("codesys/version"));
-    return runtimeVersion;
-}
-
-QString MainWindow::interfaceIp(int nInterface)
-{
-    ipBuffer.fill('\0');
-    const int nResult =
-        sysif_GetInterfaceIp(ipBuffer.data(), interfaceName(nInterface).constData());
-    ipText = nResult == 0 ? firmwareText(ipBuffer) : NoAddress;
-    return ipText;
-}
-
-QString MainWindow::interfaceNetmask(int nInterface)
-{
-    netmaskBuffer.fill('\0');
-    const int nResult =
-        sysif_GetInterfaceNetmask(netmaskBuffer.data(), interfaceName(nInterface).constData());
-    netmaskText = nResult == 0 ? firmwareText(netmaskBuffer) : NoAddress;
-    return netmaskText;
-}
-
-QString MainWindow::interfaceMode(int nInterface)
-{
-    const auto call = nInterface == 1 ? sysdb_GetEth1Mode
-        : nInterface == 2             ? sysdb_GetEth2Mode
-                                      : sysdb_GetEth0Mode;
-    modeBuffer.fill('\0');
-    modeText = call(modeBuffer.data()) == 0 ? firmwareText(modeBuffer) : QString();
-    if (modeText.contains(DhcpModeText)) {
-        modeText = QStringLiteral(" (dhcp)");
-    }
-    return modeText;
-}
-
-QString MainWindow::interfaceMac(int nInterface)
-{
-    const QString mac = interfaceMacAddress(QStringLiteral("eth%1").arg(nInterface));
-    macText = mac.isEmpty() ? UnknownMac : mac;
-    return macText;
 }
 
 // Texts that would be cut off are shown in a smaller font; those of a group stay alike.
@@ -558,34 +492,11 @@ QFont MainWindow::formFont(const QLabel *pLabel)
 
 // PLC runtime link
 
-void MainWindow::openRuntimeLink()
-{
-    nPlcHandle = rctrl_init_communication();
-}
-
-bool MainWindow::readRuntimeStatus()
-{
-    PlcStatus status{};
-    if (rctrl_get_status(nPlcHandle, &status) != 0) {
-        return false; // whatever it has left in the record
-    }
-    plcStatus = status;
-    bStatusKnown = true;
-    return true;
-}
-
-void MainWindow::closeRuntimeLink()
-{
-    rctrl_exit_communication(nPlcHandle);
-    nPlcHandle = 0;
-    bStatusKnown = false;
-}
-
 void MainWindow::updateAppName()
 {
     QString name;
-    if (nPlcHandle != 0 && plcStatus.state != PlcStateNoApplication) {
-        name = plcStatus.firstAppName().simplified(); // one line
+    if (plcStatus && plcStatus->state != PlcStateNoApplication) {
+        name = plcStatus->firstAppName().simplified(); // one line
     }
     if (name == loadedName && !appName.isEmpty()) {
         return; // as at nearly every tick: shaping a text costs more than all the rest of it
@@ -600,23 +511,12 @@ void MainWindow::updateAppName()
 
 void MainWindow::startAppButtonPressed()
 {
-    if (nPlcHandle > 0 && rctrl_start_all_applications(nPlcHandle) != 0) {
+    if (runtimeLink.isOpen() && !runtimeLink.startAllApplications()) {
         pUi->pushButtonStartApp->setEnabled(false); // shows the error icon from now on
     }
 }
 
 // Input devices
-
-bool MainWindow::readKeyboardMapping() const
-{
-    const IniFile settings(SettingsPath);
-    if (!settings.problem().isEmpty()) {
-        qWarning("%s %s", SettingsPath.data(), qPrintable(settings.problem()));
-    }
-    return settings.value(QLatin1String("input/kbd_mapping"), QString()).toString()
-        == QLatin1String("DE")
-        && QFile::exists(devicePath(KeyMapFile));
-}
 
 void MainWindow::detectTouchType()
 {
@@ -625,72 +525,19 @@ void MainWindow::detectTouchType()
 
 void MainWindow::watchInputDevices()
 {
-    pInputWatcher = new QFileSystemWatcher(this);
-    connect(pInputWatcher, &QFileSystemWatcher::directoryChanged, this,
-            &MainWindow::inputEventDirChanged);
-    releaseKeyboard();
-    watchInputFolder();
-    inputEventDirChanged(devicePath(InputFolder));
-}
-
-// False while there is no folder: it comes with the first device and goes with the last.
-bool MainWindow::watchInputFolder()
-{
-    const QString folder = devicePath(InputFolder);
-    return QFileInfo::exists(folder) && pInputWatcher->addPath(folder);
+    if (const WindowServer *pServer = WindowServer::instance()) {
+        connect(pServer, &WindowServer::touchscreenCame, this, &MainWindow::detectTouchType);
+    }
+    pKeyboardWatcher = new KeyboardWatcher(this);
+    pKeyboardWatcher->start();
 }
 
 void MainWindow::inputEventDirChanged(const QString &path)
 {
-    const QFileInfoList entries = QDir(path).entryInfoList(
-        {QStringLiteral("keyboard*")}, QDir::Files | QDir::System, QDir::Unsorted);
-    if (entries.size() > MaxKeyboards || entries.size() == nKeyboardCount) {
-        return;
-    }
-    if (nKeyboardCount > 0) {
-        releaseKeyboard();
-    }
-    for (const QFileInfo &entry : entries) {
-        if (entry.isSymLink()) {
-            setKeyboard(entry.baseName());
-        }
-    }
-    nKeyboardCount = int(entries.size());
-}
-
-void MainWindow::setKeyboard(const QString &deviceName)
-{
-    QString specification = QStringLiteral("/dev/input/%1:grab=1").arg(deviceName);
-    if (bKeyboardMapping) {
-        specification += QLatin1String(":keymap=") + KeyMapFile;
-    }
-    WindowServer *pServer = WindowServer::instance();
-    std::unique_ptr<QObject> pKeyboardHandler = WindowServer::createKeyboardHandler(specification);
-    if (pServer && pKeyboardHandler) {
-        pServer->setKeyboardHandler(std::move(pKeyboardHandler));
-    } else {
-        qWarning("MainWindow::setKeyboard: found null pointer on pKeyboardHandler and/or "
-                 "pQwsServer !\n");
-    }
-}
-
-void MainWindow::releaseKeyboard()
-{
-    if (WindowServer *pServer = WindowServer::instance()) {
-        pServer->closeKeyboard();
-    } else {
-        qWarning("MainWindow::releaseKeyboard: found null pointer on pQwsServer !\n");
-    }
+    pKeyboardWatcher->rescan(path);
 }
 
 void MainWindow::screenshotTimerEvent()
 {
-    if (pInputWatcher->directories().isEmpty() && watchInputFolder()) {
-        inputEventDirChanged(devicePath(InputFolder));
-    }
-    const QString request = devicePath(QStringLiteral("/tmp/makeScreenshot"));
-    if (QFile::exists(request)) {
-        grabScreen().save(devicePath(QStringLiteral("/tmp/screenshot.png")), "PNG");
-        QFile::remove(request);
-    }
+    screenshotRequest.serve();
 }

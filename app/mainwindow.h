@@ -1,16 +1,19 @@
 #pragma once
 
-#include "app/plcstatus.h"
+#include "app/restartsequence.h"
+#include "platform/firmware.h"
+#include "platform/requestfile.h"
+#include "platform/screenshotrequest.h"
 
 #include <QFont>
 #include <QHash>
 #include <QStackedWidget>
 
-#include <array>
 #include <memory>
+#include <optional>
 
 class CalibrationPage;
-class QFileSystemWatcher;
+class KeyboardWatcher;
 class QLabel;
 class QTimer;
 
@@ -74,34 +77,20 @@ private:
     void showCalibrationMessage();
     void runConfiguration();
     void startRestartCountdown();
+    void restartDevice();
+    void restartStateChanged();
+    void showRestartText();
     void scheduleNextTick();
     void showFullScreenOnce();
     void keepOverlaysOnTop();
     void showPage(QWidget *pPage);
 
     // Device status
-    QString readFirmwareVersion();
-    QString readRuntimeVersion();
-    QString interfaceIp(int nInterface);
-    QString interfaceNetmask(int nInterface);
-    QString interfaceMode(int nInterface);
-    QString interfaceMac(int nInterface);
-    bool interfaceQualifies(int nInterface);
-    int interfaceToShow();
     void fitTexts(std::initializer_list<QLabel *> labels);
     QFont formFont(const QLabel *pLabel);
 
     // Input devices
-    bool watchInputFolder();
-    void setKeyboard(const QString &deviceName);
-    void releaseKeyboard();
-    bool readKeyboardMapping() const;
     void detectTouchType();
-
-    // PLC runtime link
-    void openRuntimeLink();
-    bool readRuntimeStatus();
-    void closeRuntimeLink();
 
     std::unique_ptr<Ui::MainWindow> pUi;
     QHash<const QLabel *, QFont> formFonts; // before a text was fitted into its width
@@ -110,27 +99,19 @@ private:
     std::unique_ptr<QTimer> pRestartTimer;
     QTimer *pScreenshotTimer = nullptr; // child of the window
     std::unique_ptr<CalibrationPage> pCalibrationPage;
-    QFileSystemWatcher *pInputWatcher = nullptr; // child of the window
-    int nPlcHandle = 0; // below 1: no link
-    PlcStatus plcStatus{};
-    QString firmwareVersion;
-    QString runtimeVersion;
-    QString ipText; // of the interface shown, empty when none is
-    QString netmaskText;
-    QString modeText;
-    QString macText;
+    KeyboardWatcher *pKeyboardWatcher = nullptr; // child of the window
+    RestartSequence *pRestart = nullptr; // child of the window
+    RequestFile calibrationRequest;
+    ScreenshotRequest screenshotRequest;
+    RuntimeLink runtimeLink;
+    std::optional<PlcStatus> plcStatus; // read over the present link
+    QString sIpShown; // address of the interface shown, empty when none is
     QString appName; // as shown
     QString loadedName; // as the runtime reports it
-    std::array<char, 20> ipBuffer{};
-    std::array<char, 20> netmaskBuffer{};
-    std::array<char, 84> modeBuffer{};
     int nRestartSeconds = 10;
     bool bCheckCalMessage = true; // due at the first good status
     bool bKeepVisible = false; // stay on the screen although the PLC runs
-    bool bStatusKnown = false; // plcStatus was read over the present link
     bool bConfigRequested = false;
     bool bNoCalibration = false;
     bool bRestartPending = false;
-    bool bKeyboardMapping = false;
-    int nKeyboardCount = 0; // entries last seen
 };

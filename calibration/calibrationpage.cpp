@@ -4,6 +4,7 @@
 #include "calibration/veltacalibrationpanelcontext.h"
 #include "platform/devicepath.h"
 #include "platform/regularfile.h"
+#include "platform/requestfiles.h"
 #include "platform/windowserver.h"
 #include "settings/veltautils.h"
 #include "ui_veltacalibrationinputform.h"
@@ -171,8 +172,8 @@ void CalibrationPage::CancelStartTimer()
 
 void CalibrationPage::CancelCalibration()
 {
-    if (!removeName(devicePath(RequestFile))) {
-        qWarning("Cannot remove the request %s: %s", qPrintable(devicePath(RequestFile)),
+    if (!removeName(devicePath(CalibrationRequestFile))) {
+        qWarning("Cannot remove the request %s: %s", qPrintable(devicePath(CalibrationRequestFile)),
                  qPrintable(qt_error_string(errno)));
     }
     run.handle(CalibrationEvent::Withdraw);

@@ -26,7 +26,6 @@ class CalibrationPage : public QWizardPage
 public:
     /// The request file that raises the page, as the device knows it. "Exit Calibration" removes
     /// it.
-    static constexpr QLatin1String RequestFile{"/tmp/.system/TouchCalibration"};
 
     /// Has no parent; the caller owns it.
     explicit CalibrationPage(const CalibrationPace &pace = {});

@@ -30,13 +30,15 @@ constexpr int FrameSpacing = 2;
 constexpr int TitlePadding = 4;
 constexpr int ButtonHeight = 30; // pixels, for a finger
 
-/// Characters per line below the first class of SmallScreenClasses and from it on.
-constexpr int SmallScreenClasses = 8;
+/// Characters per line, by the screen class.
 struct LineLengths
 {
-    int nSmall;
-    int nLarge;
-    int forClass(int index) const { return index < SmallScreenClasses ? nSmall : nLarge; }
+    int nShort;
+    int nLong;
+    int forClass(int index) const
+    {
+        return screenClassRow(index).lines == Lines::Short ? nShort : nLong;
+    }
 };
 constexpr LineLengths MessageLine{26, 38};
 constexpr LineLengths InformationLine{40, 50};

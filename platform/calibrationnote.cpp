@@ -17,6 +17,7 @@ constexpr char WordSeparator = ' ';
 constexpr char LineEnd = '\n';
 constexpr qsizetype LeastWords = 3;
 constexpr qint64 FirstLineLimit = 1 << 16;
+constexpr qint64 SizeLimit = ConfigurationLimit + FirstLineLimit;
 
 /// In the order of FileContent::State.
 constexpr std::array<const char *, 3> StateWords{"absent", "readable", "unreadable"};
@@ -49,13 +50,21 @@ CalibrationNote::CalibrationNote(const QString &calibrationFile)
 bool CalibrationNote::exists() const
 {
     struct stat status = {};
-    return lstat(QFile::encodeName(sPath).constData(), &status) == 0;
+    return lstat(QFile::encodeName(sPath).constData(), &status) == 0
+        || (errno != ENOENT && errno != ENOTDIR);
+}
+
+bool CalibrationNote::isUnreadable() const
+{
+    struct stat status = {};
+    return lstat(QFile::encodeName(sPath).constData(), &status) == 0 && S_ISREG(status.st_mode)
+        && status.st_size <= SizeLimit
+        && readRegularFile(sPath, Links::Refuse, SizeLimit).state == FileContent::Unreadable;
 }
 
 std::optional<CalibrationNote::Record> CalibrationNote::read() const
 {
-    const FileContent file =
-        readRegularFile(sPath, Links::Refuse, ConfigurationLimit + FirstLineLimit);
+    const FileContent file = readRegularFile(sPath, Links::Refuse, SizeLimit);
     const qsizetype nLine = file.content.indexOf(LineEnd);
     const QList<QByteArray> words = file.content.left(nLine).split(WordSeparator);
     if (file.state != FileContent::Readable || nLine < 0 || words.size() < LeastWords) {
@@ -83,8 +92,7 @@ bool CalibrationNote::write(const FileContent &before, const QByteArray &written
             }
         }
     }
-    return replaceFile(sPath, words.join(WordSeparator) + LineEnd + before.content)
-        && syncFolderOf(sPath);
+    return replaceFileForGood(sPath, words.join(WordSeparator) + LineEnd + before.content);
 }
 
 std::optional<FileContent> CalibrationNote::replacedBy(const FileContent &present) const

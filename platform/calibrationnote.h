@@ -21,8 +21,10 @@ public:
     explicit CalibrationNote(const QString &calibrationFile);
 
     QString path() const { return sPath; }
-    /// Something stands at path(), which may be no note.
+    /// Something stands at path(), or it cannot be told; it may be no note.
     bool exists() const;
+    /// A note stands at path() that cannot be read, at least not now.
+    bool isUnreadable() const;
     /// Notes, synced, that a run is about to replace \a before by \a written. What earlier runs
     /// have written over the same content is still known. False with the reason in errno.
     bool write(const FileContent &before, const QByteArray &written) const;

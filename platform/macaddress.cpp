@@ -1,36 +1,53 @@
 #include "platform/macaddress.h"
 
-#include <QByteArray>
+#include "platform/devicepath.h"
+#include "platform/regularfile.h"
+
 #include <QFile>
 
+#include <algorithm>
 #include <ifaddrs.h>
 #include <memory>
-#include <netpacket/packet.h>
 #include <sys/socket.h>
 
+namespace {
+
+constexpr qint64 AddressFileLimit = 4096; // sysfs files claim to be a page long
+
 // Not through Qt Network: loading that library alone would cost a tenth of the start-up.
-QString interfaceMacAddress(const QString &name)
+bool hasAddressEntry(const QByteArray &name)
 {
     ifaddrs *pFirst = nullptr;
     if (getifaddrs(&pFirst) != 0) {
-        return {};
+        return false;
     }
     const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> pList(pFirst, freeifaddrs);
-    const QByteArray wanted = QFile::encodeName(name);
-    QByteArray address;
-    bool bHasAddressEntry = false;
     for (const ifaddrs *pEntry = pFirst; pEntry; pEntry = pEntry->ifa_next) {
-        if (!pEntry->ifa_addr || wanted != pEntry->ifa_name) {
-            continue;
-        }
-        const int nFamily = pEntry->ifa_addr->sa_family;
-        if (nFamily == AF_PACKET) {
-            sockaddr_ll link{};
-            memcpy(&link, pEntry->ifa_addr, sizeof(link));
-            address = QByteArray(reinterpret_cast<const char *>(link.sll_addr), link.sll_halen);
-        } else if (nFamily == AF_INET || nFamily == AF_INET6) {
-            bHasAddressEntry = true;
+        const int nFamily = pEntry->ifa_addr ? pEntry->ifa_addr->sa_family : AF_UNSPEC;
+        if ((nFamily == AF_INET || nFamily == AF_INET6) && name == pEntry->ifa_name) {
+            return true;
         }
     }
-    return bHasAddressEntry ? QString::fromLatin1(address.toHex(':').toUpper()) : QString();
+    return false;
+}
+
+bool isUnset(const QByteArray &address)
+{
+    return std::all_of(address.begin(), address.end(), [](char c) { return c == '0' || c == ':'; });
+}
+
+} // namespace
+
+QString interfaceMacAddress(const QString &name)
+{
+    const QString folder = QStringLiteral("/sys/class/net/");
+    const FileContent file = readRegularFile(devicePath(folder + name + QLatin1String("/address")),
+                                             Links::Refuse, AddressFileLimit);
+    const QByteArray address = file.content.trimmed().toUpper();
+    // The interfaces of a device root are files, and this machine's addresses are none of theirs.
+    const bool bOwnMachine = devicePath(folder) == folder;
+    if (isUnset(address) || (bOwnMachine && !hasAddressEntry(QFile::encodeName(name)))) {
+        return {};
+    }
+    return QString::fromLatin1(address);
 }

@@ -53,8 +53,7 @@ FileContent PointerCalibration::readFile()
 bool PointerCalibration::writeFile(const QByteArray &content)
 {
     const QString path = resolvedFile();
-    return (replaceFile(path, content) && syncFolderOf(path))
-        || warnOf("write the pointer calibration file", path);
+    return replaceFileForGood(path, content) || warnOf("write the pointer calibration file", path);
 }
 
 bool PointerCalibration::removeFile()
@@ -89,7 +88,16 @@ std::optional<FileContent> PointerCalibration::takeBackUnaccepted()
     const CalibrationDirectory directory;
     removeStrayFiles(path);
     removeStrayFiles(unaccepted.path());
-    const std::optional<FileContent> before = unaccepted.replacedBy(readFile());
+    if (!unaccepted.exists()) {
+        return std::nullopt;
+    }
+    const FileContent present = readFile();
+    if (present.state == FileContent::Unreadable || unaccepted.isUnreadable()) {
+        qWarning("Cannot read %s or its note: nobody may have accepted the calibration",
+                 qPrintable(path));
+        return present; // and the next start tries again
+    }
+    const std::optional<FileContent> before = unaccepted.replacedBy(present);
     if (before) {
         qWarning("Nobody has accepted the calibration in %s: back to the one before",
                  qPrintable(path));
@@ -97,7 +105,7 @@ std::optional<FileContent> PointerCalibration::takeBackUnaccepted()
             return before; // and the next start tries again
         }
     }
-    if (unaccepted.exists() && !unaccepted.remove()) {
+    if (!unaccepted.remove()) {
         warnOf("remove", unaccepted.path());
     }
     return before;

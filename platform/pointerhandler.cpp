@@ -1,17 +1,21 @@
 #include "platform/pointerhandler.h"
 
 #include "platform/screenrotation.h"
+#include "platform/tapguard.h"
 #include "platform/touchscreenpaths.h"
 #include "platform/tslibdevice.h"
 #include "platform/tslibenvironment.h"
 
+#include <QDateTime>
 #include <QGuiApplication>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QSocketNotifier>
 #include <qpa/qwindowsysteminterface.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdarg>
 #include <poll.h>
 #include <tslib.h>
 #include <utility>
@@ -32,10 +36,21 @@ short readiness(int fd)
     return poll(&descriptor, 1, 0) < 0 ? POLLNVAL : descriptor.revents;
 }
 
-void sendMouse(QPoint position, Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type)
+/// No sample waits longer to be read, if the clock of its time stamp can be believed.
+constexpr qint64 LongestWaitMs = 10'000;
+
+/// When the finger was where \a sample says, on TapGuard::eventClock(): the program may have been
+/// busy since.
+qint64 timeOf(const ts_sample &sample)
 {
-    // Without a window Qt finds the topmost one and keeps to it until the release.
-    QWindowSystemInterface::handleMouseEvent(nullptr, position, position, buttons, button, type);
+    const qint64 nStamp = qint64{sample.tv.tv_sec} * 1000 + sample.tv.tv_usec / 1000;
+    const qint64 nAge = QDateTime::currentMSecsSinceEpoch() - nStamp;
+    return TapGuard::eventClock() - (nAge > 0 && nAge < LongestWaitMs ? nAge : 0);
+}
+
+int ignoreError(const char * /*format*/, va_list /*arguments*/)
+{
+    return 0;
 }
 
 } // namespace
@@ -62,17 +77,16 @@ bool PointerHandler::open()
 
 bool PointerHandler::openDevice()
 {
-    const QString path = touchscreenDevice();
+    sPath = touchscreenDevice();
+    identity = deviceIdentity(sPath);
     errno = 0;
     pDevice.reset(openTslibDevice(true));
     if (!pDevice) {
-        qWarning("Cannot open the touchscreen %s: %s", qPrintable(path),
-                 qPrintable(qt_error_string(errno)));
+        warnOnce(QStringLiteral("Cannot open the touchscreen %1: %2")
+                     .arg(sPath, qt_error_string(errno)));
         return false;
     }
-    const TslibEnvironment environment(calibration.contentInForce());
-    if (ts_config(pDevice.get()) != 0) {
-        qWarning("tslib cannot configure the touchscreen %s", qPrintable(path));
+    if (!configureDevice()) {
         pDevice.reset();
         return false;
     }
@@ -84,6 +98,43 @@ bool PointerHandler::openDevice()
     return true;
 }
 
+bool PointerHandler::configureDevice()
+{
+    const TslibEnvironment environment(calibration.contentInForce());
+    // tslib has lines of its own for every try.
+    const QScopedValueRollback quiet(ts_error_fn, bOutageReported ? ignoreError : ts_error_fn);
+    if (ts_config(pDevice.get()) == 0) {
+        return true;
+    }
+    warnOnce(QStringLiteral("tslib cannot configure the touchscreen %1%2")
+                 .arg(sPath, environment.problem()));
+    return false;
+}
+
+void PointerHandler::warnOnce(const QString &message)
+{
+    if (!std::exchange(bOutageReported, true)) {
+        qWarning("%s", qPrintable(message));
+    }
+}
+
+bool PointerHandler::isReplaced() const
+{
+    const DeviceIdentity present = deviceIdentity(sPath);
+    return present.exists() && present != identity;
+}
+
+void PointerHandler::reopen()
+{
+    if (bSuspended || (pDevice && !isReplaced())) {
+        return;
+    }
+    if (pDevice) {
+        closeDevice();
+    }
+    openDevice();
+}
+
 void PointerHandler::closeDevice()
 {
     sendRelease();
@@ -91,6 +142,7 @@ void PointerHandler::closeDevice()
     pNotifier->setEnabled(false);
     pNotifier.release()->deleteLater();
     pDevice.reset();
+    Q_EMIT lost();
 }
 
 void PointerHandler::reconfigure()
@@ -106,7 +158,8 @@ void PointerHandler::reconfigure()
     }
     if (!bDone) {
         // tslib is left without modules and would crash at the next read.
-        qWarning("tslib cannot reload its configuration: the touchscreen is closed");
+        warnOnce(
+            QStringLiteral("tslib cannot reload its configuration: the touchscreen is closed"));
         closeDevice();
     }
 }
@@ -127,6 +180,9 @@ void PointerHandler::resume()
 {
     if (!std::exchange(bSuspended, false) && pDevice) {
         return;
+    }
+    if (pDevice && isReplaced()) {
+        closeDevice();
     }
     if (!pDevice && !openDevice()) {
         return;
@@ -175,6 +231,7 @@ void PointerHandler::drain(int limit, bool deliver)
         const int count = ts_read(pDevice.get(), &sample, 1);
         if (count > 0) {
             nFruitlessReads = 0;
+            bOutageReported = false;
             if (deliver) {
                 handleSample(sample);
             }
@@ -183,7 +240,7 @@ void PointerHandler::drain(int limit, bool deliver)
         const short state = readiness(ts_fd(pDevice.get()));
         const bool bFailed = count < 0 && (state & (POLLERR | POLLHUP | POLLNVAL));
         if (bFailed || ((state & POLLIN) && ++nFruitlessReads >= FruitlessLimit)) {
-            qWarning("The touchscreen is gone: no touches from now on");
+            warnOnce(QStringLiteral("The touchscreen is gone: no touches until it is back"));
             closeDevice();
             return;
         }
@@ -196,6 +253,7 @@ void PointerHandler::drain(int limit, bool deliver)
 
 void PointerHandler::handleSample(const ts_sample &sample)
 {
+    nLastTime = timeOf(sample);
     if (sample.pressure == 0) {
         sendRelease();
         return;
@@ -211,14 +269,14 @@ void PointerHandler::handleSample(const ts_sample &sample)
         return;
     }
     bPressed = true;
-    sendMouse(lastPosition, Qt::LeftButton, Qt::LeftButton, QEvent::MouseButtonPress);
+    send(Qt::LeftButton, Qt::LeftButton, QEvent::MouseButtonPress);
 }
 
 void PointerHandler::sendMove()
 {
     if (bMoved) {
         bMoved = false;
-        sendMouse(lastPosition, Qt::LeftButton, Qt::NoButton, QEvent::MouseMove);
+        send(Qt::LeftButton, Qt::NoButton, QEvent::MouseMove);
     }
 }
 
@@ -227,6 +285,14 @@ void PointerHandler::sendRelease()
     if (bPressed) {
         sendMove();
         bPressed = false;
-        sendMouse(lastPosition, Qt::NoButton, Qt::LeftButton, QEvent::MouseButtonRelease);
+        send(Qt::NoButton, Qt::LeftButton, QEvent::MouseButtonRelease);
     }
+}
+
+void PointerHandler::send(Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type) const
+{
+    // Without a window Qt finds the topmost one and keeps to it until the release.
+    QWindowSystemInterface::handleMouseEvent(nullptr, static_cast<ulong>(nLastTime),
+                                             TapGuard::tapDevice(), lastPosition, lastPosition,
+                                             buttons, button, type);
 }

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "platform/inputdevice.h"
 #include "platform/pointercalibration.h"
 
+#include <QEvent>
 #include <QObject>
 #include <QPoint>
+#include <QString>
 
 #include <memory>
 
@@ -16,8 +19,8 @@ struct tsdev;
 /// tslib reads, filters and calibrates the samples; press, move and release go to the topmost
 /// window at their position and stay with it until the release, which has the position of the last
 /// touch. Nothing here blocks: the device is read when it has data. A device that vanishes is
-/// closed after one warning; every resume() tries to open it again, and warns when it cannot. GUI
-/// thread only.
+/// closed; resume() and reopen() try to open it again. Of all that goes wrong from the last touch
+/// to the next, only the first gets a warning line. GUI thread only.
 class PointerHandler : public QObject
 {
     Q_OBJECT
@@ -35,9 +38,13 @@ public:
     /// going to read: until resume() any program can have the touches.
     void suspend();
     /// Reads again, with the grab that suspend() has given up. Samples from before are thrown away.
-    /// A device that is closed, or found to have vanished now, is opened anew.
+    /// A device that is closed, replaced, or found to have vanished now, is opened anew.
     void resume();
     bool isSuspended() const { return bSuspended; }
+    /// Opens a device that is closed, and the one that has come in the place of the open one. Does
+    /// nothing while suspended: somebody else may have the device.
+    void reopen();
+    bool isOpen() const { return pDevice != nullptr; }
 
     /// See the functions of WindowServer with these names.
     void clearCalibration();
@@ -45,6 +52,10 @@ public:
     bool restoreCalibration(const SavedCalibration &saved);
     CalibrationOutcome calibrate(const PointerCalibrationData &data,
                                  const SavedCalibration &before);
+
+Q_SIGNALS:
+    /// The device has vanished, and touches with it.
+    void lost();
 
 private Q_SLOTS:
     void readSamples();
@@ -56,7 +67,10 @@ private:
     };
 
     bool openDevice();
+    bool configureDevice();
     void closeDevice();
+    bool isReplaced() const;
+    void warnOnce(const QString &message);
     /// Has tslib take over the calibration in force.
     void reconfigure();
     /// Reads what the device has, at most \a limit samples; without \a deliver into the void.
@@ -64,6 +78,7 @@ private:
     void handleSample(const ts_sample &sample);
     void sendMove();
     void sendRelease();
+    void send(Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type) const;
 
     int nRotation;
     PointerCalibration calibration;
@@ -74,5 +89,9 @@ private:
     bool bMoved = false; ///< lastPosition has not been sent yet
     bool bGrabReleased = false; ///< by suspend(), for the other reader
     int nFruitlessReads = 0; ///< in a row, although the device said it had data
+    QString sPath; ///< of the device, as it was opened
+    DeviceIdentity identity; ///< that it had then
+    bool bOutageReported = false; ///< and no sample has come since
     QPoint lastPosition;
+    qint64 nLastTime = 0; ///< of the sample behind lastPosition, TapGuard::eventClock()
 };

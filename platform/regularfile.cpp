@@ -110,6 +110,32 @@ QStringList strayFiles(const QFileInfo &file)
     return QDir(file.path()).entryList({pattern}, QDir::Files | QDir::Hidden | QDir::System);
 }
 
+/// A new file of \a content, made and synced beside \a path and renamed over it.
+bool renameNewFile(const QString &path, const QByteArray &content, int mode)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status = {};
+    if (lstat(name.constData(), &status) == 0 && S_ISREG(status.st_mode)) {
+        mode = static_cast<int>(status.st_mode) & PermissionBits;
+    }
+    QByteArray beside = QFile::encodeName(path + StrayMark) + "XXXXXX";
+    const int nFd = mkostemp(beside.data(), O_CLOEXEC);
+    if (nFd < 0) {
+        return false;
+    }
+    fchmod(nFd, static_cast<mode_t>(mode)); // one that is too strict is still a whole file
+    if (!fillNewFile(nFd, beside, content)) {
+        return false;
+    }
+    if (rename(beside.constData(), name.constData()) != 0) {
+        const int nError = errno;
+        unlink(beside.constData());
+        errno = nError;
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 FileContent readRegularFile(const QString &path, Links links, qint64 limit)
@@ -187,29 +213,17 @@ bool writeNewFile(const QString &path, const QByteArray &content)
 
 bool replaceFile(const QString &path, const QByteArray &content, int mode)
 {
-    const QByteArray name = QFile::encodeName(path);
-    struct stat status = {};
-    if (lstat(name.constData(), &status) == 0 && S_ISREG(status.st_mode)) {
-        mode = static_cast<int>(status.st_mode) & PermissionBits;
-    }
-    QByteArray beside = QFile::encodeName(path + StrayMark) + "XXXXXX";
-    const int nFd = mkostemp(beside.data(), O_CLOEXEC);
-    if (nFd < 0) {
-        return false;
-    }
-    fchmod(nFd, static_cast<mode_t>(mode)); // one that is too strict is still a whole file
-    if (!fillNewFile(nFd, beside, content)) {
-        return false;
-    }
-    if (rename(beside.constData(), name.constData()) != 0) {
-        const int nError = errno;
-        unlink(beside.constData());
-        errno = nError;
+    if (!renameNewFile(path, content, mode)) {
         return false;
     }
     // The name may still be the old file's after a power cut, which is a whole file, too.
     syncFolderOf(path);
     return true;
+}
+
+bool replaceFileForGood(const QString &path, const QByteArray &content, int mode)
+{
+    return renameNewFile(path, content, mode) && syncFolderOf(path);
 }
 
 bool syncFolderOf(const QString &path)

@@ -59,6 +59,10 @@ bool writeNewFile(const QString &path, const QByteArray &content);
 /// else is left, and the result is false with the reason in errno.
 bool replaceFile(const QString &path, const QByteArray &content, int mode = 0644);
 
+/// The same, and false, too, when the new file is there, but may be the old one again after a power
+/// cut.
+bool replaceFileForGood(const QString &path, const QByteArray &content, int mode = 0644);
+
 /// Has the name \a path survive a power cut as it is now: there, gone, or renamed over. False, with
 /// the reason in errno, when that is not sure.
 bool syncFolderOf(const QString &path);

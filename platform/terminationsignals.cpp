@@ -1,5 +1,7 @@
 #include "platform/terminationsignals.h"
 
+#include "platform/endinglimit.h"
+
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
@@ -18,6 +20,7 @@ static_assert(std::atomic<int>::is_always_lock_free);
 extern "C" void noteSignal(int)
 {
     const int nError = errno;
+    EndingLimit::start();
     // Fails at worst because the event is full of signals already.
     eventfd_write(nSignalEvent.load(std::memory_order_relaxed), 1);
     errno = nError;
@@ -45,10 +48,17 @@ TerminationSignals::TerminationSignals(QObject *parent) : QObject(parent)
     sigemptyset(&action.sa_mask);
     for (std::size_t i = 0; i < Signals.size(); ++i) {
         sigaction(Signals[i], nullptr, &previous[i]);
-        if (previous[i].sa_handler != SIG_IGN) {
+        if (Signals[i] != SIGHUP || previous[i].sa_handler != SIG_IGN) {
             sigaction(Signals[i], &action, nullptr);
         }
     }
+    // A mask is inherited, too. Of all threads this one is enough to take them.
+    sigset_t signalsOfEnd;
+    sigemptyset(&signalsOfEnd);
+    for (const int nSignal : Signals) {
+        sigaddset(&signalsOfEnd, nSignal);
+    }
+    pthread_sigmask(SIG_UNBLOCK, &signalsOfEnd, &previousMask);
 }
 
 TerminationSignals::~TerminationSignals()
@@ -59,6 +69,7 @@ TerminationSignals::~TerminationSignals()
     for (std::size_t i = 0; i < Signals.size(); ++i) {
         sigaction(Signals[i], &previous[i], nullptr);
     }
+    pthread_sigmask(SIG_SETMASK, &previousMask, nullptr);
     delete pNotifier;
     close(nSignalEvent.exchange(-1, std::memory_order_relaxed));
 }

@@ -10,9 +10,11 @@ class QSocketNotifier;
 /// Ends the program through its event loop, so that destructors run, when it is told to end by
 /// SIGTERM, SIGINT or SIGHUP. Modal loops that are open end as well, and no new one begins.
 ///
-/// A signal that was ignored at the start stays ignored. From the first signal on the program is
-/// ending: more of them change nothing. One object per process, made after the application object
-/// and destroyed last before it, as whatever ends meanwhile must not be interrupted. GUI thread.
+/// The first signal also starts the EndingLimit, for a loop that does not come to see it; more of
+/// them change nothing. SIGHUP stays ignored where it was at the start (nohup); SIGTERM and SIGINT
+/// count even where a shell or a supervisor has left them ignored or blocked. One object per
+/// process, made after the application object and destroyed last before it, as whatever ends
+/// meanwhile must not be interrupted. GUI thread.
 class TerminationSignals : public QObject
 {
     Q_OBJECT
@@ -27,4 +29,5 @@ private:
 
     QSocketNotifier *pNotifier = nullptr;
     std::array<struct sigaction, Signals.size()> previous{};
+    sigset_t previousMask{};
 };

@@ -2,6 +2,7 @@
 
 #include "platform/devicepath.h"
 #include "platform/regularfile.h"
+#include "platform/touchscreenpaths.h"
 
 #include <QFileInfo>
 
@@ -29,7 +30,7 @@ QByteArray firstWord(const QByteArray &text)
 
 TouchType readTouchType()
 {
-    if (!QFileInfo::exists(devicePath(QStringLiteral("/dev/input/touchscreen")))) {
+    if (!QFileInfo::exists(touchscreenDevice())) {
         return TouchType::None;
     }
     const FileContent property = readRegularFile(

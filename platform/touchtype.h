@@ -7,6 +7,7 @@ enum class TouchType {
     Multi ///< reports screen positions by itself, never calibrated
 };
 
-/// Reads the kind of touchscreen from the device: its presence, then its device-tree property.
+/// Reads the kind of touchscreen from the device: whether touchscreenDevice() is there, then its
+/// device-tree property.
 /// A property that is missing, unreadable, empty or unknown means a single-touch screen.
 TouchType readTouchType();

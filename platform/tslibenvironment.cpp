@@ -2,8 +2,8 @@
 
 #include "platform/devicepath.h"
 #include "platform/regularfile.h"
+#include "platform/touchscreenpaths.h"
 
-#include <QDebug>
 #include <QFile>
 
 namespace {
@@ -50,8 +50,12 @@ void TslibEnvironment::nameCalibration(const QByteArray &content)
         return;
     }
     calibrationCopy.emplace(content);
-    calibration.set(calibrationCopy->path());
-    if (!calibrationCopy->isValid()) {
+    if (calibrationCopy->isValid()) {
+        calibration.set(calibrationCopy->path());
+    } else if (const QString file = pointerCalibrationFile();
+               readRegularFile(file, Links::Follow).content == content) {
+        calibration.set(file);
+    } else {
         qWarning("No memory for the pointer calibration: touches are not calibrated");
     }
 }
@@ -70,9 +74,8 @@ void TslibEnvironment::nameConfiguration()
     case FileContent::Unreadable:
         // A name all the same, as tslib would open its own, which may be this very file.
         configuration.set(MemoryFile::nowhere());
-        qWarning("%s cannot be read: %s",
-                 qPrintable(named.isEmpty() ? QString(DefaultConfiguration) : named),
-                 qPrintable(file.sError));
+        sProblem = QStringLiteral(": %1 cannot be read: %2")
+                       .arg(named.isEmpty() ? QString(DefaultConfiguration) : named, file.sError);
         break;
     }
 }

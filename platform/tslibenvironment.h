@@ -25,6 +25,9 @@ public:
     TslibEnvironment(const TslibEnvironment &) = delete;
     TslibEnvironment &operator=(const TslibEnvironment &) = delete;
 
+    /// Why tslib has no configuration, to be put behind a message about tslib; else empty.
+    QString problem() const { return sProblem; }
+
 private:
     /// One variable of the environment, put back as it was.
     class Variable
@@ -49,4 +52,5 @@ private:
     Variable calibration;
     Variable configuration;
     std::optional<MemoryFile> calibrationCopy;
+    QString sProblem;
 };

@@ -1,26 +1,26 @@
 #include "platform/windowserver.h"
 
 #include "platform/devicepath.h"
+#include "platform/folderwatch.h"
+#include "platform/keymapfile.h"
 #include "platform/pointerhandler.h"
 #include "platform/screenrotation.h"
+#include "platform/tapguard.h"
 #include "platform/touchscreenpaths.h"
 #include "platform/touchtype.h"
 
 #include <QCursor>
-#include <QFile>
+#include <QFileInfo>
 #include <QGenericPluginFactory>
 #include <QGuiApplication>
+#include <QPointingDevice>
 #include <QScreen>
 #include <QStringList>
 #include <QWindow>
 
 #include <qpa/qplatformcursor.h>
 #include <qpa/qplatformscreen.h>
-
-#include <fcntl.h>
-#include <linux/input.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include <qpa/qwindowsysteminterface.h>
 
 namespace {
 
@@ -37,18 +37,26 @@ std::unique_ptr<QObject> createPlugin(const QString &key, const QString &specifi
     return std::unique_ptr<QObject>(QGenericPluginFactory::create(key, specification));
 }
 
-/// Whether \a path speaks the kernel's input protocol. Qt's driver for multi-touch screens corrupts
-/// the heap with any other device (a FIFO, for one).
-bool isEventDevice(const QString &path)
+/// Whether the touchscreen is one for Qt's driver for multi-touch screens, which corrupts the heap
+/// with any other than an event device (a FIFO, for one).
+bool hasMultiTouchDevice()
 {
-    const int fd = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) {
-        return false;
+    return readTouchType() == TouchType::Multi && isEventDevice(touchscreenDevice());
+}
+
+/// Ends the touches of a screen that has been unplugged with a finger on it: their end will not
+/// come, and Qt would turn no other touch into a press.
+void cancelTouches()
+{
+    const QList<const QInputDevice *> devices = QInputDevice::devices();
+    for (const QInputDevice *pDevice : devices) {
+        if (pDevice->type() == QInputDevice::DeviceType::TouchScreen) {
+            QWindowSystemInterface::handleTouchCancelEvent<
+                QWindowSystemInterface::SynchronousDelivery>(
+                nullptr, static_cast<ulong>(TapGuard::eventClock()),
+                static_cast<const QPointingDevice *>(pDevice));
+        }
     }
-    int version = 0;
-    const bool bSpeaksIt = ioctl(fd, EVIOCGVERSION, &version) == 0;
-    close(fd);
-    return bSpeaksIt;
 }
 
 std::unique_ptr<QObject> createMultiTouchHandler(int quarterTurns)
@@ -79,15 +87,31 @@ WindowServer *WindowServer::instance()
 
 bool WindowServer::openPointer()
 {
+    pTouchscreenWatch = std::make_unique<FolderWatch>(QFileInfo(touchscreenDevice()).path(), this);
+    connect(pTouchscreenWatch.get(), &FolderWatch::changed, this,
+            &WindowServer::lookForTouchscreen);
+    const bool bDone = createPointerHandler();
+    updateTouchscreenWatch();
+    return bDone;
+}
+
+bool WindowServer::createPointerHandler()
+{
     // The device has one reader: the old handler goes first.
     pPointerHandler.reset();
-    pMultiTouchHandler.reset();
-    const TouchType type = readTouchType();
-    if (type == TouchType::None && qEnvironmentVariableIsEmpty("TSLIB_TSDEVICE")) {
+    if (pMultiTouchHandler) {
+        cancelTouches();
+        pMultiTouchHandler.reset();
+    }
+    if (readTouchType() == TouchType::None && qEnvironmentVariableIsEmpty("TSLIB_TSDEVICE")) {
         return true;
     }
+    if (!pTapGuard) {
+        pTapGuard = std::make_unique<TapGuard>();
+    }
     // Whatever is no event device is tslib's, several fingers or not.
-    if (type == TouchType::Multi && isEventDevice(touchscreenDevice())) {
+    if (hasMultiTouchDevice()) {
+        multiTouchDevice = deviceIdentity(touchscreenDevice());
         pMultiTouchHandler = createMultiTouchHandler(nRotation);
         if (!pMultiTouchHandler) {
             qWarning("There is no driver for the multi-touch screen");
@@ -95,17 +119,57 @@ bool WindowServer::openPointer()
         return pMultiTouchHandler != nullptr;
     }
     pPointerHandler = std::make_unique<PointerHandler>(nRotation);
+    connect(pPointerHandler.get(), &PointerHandler::lost, this,
+            &WindowServer::updateTouchscreenWatch);
     return pPointerHandler->open();
+}
+
+void WindowServer::lookForTouchscreen()
+{
+    if (isPointerSuspended()) {
+        return;
+    }
+    const bool bNone = !pPointerHandler && !pMultiTouchHandler;
+    const DeviceIdentity present = deviceIdentity(touchscreenDevice());
+    const bool bNewMultiTouch =
+        present.exists() && present != multiTouchDevice && hasMultiTouchDevice();
+    if (bNewMultiTouch || (bNone && present.exists() && !multiTouchDevice.exists())) {
+        createPointerHandler();
+        if (bNone && (pPointerHandler || pMultiTouchHandler)) {
+            Q_EMIT touchscreenCame();
+        }
+    } else if (pPointerHandler) {
+        pPointerHandler->reopen();
+    }
+    updateTouchscreenWatch();
+}
+
+void WindowServer::updateTouchscreenWatch()
+{
+    // A folder does not tell of everything: a link may lead out of it, a device may come to life
+    // behind its node.
+    const bool bGone =
+        pPointerHandler && !pPointerHandler->isSuspended() && !pPointerHandler->isOpen();
+    pTouchscreenWatch->setPolled(bGone);
 }
 
 std::unique_ptr<QObject> WindowServer::createKeyboardHandler(const QString &specification)
 {
-    QStringList parts = specification.split(u':');
-    parts.first() = evdevPath(devicePath(parts.first()));
+    const QStringList given = specification.split(u':');
+    const QString device = devicePath(given.first());
+    if (!isKeyboard(device)) {
+        qWarning("%s is not used: it is no keyboard", qPrintable(device));
+        return nullptr;
+    }
+    // Without the option Ctrl+Alt+Backspace ends the program.
+    QStringList parts{evdevPath(device), QStringLiteral("disable-zap")};
     const QString keymap = QStringLiteral("keymap=");
-    for (QString &option : parts) {
-        if (option.startsWith(keymap)) {
-            option = keymap + devicePath(option.mid(keymap.size()));
+    for (const QString &option : given.sliced(1)) {
+        if (!option.startsWith(keymap)) {
+            parts += option;
+        } else if (const QString file = devicePath(option.mid(keymap.size()));
+                   isKeyMapUsable(file)) {
+            parts += keymap + file;
         }
     }
     return createPlugin(QStringLiteral("EvdevKeyboard"), parts.join(u':'));
@@ -134,6 +198,7 @@ void WindowServer::suspendPointer()
 {
     if (pPointerHandler) {
         pPointerHandler->suspend();
+        updateTouchscreenWatch();
     }
 }
 
@@ -141,6 +206,7 @@ void WindowServer::resumePointer()
 {
     if (pPointerHandler) {
         pPointerHandler->resume();
+        updateTouchscreenWatch();
     }
 }
 

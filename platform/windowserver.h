@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/inputdevice.h"
 #include "platform/pointercalibration.h"
 
 #include <QObject>
@@ -7,10 +8,17 @@
 
 #include <memory>
 
+class FolderWatch;
 class PointerHandler;
+class TapGuard;
 
 /// What the program needs of its window system beyond widgets: the keyboard handler, the pointer
 /// handler with its calibration, the pointer's visibility and the screen's transformation.
+///
+/// A touchscreen that comes late, drops out and returns, or is replaced by another, is opened by
+/// itself: when something changes in its device's folder and, while it is gone, every 2 s; but not
+/// while the pointer is suspended. A window that has just come under the finger takes no touch (see
+/// TapGuard).
 ///
 /// One object per process, created after the QGuiApplication and destroyed before it; GUI thread
 /// only. Where there is no touchscreen device, there is no pointer handler and every pointer call
@@ -29,13 +37,14 @@ public:
     /// Opens the touchscreen: through tslib, or through Qt's evdev handler when it is a
     /// multi-touch screen that is an event device. Returns false (after one warning line) when
     /// there is a touchscreen but it could not be opened, true otherwise. A second call replaces
-    /// the handler. A touchscreen that could not be opened or has vanished is tried again by
-    /// resumePointer().
+    /// the handler.
     bool openPointer();
 
     /// Creates a keyboard handler. \a specification is a device path followed by options, as
     /// "/dev/input/keyboard0:grab=1:keymap=/etc/kbd/de.qmap"; its paths are those of the device,
-    /// devicePath() is applied here. Returns nullptr when there is no driver for it.
+    /// devicePath() is applied here. Ctrl+Alt+Backspace does not end the program, whatever the
+    /// options; a key map file that is not whole is left out (one warning line). Returns nullptr
+    /// when there is no driver for it, or (after one warning line) when it is no keyboard.
     static std::unique_ptr<QObject> createKeyboardHandler(const QString &specification);
     /// Makes \a handler the keyboard handler, in place of the one before it.
     void setKeyboardHandler(std::unique_ptr<QObject> handler);
@@ -81,11 +90,20 @@ public:
 Q_SIGNALS:
     /// The keyboard handler is gone: no release of a key that is held will come.
     void keyboardClosed();
+    /// A touchscreen that openPointer() had not found is there now.
+    void touchscreenCame();
 
 private:
+    bool createPointerHandler();
+    void lookForTouchscreen();
+    void updateTouchscreenWatch();
+
     std::unique_ptr<QObject> pKeyboardHandler;
     std::unique_ptr<PointerHandler> pPointerHandler;
     std::unique_ptr<QObject> pMultiTouchHandler;
+    DeviceIdentity multiTouchDevice; ///< that it was made for
+    std::unique_ptr<FolderWatch> pTouchscreenWatch;
+    std::unique_ptr<TapGuard> pTapGuard; ///< there is one where there are touches
     bool bCursorVisible = true;
     int nRotation = 0;
 };

@@ -2,8 +2,7 @@
 
 #include "infobox/veltainfobox.h"
 #include "platform/devicepath.h"
-#include "platform/firmwaretext.h"
-#include "platform/libfirmware.h"
+#include "platform/firmware.h"
 #include "platform/pendinginput.h"
 #include "platform/regularfile.h"
 #include "settings/errorcatalogue.h"
@@ -16,6 +15,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 
 namespace {
 
@@ -23,6 +23,7 @@ constexpr auto OptionsGroup = QLatin1String("options");
 constexpr auto PasswordKey = QLatin1String("config_passwd");
 constexpr auto ProtectionKey = QLatin1String("config_protection_enabled");
 constexpr auto NetworkGroup = QLatin1String("network");
+constexpr int DhcpInterface = 0; // the one that is configured here
 constexpr auto ModeKey = QLatin1String("eth0.mode");
 
 // The addresses in the order in which they are read and written.
@@ -66,60 +67,22 @@ QString textValue(const QSettings &settings, QLatin1String key, const QString &d
     return text.left(LongestValue);
 }
 
-using FirmwareBuffer = std::array<char, 64>;
-
-// One live value of the DHCP interface: how to ask for it, and which results are answers.
+// One live value of the DHCP interface.
 struct LiveValue
 {
     IpEntryIndex index;
-    int (*ask)(FirmwareBuffer &buffer);
-    bool (*isAnswer)(int result);
+    std::optional<QString> (*ask)();
     const char *complaint;
 };
 
-int askInterface(FirmwareBuffer &buffer, int (*call)(char *, const char *))
-{
-    // The library may write into the name's buffer up to its full length.
-    char interfaceName[10] = "eth0";
-    return call(buffer.data(), interfaceName);
-}
-
-bool isSuccess(int result)
-{
-    return result == 0;
-}
-
-// -3: the system has no such name server, the text is valid and may be empty.
-bool isNameServerAnswer(int result)
-{
-    return result == 0 || result == -3;
-}
-
-bool isGatewayAnswer(int result)
-{
-    return result == 0 || result == 1;
-}
-
 constexpr LiveValue LiveValues[] = {
-    {AddressEntry,
-     [](FirmwareBuffer &buffer) { return askInterface(buffer, sysif_GetInterfaceIp); }, isSuccess,
+    {AddressEntry, [] { return Firmware::interfaceAddress(DhcpInterface); },
      "Error while getting IP address"},
-    {NetmaskEntry,
-     [](FirmwareBuffer &buffer) { return askInterface(buffer, sysif_GetInterfaceNetmask); },
-     isSuccess, "Error while getting Netmask"},
-    {Dns1Entry, [](FirmwareBuffer &buffer) { return sysnm_GetDNS1(buffer.data()); },
-     isNameServerAnswer, "Error while getting nameserver 1"},
-    {Dns2Entry, [](FirmwareBuffer &buffer) { return sysnm_GetDNS2(buffer.data()); },
-     isNameServerAnswer, "Error while getting nameserver 2"},
-    {GatewayEntry,
-     [](FirmwareBuffer &buffer) {
-         const int result = sysgw_GetDefaultGateway(buffer.data(), int(buffer.size()));
-         if (result == 0) { // no default route, and the buffer is not filled
-             qstrncpy(buffer.data(), NoAddress.data(), buffer.size());
-         }
-         return result;
-     },
-     isGatewayAnswer, "Error while getting default gateway"},
+    {NetmaskEntry, [] { return Firmware::interfaceNetmask(DhcpInterface); },
+     "Error while getting Netmask"},
+    {Dns1Entry, [] { return Firmware::nameServer(0); }, "Error while getting nameserver 1"},
+    {Dns2Entry, [] { return Firmware::nameServer(1); }, "Error while getting nameserver 2"},
+    {GatewayEntry, Firmware::defaultGateway, "Error while getting default gateway"},
 };
 
 } // namespace
@@ -260,9 +223,8 @@ void VeltaSettings::readNetwork()
 void VeltaSettings::readDhcpValues()
 {
     for (const LiveValue &row : LiveValues) {
-        FirmwareBuffer buffer{};
-        if (row.isAnswer(row.ask(buffer))) {
-            working.ipEntries[row.index].dhcpValue = firmwareText(buffer);
+        if (const auto value = row.ask()) {
+            working.ipEntries[row.index].dhcpValue = *value;
         } else {
             qDebug("%s", row.complaint);
         }

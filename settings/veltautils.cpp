@@ -36,49 +36,6 @@ constexpr quint16 UnreadableDpi = 100;
 /// a damaged property, and fonts scaled by it would leave nothing to operate.
 constexpr int MaxDpi = 600;
 
-struct FactorColumn
-{
-    const char *pClassName;
-    std::size_t nColumn;
-};
-constexpr FactorColumn FactorColumns[] = {
-    {"QLabel", 0},      {"QLineEdit", 1},    {"QVeltaLineEdit", 2}, {"QButton", 3},
-    {"QPushButton", 4}, {"QGroupBox", 5},    {"QTableView", 6},     {"QListWidget", 6},
-    {"QListView", 7},   {"QLCDNumber", 8},   {"QPlainTextEdit", 9}, {"QMessageBox", 10},
-    {"QTextEdit", 11},  {"QToolButton", 12},
-};
-constexpr std::size_t FactorColumnCount = 13;
-/// Font factors in tenths, one row per screen class, columns as above.
-// clang-format off
-constexpr std::array<std::array<quint8, FactorColumnCount>, ScreenClassCount> FontFactors{{
-    {{10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10}}, // 0 x 0
-    {{10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10}}, // 240 x 320
-    {{10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10}}, // 272 x 480
-    {{10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10}}, // 320 x 240
-    {{10, 9, 9, 10, 10, 10, 9, 10, 10, 10, 12, 7, 7}}, // 480 x 272
-    {{12, 12, 12, 12, 12, 12, 12, 12, 12, 14, 12, 12, 12}}, // 480 x 640
-    {{12, 12, 10, 12, 12, 12, 12, 12, 12, 14, 12, 7, 7}}, // 480 x 800
-    {{12, 12, 12, 12, 12, 12, 12, 12, 12, 14, 12, 12, 12}}, // 600 x 800
-    {{12, 12, 12, 12, 12, 12, 12, 12, 12, 14, 12, 12, 12}}, // 640 x 480
-    {{12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12}}, // 720 x 1280
-    {{12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12}}, // 768 x 1024
-    {{20, 20, 20, 20, 18, 20, 20, 20, 20, 20, 20, 14, 14}}, // 768 x 1366
-    {{15, 15, 10, 20, 14, 15, 14, 14, 14, 18, 15, 11, 11}}, // 800 x 480
-    {{15, 15, 15, 20, 15, 15, 15, 15, 15, 20, 15, 15, 15}}, // 800 x 600
-    {{20, 20, 20, 20, 20, 20, 20, 20, 20, 20, 15, 20, 20}}, // 800 x 1280
-    {{20, 20, 20, 20, 20, 20, 20, 20, 20, 20, 15, 20, 20}}, // 1024 x 768
-    {{20, 20, 20, 20, 20, 20, 20, 20, 20, 20, 15, 20, 20}}, // 1024 x 1280
-    {{20, 20, 20, 20, 20, 20, 20, 20, 20, 20, 15, 20, 20}}, // 1050 x 1680
-    {{20, 20, 20, 20, 20, 20, 20, 20, 20, 20, 15, 20, 20}}, // 1080 x 1920
-    {{20, 20, 20, 20, 20, 20, 20, 20, 20, 20, 15, 20, 20}}, // 1280 x 720
-    {{20, 20, 20, 20, 20, 20, 20, 20, 20, 20, 15, 20, 20}}, // 1280 x 800
-    {{20, 20, 20, 20, 18, 20, 20, 20, 20, 20, 15, 20, 20}}, // 1280 x 1024
-    {{20, 20, 18, 20, 18, 20, 18, 20, 20, 20, 20, 14, 14}}, // 1366 x 768
-    {{22, 22, 22, 22, 20, 22, 22, 22, 22, 22, 20, 22, 22}}, // 1680 x 1050
-    {{20, 20, 22, 22, 20, 22, 22, 22, 22, 22, 20, 22, 22}}, // 1920 x 1080
-}};
-// clang-format on
-
 bool hasClassName(const QWidget *widget, const char *className)
 {
     return std::strcmp(widget->metaObject()->className(), className) == 0;
@@ -172,10 +129,10 @@ void VeltaUtils::scaleFont(QWidget *widget, int resolutionIndex)
     if (!bDpiRead) {
         readDpi();
     }
-    const auto column = std::find_if(
-        std::begin(FactorColumns), std::end(FactorColumns),
-        [widget](const FactorColumn &c) { return hasClassName(widget, c.pClassName); });
-    if (column == std::end(FactorColumns)) {
+    const auto *pColumn = std::find_if(
+        std::begin(FontFactorColumns), std::end(FontFactorColumns),
+        [widget](const FontFactorColumn &c) { return hasClassName(widget, c.pClassName); });
+    if (pColumn == std::end(FontFactorColumns)) {
         QMessageBox box(QMessageBox::Warning, tr("Error: unsupported widget"),
                         tr("scaleFont called with unsupported widget %1")
                             .arg(QLatin1String(widget->metaObject()->className())),
@@ -184,7 +141,7 @@ void VeltaUtils::scaleFont(QWidget *widget, int resolutionIndex)
         return;
     }
 
-    int factor = FontFactors[static_cast<std::size_t>(resolutionIndex)][column->nColumn];
+    int factor = screenClassRow(resolutionIndex).fontFactors[pColumn->nColumn];
     if (dScale > 1.0) {
         factor = factor * static_cast<int>(dScale * 100) / 100;
     }

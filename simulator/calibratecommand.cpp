@@ -17,8 +17,8 @@ using namespace std::chrono_literals;
 // What the panel shows a touch for: the way to the next cross and, after the last, its verdict.
 constexpr auto PauseBetweenCrosses = 800ms;
 constexpr auto LongestVerdict = 5s;
-// A glance at the page before it is touched.
-constexpr auto PageUp = 300ms;
+// A glance at the page before it is touched; the panel drops what is touched sooner.
+constexpr auto PageUp = 500ms;
 constexpr auto RequestNoticed = 1500ms;
 constexpr auto RequestRemoved = 3s;
 constexpr auto PollInterval = 20ms;

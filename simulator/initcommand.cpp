@@ -19,10 +19,11 @@ const QString FontFolder = QStringLiteral("/usr/share/fonts/truetype/ttf-bitstre
 /// Everything that init makes, and all that it removes when it makes a device anew.
 const QStringList &deviceFolders()
 {
-    static const QStringList folders{
-        QStringLiteral("/bin"),       QStringLiteral("/dev"),  QStringLiteral("/etc"),
-        QStringLiteral("/flash"),     QStringLiteral("/proc"), QStringLiteral("/sbin"),
-        QStringLiteral("/simulator"), QStringLiteral("/tmp"),  QStringLiteral("/usr")};
+    static const QStringList folders{QStringLiteral("/bin"),       QStringLiteral("/dev"),
+                                     QStringLiteral("/etc"),       QStringLiteral("/flash"),
+                                     QStringLiteral("/proc"),      QStringLiteral("/sbin"),
+                                     QStringLiteral("/simulator"), QStringLiteral("/sys"),
+                                     QStringLiteral("/tmp"),       QStringLiteral("/usr")};
     return folders;
 }
 
@@ -205,6 +206,7 @@ bool makeDevice(const DeviceFolder &device, const InitOptions &options)
         && device.write(QStringLiteral("/etc/fwinfo.ini"),
                         "[firmware]\nversion=3.0.4\n\n[codesys]\nversion=3.5.5.40\n")
         && device.write(QStringLiteral("/etc/kbd/de.qmap"), germanKeyMap())
+        && device.write(QStringLiteral("/sys/class/net/eth0/address"), "02:fc:00:00:00:01\n")
         && device.write(QStringLiteral("/proc/device-tree/display@di0/qrd_dpi_x_resolution"), dpi)
         && device.write(QStringLiteral("/proc/device-tree/display@di0/qrd_dpi_y_resolution"), dpi)
         && makeTouchscreen(device, options) && applyNetworkSettings(device);

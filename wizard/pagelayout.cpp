@@ -97,7 +97,7 @@ void setCommonWidth(const QList<QLabel *> &labels)
 
 void shrinkSpacers(int nResolutionIndex, QSpacerItem *pAbove, QSpacerItem *pBelow)
 {
-    if (nResolutionIndex < FirstRoomyClass) {
+    if (screenClassRow(nResolutionIndex).room == Room::Tight) {
         pAbove->changeSize(20, 5);
         pBelow->changeSize(20, 15);
     }

@@ -13,9 +13,6 @@ class QWidget;
 
 struct SettingsRecord;
 
-/// First resolution class with room to spare (480 x 640); those below are the small screens.
-constexpr int FirstRoomyClass = 5;
-
 /// One row of a page: caption, field and the button that changes the field.
 struct FieldRow
 {
@@ -43,8 +40,8 @@ void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows);
 /// Gives all \a labels one fixed width, that of the widest of their texts in its font.
 void setCommonWidth(const QList<QLabel *> &labels);
 
-/// Pulls the rows of a page together on the small screen classes. \a nResolutionIndex: 0 to 24.
-/// \a pAbove and \a pBelow: the spacers above and below the rows.
+/// Pulls the rows of a page together on the screen classes without room to spare. \a
+/// nResolutionIndex: 0 to 24. \a pAbove and \a pBelow: the spacers above and below the rows.
 void shrinkSpacers(int nResolutionIndex, QSpacerItem *pAbove, QSpacerItem *pBelow);
 
 /// Hides the placeholder rows of a page but keeps their room, so that the rows of all pages stand

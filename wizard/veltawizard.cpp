@@ -41,6 +41,8 @@ constexpr std::array<PageCreator, WizardPageCount> PageCreators = {
     createPage<ProtectionPage>,  createPage<NetOpModeSettingsPage>, createPage<IPAddressesPage>,
     createPage<DNSSettingsPage>, createPage<SummaryPage>,
 };
+static_assert(std::ranges::find(PageCreators, nullptr) == PageCreators.end(),
+              "every page id has its creator");
 
 } // namespace
 
@@ -114,6 +116,7 @@ void VeltaWizard::setupButtons()
     setButtonText(QWizard::CancelButton, tr("Cancel"));
     setButtonText(QWizard::FinishButton, tr("SAVE"));
     const int nIndex = pSettings->working.nResolutionIndex;
+    const bool bTight = screenClassRow(nIndex).room == Room::Tight;
     for (const WizardButton which :
          {QWizard::NextButton, QWizard::BackButton, QWizard::CancelButton, QWizard::FinishButton,
           QWizard::CustomButton1}) {
@@ -122,9 +125,8 @@ void VeltaWizard::setupButtons()
         buttonFont.setBold(true);
         button(which)->setFont(buttonFont);
         pSettings->utils.scaleFont(button(which), nIndex);
-        button(which)->setMinimumHeight(nIndex < FirstRoomyClass ? ButtonHeight
-                                                                 : RoomyButtonHeight);
-        if (nIndex < FirstRoomyClass) {
+        button(which)->setMinimumHeight(bTight ? ButtonHeight : RoomyButtonHeight);
+        if (bTight) {
             // The style's least width, three times, is more than a small screen has, and QWizard
             // grows beyond its own maximum rather than squeeze its buttons.
             button(which)->setMinimumWidth(1);

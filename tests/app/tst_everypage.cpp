@@ -1,4 +1,5 @@
 #include "app/mainwindow.h"
+#include "app/restartsequence.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "input/qveltalineedit.h"
@@ -159,6 +160,12 @@ private:
         inspect(QStringLiteral("preview"), window);
         window.setCurrentWidget(window.findChild<QWidget *>("rebootPage"));
         inspect(QStringLiteral("reboot"), window);
+        auto *pRestart = window.findChild<RestartSequence *>();
+        for (const auto event : {RestartSequence::Event::TimeUp, RestartSequence::Event::Failed}) {
+            pRestart->handle(RestartSequence::Event::Asked);
+            pRestart->handle(event);
+            inspect(QStringLiteral("reboot-again-%1").arg(int(event)), window);
+        }
         window.setCurrentWidget(window.findChild<QWidget *>("localConfigPage"));
     }
 

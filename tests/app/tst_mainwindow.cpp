@@ -1,16 +1,39 @@
 #include "app/mainwindow.h"
+#include "app/restartsequence.h"
 #include "app/startup.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
 #include "platform/windowserver.h"
+#include "tests/platform/keyboardfifo.h"
 #include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
+#include "tests/support/lockedfolder.h"
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
 #include <QtWidgets>
 
 #include <sys/stat.h>
+
+namespace {
+
+/// Counts the paintings at which \a counts says so.
+class PaintWatcher : public QObject
+{
+public:
+    explicit PaintWatcher(std::function<bool()> counts) : isCounted(std::move(counts)) { }
+    bool eventFilter(QObject *, QEvent *pEvent) override
+    {
+        nPaints += pEvent->type() == QEvent::Paint && isCounted() ? 1 : 0;
+        return false;
+    }
+    int nPaints = 0;
+
+private:
+    std::function<bool()> isCounted;
+};
+
+} // namespace
 
 class MainWindowTest : public DeviceTest
 {
@@ -66,13 +89,17 @@ private:
         }
         return nullptr;
     }
-    void plugKeyboard(const QString &name)
+
+    enum class Plant { Fifo, Link, Folder };
+    void set(const QString &path, Plant plant)
     {
-        const QString fifo = root().path("/run-" + name);
-        QCOMPARE(mkfifo(qPrintable(fifo), 0600), 0);
-        QVERIFY(QFile::link(fifo, root().path("/dev/input/" + name)));
+        const QString name = root().path(path);
+        QDir().mkpath(QFileInfo(name).path());
+        const bool bSet = plant == Plant::Fifo ? mkfifo(qPrintable(name), 0600) == 0
+            : plant == Plant::Link             ? QFile::link(root().path("/target"), name)
+                                               : QDir().mkdir(name);
+        QVERIFY(bSet);
     }
-    void rescan() { pWindow->inputEventDirChanged(root().path("/dev/input")); }
 
 private Q_SLOTS:
     void states_data()
@@ -177,31 +204,26 @@ private Q_SLOTS:
     void deviceInfo_data()
     {
         columns<QString, QString, QString>("firmware", "ip", "mask");
-        const QString noIp = QStringLiteral("IP: 123.456.789.123 ");
-        const QString noMask = QStringLiteral("Mask: 123.456.789.0");
-        row("eth0 static", "eth0.mode=static eth0.ip=192.168.0.10 eth0.netmask=255.255.255.0",
+        row("static", "eth0.mode=static eth0.ip=192.168.0.10 eth0.netmask=255.255.255.0",
             "ETH0 IP: 192.168.0.10", "ETH0 Mask: 255.255.255.0");
-        row("eth0 dhcp", "eth0.mode=my-dhcp-client eth0.ip=10.0.0.20 eth0.netmask=255.255.0.0",
-            "ETH0 IP: 10.0.0.20 (dhcp)", "ETH0 Mask: 255.255.0.0");
-        row("no lease", "eth0.mode=dhcp", "ETH0 IP: 0.0.0.0 (dhcp)", "ETH0 Mask: 0.0.0.0");
-        row("case matters", "eth0.mode=DHCP", noIp, noMask);
-        row("eth1",
-            "eth0.mode=off eth1.present=yes eth1.mode=static eth1.ip=10.0.0.1 "
-            "eth1.netmask=255.0.0.0",
-            "ETH1 IP: 10.0.0.1", "ETH1 Mask: 255.0.0.0");
-        row("eth1 absent, eth2",
-            "eth1.mode=static eth2.present=yes eth2.mode=dhcp eth2.ip=10.0.0.2 "
-            "eth2.netmask=255.0.0.0",
-            "ETH2 IP: 10.0.0.2 (dhcp)", "ETH2 Mask: 255.0.0.0");
-        row("no NUL", "eth0.mode=" + QString(100, u'x') + "dhcp", noIp, noMask);
+        row("dhcp", "eth0.mode=dhcp", "ETH0 IP: 0.0.0.0 (dhcp)", "ETH0 Mask: 0.0.0.0");
+        row("eth2", "eth2.present=yes eth2.mode=static eth2.ip=10.0.0.2", "ETH2 IP: 10.0.0.2",
+            "ETH2 Mask: 0.0.0.0");
+        row("none", "eth0.mode=off", "IP: 123.456.789.123 ", "Mask: 123.456.789.0");
     }
     void deviceInfo()
     {
         QFETCH(QString, firmware);
         root().setFirmware(firmware);
+        root().write("/sys/class/net/eth0/address", "02:fc:00:00:00:01\n");
         start();
         QTEST(text("label_ip"), "ip");
         QTEST(text("label_mask"), "mask");
+        if (text("label_ip").startsWith("ETH0")) {
+            QCOMPARE(text("label_mac"), QStringLiteral("ETH0 MAC: 02:FC:00:00:00:01"));
+        }
+        QCOMPARE(text("label_fw"), QStringLiteral("Firmware Version: "));
+        QCOMPARE(text("label_rts"), QStringLiteral("Codesys RTS Version: "));
     }
 
     void lateLease()
@@ -212,24 +234,6 @@ private Q_SLOTS:
         root().setFirmware("eth0.ip=10.9.8.7");
         pWindow->controlVisibility();
         QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 10.9.8.7 (dhcp)"));
-    }
-
-    void versions_data()
-    {
-        columns<QByteArray, QString, QString>("file", "firmware", "runtime");
-        row("both", QByteArray("[firmware]\nversion=3.1.2\n[codesys]\nversion=3.5\n"),
-            "Firmware Version: 3.1.2", "Codesys RTS Version: 3.5");
-        row("empty", QByteArray(), "Firmware Version: ", "Codesys RTS Version: ");
-        row("binary", QByteArray("\0\xff\xfe[firmware\nversion", 20),
-            "Firmware Version: ", "Codesys RTS Version: ");
-    }
-    void versions()
-    {
-        QFETCH(QByteArray, file);
-        root().write("/etc/fwinfo.ini", file);
-        start();
-        QTEST(text("label_fw"), "firmware");
-        QTEST(text("label_rts"), "runtime");
     }
 
     // Nothing that stands in for a file keeps the panel from starting.
@@ -309,16 +313,7 @@ private Q_SLOTS:
         startLinked(2);
         QVERIFY(QTest::qWaitForWindowExposed(pWindow.get()));
         QTest::qWait(50);
-        class : public QObject
-        {
-        public:
-            bool eventFilter(QObject *, QEvent *pEvent) override
-            {
-                nPaints += pEvent->type() == QEvent::Paint ? 1 : 0;
-                return false;
-            }
-            int nPaints = 0;
-        } counter;
+        PaintWatcher counter([] { return true; });
         qApp->installEventFilter(&counter);
         for (int i = 0; i < 5; ++i) {
             pWindow->controlVisibility();
@@ -342,6 +337,53 @@ private Q_SLOTS:
         QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
         pWindow->systemRestart_Button();
         QCOMPARE(root().read("/log"), QByteArray("reboot\nreboot\n"));
+    }
+
+    // Nobody needs to come and press the button again.
+    void restartFails_data()
+    {
+        columns<QByteArray, bool, QString>("script", "timeUp", "says");
+        const QString next = QStringLiteral(", next attempt in");
+        row("fails", QByteArray("exit 3"), false, "Restart failed" + next);
+        row("does not happen", QByteArray("exit 0"), true, "Not restarted yet" + next);
+        row("hangs", QByteArray("exec sleep 2"), true, "Not restarted yet" + next);
+    }
+    void restartFails()
+    {
+        QFETCH(QByteArray, script);
+        QFETCH(bool, timeUp);
+        root().writeCommand("/sbin/reboot", "echo reboot >>\"$PANEL_ROOT/log\"\n" + script);
+        start();
+        auto *pLcd = find<QLCDNumber>("lcdRestart");
+        auto *pSequence = pWindow->findChild<RestartSequence *>();
+        QTimer clock;
+        if (timeUp) {
+            connect(&clock, &QTimer::timeout, this, [&] {
+                if (root().exists("/log")) {
+                    clock.stop();
+                    if (pSequence->isCommandRunning()) { // one is enough
+                        find<QPushButton>("buttonRestart")->click();
+                    }
+                    pSequence->handle(RestartSequence::Event::TimeUp);
+                }
+            });
+            clock.start(10);
+        }
+        find<QPushButton>("buttonRestart")->click();
+        QTRY_VERIFY(pSequence->isRetryDue());
+        QTEST(text("label_restartText"), "says");
+        QCOMPARE(pLcd->intValue(), 10);
+        QEvent languageChange(QEvent::LanguageChange);
+        QCoreApplication::sendEvent(pWindow.get(), &languageChange);
+        QTEST(text("label_restartText"), "says");
+        root().writeCommand("/sbin/reboot", "echo again >>\"$PANEL_ROOT/log\"; kill -9 $$");
+        for (int nLeft = 9; nLeft >= 0; --nLeft) {
+            QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
+            pWindow->systemRestart_Timer();
+        }
+        QCOMPARE(root().read("/log"), QByteArray("reboot\nagain\n"));
+        QCOMPARE(text("label_restartText"), "Restart failed, next attempt in");
+        QCOMPARE(pLcd->intValue(), 10);
     }
 
     void calibrationRequest_data()
@@ -389,6 +431,23 @@ private Q_SLOTS:
         root().remove(request);
         pWindow->controlVisibility();
         QVERIFY(!pPage || !pPage->isVisible());
+    }
+
+    // The operator can leave it also where the request stays.
+    void calibrationRequestStays()
+    {
+        root().write("/dev/input/touchscreen", "");
+        root().write("/tmp/.system/TouchCalibration", "");
+        startLinked(2);
+        CalibrationPage *pPage = calibrationPage();
+        QVERIFY(pPage && pPage->isVisible());
+        const LockedFolder locked(root(), "/tmp/.system");
+        pPage->findChild<QPushButton *>("cancelCalibrationButton")->click();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot be removed"));
+        for (int i = 0; i < 3; ++i) {
+            pWindow->controlVisibility();
+            QVERIFY(!pPage->isVisible());
+        }
     }
 
     void calibrationMessage()
@@ -508,9 +567,14 @@ private Q_SLOTS:
             wizard.button(bLast ? QWizard::FinishButton : QWizard::NextButton)->click();
         });
         QCOMPARE(page(), QStringLiteral("rebootPage"));
-        QCOMPARE(find<QLCDNumber>("lcdRestart")->intValue(), 10);
+        auto *pLcd = find<QLCDNumber>("lcdRestart");
+        QCOMPARE(pLcd->intValue(), 10);
+        // The operator sees the 0 before the command can end everything.
+        PaintWatcher watcher([&] { return pLcd->intValue() == 0 && !root().exists("/log"); });
+        pLcd->installEventFilter(&watcher);
         QTest::mouseClick(find<QPushButton>("buttonRestart"), Qt::LeftButton);
         QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
+        QVERIFY(watcher.nPaints > 0);
         QCOMPARE(page(), QStringLiteral("rebootPage"));
     }
 
@@ -538,24 +602,9 @@ private Q_SLOTS:
     {
         start();
         QVERIFY(!pServer->hasKeyboard());
-        root().write("/dev/input/keyboard9", ""); // counted, but no link
-        rescan();
-        QVERIFY(!pServer->hasKeyboard());
-        root().remove("/dev/input/keyboard9");
-        rescan();
-        plugKeyboard("keyboard0");
-        rescan();
+        const KeyboardFifo keyboard(root(), "keyboard0");
+        pWindow->inputEventDirChanged(root().path("/dev/input"));
         QVERIFY(pServer->hasKeyboard());
-        plugKeyboard("keyboard1");
-        plugKeyboard("keyboard2");
-        rescan(); // three: nothing changes
-        root().remove("/dev/input/keyboard1");
-        root().remove("/dev/input/keyboard2");
-        rescan();
-        QVERIFY(pServer->hasKeyboard());
-        root().remove("/dev/input/keyboard0");
-        rescan();
-        QVERIFY(!pServer->hasKeyboard());
     }
 
     void noInputFolder()
@@ -567,6 +616,7 @@ private Q_SLOTS:
 
     void screenshot()
     {
+        root().write("/tmp/screenshot.png.panel-a1b2c3", "cut off"); // by a kill
         startLinked(2);
         QWidget overlay;
         overlay.setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
@@ -578,11 +628,47 @@ private Q_SLOTS:
         QVERIFY(!root().exists("/tmp/screenshot.png"));
         root().write("/tmp/makeScreenshot", "");
         pWindow->screenshotTimerEvent();
-        QVERIFY(!root().exists("/tmp/makeScreenshot"));
+        QCOMPARE(QDir(root().path("/tmp")).entryList(QDir::Files), QStringList("screenshot.png"));
         const QImage picture(root().path("/tmp/screenshot.png"));
         QCOMPARE(picture.size(), QSize(800, 480));
         QCOMPARE(picture.pixelColor(50, 50), QColor(Qt::red));
         QVERIFY(picture.pixelColor(750, 300) != QColor(Qt::red));
+    }
+
+    // Whatever somebody has put where a request is expected, one look at it is enough.
+    void plantedRequests_data()
+    {
+        columns<QString, Plant>("path", "plant");
+        for (const QString path : {"/tmp/.system/TouchCalibration", "/tmp/screenshot.png",
+                                   "/tmp/makeScreenshot", "/flash/local/cal_message"}) {
+            row(qPrintable(path + ", FIFO"), path, Plant::Fifo);
+            row(qPrintable(path + ", link"), path, Plant::Link);
+            row(qPrintable(path + ", folder"), path, Plant::Folder);
+        }
+    }
+    void plantedRequests()
+    {
+        QFETCH(QString, path);
+        QFETCH(Plant, plant);
+        root().write("/dev/input/touchscreen", "");
+        root().write("/target", "important");
+        set(path, plant);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("is no file"));
+        if (path.endsWith("png")) {
+            root().write("/tmp/makeScreenshot", "");
+        }
+        startLinked(2);
+        pWindow->screenshotTimerEvent();
+        pWindow->screenshotTimerEvent();
+        QVERIFY(!calibrationPage());
+        QVERIFY(!QApplication::activeModalWidget());
+        QCOMPARE(root().read("/target"), QByteArray("important"));
+        const QFileInfo picture(root().path("/tmp/screenshot.png"));
+        QCOMPARE(picture.exists(), path.endsWith("png"));
+        QCOMPARE(QFileInfo(root().path(path)).isFile(), path.endsWith("png"));
+        if (picture.exists()) {
+            QCOMPARE(picture.permissions() & 0xfff, QFile::Permissions(0x644));
+        }
     }
 };
 

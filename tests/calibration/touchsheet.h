@@ -1,11 +1,15 @@
 #pragma once
 
+#include "platform/tapguard.h"
+
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QScreen>
+#include <QTest>
 #include <QWidget>
 
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -17,6 +21,25 @@ public:
     {
         setGeometry(QGuiApplication::primaryScreen()->geometry());
         show();
+        if (!QTest::qWaitForWindowExposed(this)) {
+            qFatal("no window to touch");
+        }
+    }
+
+    /// Waits until what has just come or gone on the screen takes touches.
+    static void waitOutDoubleTap() { QTest::qWait(int(TapGuard::Delay.count()) + 20); }
+
+    /// Where \a tap arrives; -1, -1: nowhere.
+    QPoint landing(const std::function<void()> &tap)
+    {
+        tap();
+        std::optional<QPoint> position = takeTouch();
+        if (!position) {
+            waitOutDoubleTap();
+            tap();
+            position = takeTouch();
+        }
+        return position.value_or(QPoint(-1, -1));
     }
 
     /// Where the touches that are on their way arrive; the last press, if there is any.

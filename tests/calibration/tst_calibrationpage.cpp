@@ -104,6 +104,7 @@ private Q_SLOTS:
         QCOMPARE(pCount->intValue(), 9);
 
         QPushButton *pAccept = button("acceptCalibrationButton");
+        TouchSheet::waitOutDoubleTap();
         touch(pAccept->mapToGlobal(pAccept->rect().center()));
         QTRY_VERIFY(!inAcceptMode());
         QVERIFY(!pCount->isVisible());
@@ -553,8 +554,7 @@ private:
     {
         TouchSheet sheet;
         sheet.raise();
-        pFifo->tap(raw);
-        return sheet.takeTouch().value_or(QPoint(-1, -1));
+        return sheet.landing([&] { pFifo->tap(raw); });
     }
 
     const CalibrationRun *run() const { return pPage->findChild<CalibrationRun *>(); }

@@ -1,5 +1,7 @@
 #include "platform/command.h"
 #include "platform/devicepath.h"
+#include "platform/endinglimit.h"
+#include "platform/terminationsignals.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
@@ -44,6 +46,34 @@ private Q_SLOTS:
             return !file.open(QIODevice::ReadOnly) || file.readAll().contains(") Z ");
         };
         QTRY_VERIFY(bGone());
+    }
+
+    // The program that waits ends, what it waits for does not.
+    void outlivesTheWait()
+    {
+        root().writeCommand("/bin/tool",
+                            "kill -TERM $PPID\nsleep 0.3\necho done >\"$PANEL_ROOT/end\"");
+        const EndingLimit limit;
+        {
+            const TerminationSignals terminationSignals;
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("left running"));
+            QCOMPARE(runCommand(devicePath("/bin/tool"), {}, 30s), CommandCrashed);
+            QVERIFY(!root().exists("/end"));
+        }
+        QTRY_COMPARE(root().read("/end"), QByteArray("done\n"));
+        root().writeCommand("/bin/tool", "exit 7"); // the end's own work is still done
+        QCOMPARE(runCommand(devicePath("/bin/tool"), {}, 30s), 7);
+    }
+
+    void outlivesItsObject()
+    {
+        root().writeCommand("/bin/tool", "sleep 0.2; echo done >\"$PANEL_ROOT/end\"");
+        {
+            Command command;
+            command.start(devicePath("/bin/tool"), {});
+            QVERIFY(!command.waitForEnd(0ms));
+        }
+        QTRY_COMPARE(root().read("/end"), QByteArray("done\n"));
     }
 };
 

@@ -61,16 +61,32 @@ private Q_SLOTS:
         QVERIFY(after.sa_handler == before.sa_handler);
     }
 
-    void ignoredSignalStaysIgnored()
+    void inheritedIgnorance_data()
     {
-        const auto before = std::signal(SIGHUP, SIG_IGN);
+        columns<int, bool>("number", "stays");
+        row("SIGHUP, nohup", SIGHUP, true);
+        row("SIGINT, a shell's background", SIGINT, false);
+        row("SIGTERM", SIGTERM, false);
+    }
+    void inheritedIgnorance()
+    {
+        QFETCH(int, number);
+        const auto before = std::signal(number, SIG_IGN);
+        sigset_t mask;
+        sigemptyset(&mask);
+        sigaddset(&mask, number);
+        pthread_sigmask(SIG_BLOCK, &mask, nullptr);
         {
             const TerminationSignals terminationSignals;
-            std::raise(SIGHUP);
-            QCoreApplication::processEvents();
-            QVERIFY(std::signal(SIGHUP, SIG_IGN) == SIG_IGN);
+            sigset_t inForce;
+            pthread_sigmask(SIG_BLOCK, nullptr, &inForce);
+            QCOMPARE(sigismember(&inForce, number), 0);
+            struct sigaction action = {};
+            sigaction(number, nullptr, &action);
+            QTEST(action.sa_handler == SIG_IGN, "stays");
         }
-        std::signal(SIGHUP, before);
+        pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
+        std::signal(number, before);
     }
 };
 

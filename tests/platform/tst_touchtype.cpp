@@ -54,6 +54,17 @@ private Q_SLOTS:
         QCOMPARE(readTouchType(), TouchType::Single);
     }
 
+    void deviceOfTheEnvironment()
+    {
+        root().write("/tmp/touch", {});
+        qputenv("TSLIB_TSDEVICE", QFile::encodeName(root().path("/tmp/touch")));
+        QCOMPARE(readTouchType(), TouchType::Single);
+        qputenv("TSLIB_TSDEVICE", "/nonexistent/touchscreen");
+        root().write(Device, {});
+        QCOMPARE(readTouchType(), TouchType::None);
+        qunsetenv("TSLIB_TSDEVICE");
+    }
+
     void textEndsInsideItsBuffer()
     {
         const std::array<char, 8> memory{'1', '9', '2', '\0', 'x', 'y', 'z', 'z'};

@@ -1,42 +1,29 @@
+#include "platform/tapguard.h"
 #include "platform/windowserver.h"
+#include "tests/platform/keyboardfifo.h"
 #include "tests/platform/touchscreenfifo.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
 #include <QDataStream>
+#include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
 
 #include <linux/input.h>
+#include <sys/stat.h>
 
 namespace {
 
-/// What a keyboard's FIFO carries for one key pressed and released.
-QByteArray keyStroke(quint16 code)
-{
-    QByteArray bytes;
-    for (const int value : {1, 0}) {
-        for (const auto &[type, number, state] :
-             {std::tuple{EV_KEY, code, value}, std::tuple{EV_SYN, quint16(SYN_REPORT), 0}}) {
-            input_event event{};
-            event.type = quint16(type);
-            event.code = number;
-            event.value = state;
-            bytes.append(reinterpret_cast<const char *>(&event), sizeof event);
-        }
-    }
-    return bytes;
-}
-
-/// A key map file of Qt's evdev driver that makes the key \a code write \a text.
-QByteArray keymap(quint16 code, char16_t text)
+/// A key map file of Qt's evdev driver that makes the Y key write "z", with \a nKeys and
+/// \a nComposed in its header.
+QByteArray keymap(quint32 nKeys = 1, quint32 nComposed = 0, quint32 nMagic = 0x514d4150)
 {
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
-    constexpr quint32 Magic = 0x514d4150; // "QMAP"
     constexpr quint32 Version = 1;
-    stream << Magic << Version << quint32(1) /* keys */ << quint32(0) /* composed keys */;
-    stream << code << quint16(text) << quint32(Qt::Key_unknown) << quint8(0) << quint8(0)
+    stream << nMagic << Version << nKeys << nComposed;
+    stream << quint16(KEY_Y) << quint16(u'z') << quint32(Qt::Key_unknown) << quint8(0) << quint8(0)
            << quint16(0);
     return bytes;
 }
@@ -50,19 +37,38 @@ class TestWindowServer : public DeviceTest
 private Q_SLOTS:
     void keyboardTypes_data()
     {
-        columns<QString, QString>("options", "text");
-        row("built-in key map", ":grab=1", "y");
-        row("key map file", ":grab=1:keymap=/etc/kbd/de.qmap", "z");
+        columns<QString, QByteArray, QString, bool>("options", "map", "text", "warned");
+        row("built-in key map", ":grab=1", QByteArray(), "y", false);
+        const QString mapped = ":grab=1:keymap=/etc/kbd/de.qmap";
+        row("key map file", mapped, keymap(), "z", false);
+        row("4 billion keys", mapped, keymap(0xffffffff), "y", true);
+        row("4 billion composed ones", mapped, keymap(1, 0xffffffff), "y", true);
+        row("a key too many", mapped, keymap(2), "y", true);
+        row("no key", mapped, keymap(0), "y", true);
+        row("torn", mapped, keymap().chopped(1), "y", true);
+        row("no header", mapped, QByteArray("QMAP"), "y", true);
+        row("no key map", mapped, keymap(1, 0, 0), "y", true);
+        row("FIFO", mapped, QByteArray("FIFO"), "y", true);
+        row("folder", mapped, QByteArray("DIR"), "y", true);
     }
     void keyboardTypes()
     {
         QFETCH(QString, options);
-        root().write("/etc/kbd/de.qmap", keymap(KEY_Y, u'z'));
-        const QByteArray fifo = QFile::encodeName(root().path("/dev/input/keyboard-fifo"));
-        QVERIFY(mkfifo(fifo.constData(), 0600) == 0);
-        QVERIFY(QFile::link("keyboard-fifo", root().path("/dev/input/keyboard0")));
+        QFETCH(QByteArray, map);
+        QFETCH(bool, warned);
+        const QString mapFile = root().path("/etc/kbd/de.qmap");
+        if (map == "DIR" || map == "FIFO") {
+            QVERIFY(QDir().mkpath(map == "DIR" ? mapFile : root().path("/etc/kbd")));
+            QVERIFY(map == "DIR" || mkfifo(qPrintable(mapFile), 0600) == 0);
+        } else {
+            root().write("/etc/kbd/de.qmap", map);
+        }
+        const KeyboardFifo keyboard(root(), "keyboard0");
 
         WindowServer server;
+        if (warned) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("de.qmap is not used"));
+        }
         auto handler = WindowServer::createKeyboardHandler("/dev/input/keyboard0" + options);
         QVERIFY(handler);
         server.setKeyboardHandler(std::move(handler));
@@ -72,19 +78,37 @@ private Q_SLOTS:
         edit.show();
         edit.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&edit));
-        QFile keyboard(QString::fromLocal8Bit(fifo));
-        QVERIFY(keyboard.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
-        keyboard.write(keyStroke(KEY_Y));
+        keyboard.type({KEY_Y});
         QTRY_VERIFY(!edit.text().isEmpty());
         QTEST(edit.text(), "text");
 
         server.closeKeyboard();
         QVERIFY(!server.hasKeyboard());
-        keyboard.write(keyStroke(KEY_Y));
+        keyboard.type({KEY_Y});
         for (int i = 0; i < 5; ++i) {
             QCoreApplication::processEvents();
         }
         QTEST(edit.text(), "text");
+    }
+
+    /// The keys that end a program by default end this one by no keyboard.
+    void keysDoNotQuit()
+    {
+        const KeyboardFifo keyboard(root(), "keyboard0");
+        WindowServer server;
+        server.setKeyboardHandler(WindowServer::createKeyboardHandler("/dev/input/keyboard0"));
+        QLineEdit edit;
+        edit.show();
+        edit.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&edit));
+        constexpr int Survived = 7;
+        connect(&edit, &QLineEdit::textChanged, this, [] { QCoreApplication::exit(Survived); });
+        QTimer::singleShot(0, this, [&keyboard] {
+            keyboard.type({KEY_LEFTCTRL, KEY_LEFTALT, KEY_BACKSPACE});
+            keyboard.type({KEY_Y});
+        });
+        QTimer::singleShot(5000, &edit, [] { QCoreApplication::exit(1); });
+        QCOMPARE(QCoreApplication::exec(), Survived);
     }
 
     void rotationOption_data()
@@ -120,6 +144,13 @@ private Q_SLOTS:
         QCOMPARE(server.calibrate({}, server.saveCalibration()), CalibrationOutcome::Stored);
         QVERIFY(server.restoreCalibration({}));
         QCOMPARE(root().read("/etc/pointercal"), QByteArray("1 2 3 4 5 6 7"));
+
+        // It comes late, and is used from then on.
+        root().remove("/etc/pointercal");
+        QSignalSpy came(&server, &WindowServer::touchscreenCame);
+        TouchscreenFifo touchscreen(root());
+        QTRY_COMPARE(came.size(), 1);
+        clickWith(touchscreen);
     }
 
     void multiTouch()
@@ -129,13 +160,7 @@ private Q_SLOTS:
         root().write("/proc/device-tree/qrd-specific/qrd_touch_type", "multi");
         WindowServer server;
         QVERIFY(server.openPointer());
-        QPushButton button;
-        button.setGeometry(100, 100, 80, 40);
-        button.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&button));
-        QSignalSpy clicks(&button, &QPushButton::clicked);
-        touchscreen.tap({140, 120});
-        QTRY_COMPARE(clicks.size(), 1);
+        clickWith(touchscreen);
     }
 
     /// A window that has never been shown has no pointer to change.
@@ -149,6 +174,18 @@ private Q_SLOTS:
 
 private:
     void closeWindows() override { qputenv("QT_QPA_PLATFORM", "offscreen"); }
+
+    static void clickWith(TouchscreenFifo &touchscreen)
+    {
+        QPushButton button;
+        button.setGeometry(100, 100, 80, 40);
+        button.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&button));
+        QSignalSpy clicks(&button, &QPushButton::clicked);
+        QTest::qWait(int(TapGuard::Delay.count()) + 20);
+        touchscreen.tap({140, 120});
+        QTRY_COMPARE(clicks.size(), 1);
+    }
 };
 
 PANEL_TEST_MAIN(TestWindowServer)

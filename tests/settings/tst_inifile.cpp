@@ -3,7 +3,6 @@
 #include "tests/support/testmain.h"
 
 #include <sys/resource.h>
-#include <sys/stat.h>
 
 class IniFileTest : public DeviceTest
 {
@@ -53,44 +52,14 @@ private Q_SLOTS:
         QVERIFY(file.state() != IniFile::Unreadable || file.keys().isEmpty());
     }
 
-    void noFile_data()
-    {
-        columns<QByteArray, int>("kind", "state");
-        row("nothing", QByteArray(), int(IniFile::Absent));
-        row("FIFO", QByteArray("fifo"), int(IniFile::Unreadable));
-        row("directory", QByteArray("directory"), int(IniFile::Unreadable));
-        row("link to itself", QByteArray("loop"), int(IniFile::Unreadable));
-        row("read error", QByteArray("eio"), int(IniFile::Unreadable));
-    }
-    void noFile()
-    {
-        QFETCH(QByteArray, kind);
-        const QString path = root().path("/etc/file.ini");
-        if (kind == "fifo") {
-            QCOMPARE(mkfifo(qPrintable(path), 0600), 0);
-        } else if (kind == "directory") {
-            QVERIFY(QDir().mkpath(path));
-        } else if (kind == "loop") {
-            QVERIFY(QFile::link(path, path));
-        } else if (kind == "eio") {
-            QVERIFY(
-                QFile::link("/proc/self/mem", path)); // a regular file whose start is unreadable
-        }
-        const IniFile file(QStringLiteral("/etc/file.ini"));
-        QTEST(int(file.state()), "state");
-        QVERIFY(file.keys().isEmpty());
-    }
-
     // A copy that cannot be read must not be taken for a file without keys.
     void noMemory()
     {
-        root().write("/etc/file.ini", "[a]\nb=1\n");
         rlimit before = {};
         QCOMPARE(getrlimit(RLIMIT_NOFILE, &before), 0);
         const rlimit none = {0, before.rlim_max};
-        const FileContent content = readRegularFile(root().path("/etc/file.ini"), Links::Follow);
         QCOMPARE(setrlimit(RLIMIT_NOFILE, &none), 0);
-        const IniFile file(content);
+        const IniFile file(FileContent{FileContent::Readable, "[a]\nb=1\n", {}});
         QCOMPARE(setrlimit(RLIMIT_NOFILE, &before), 0);
         QCOMPARE(file.state(), IniFile::Unreadable);
     }

@@ -43,16 +43,14 @@ private:
     {
         const QString path = root().path(devicePath);
         QDir().mkpath(QFileInfo(path).path());
-        const QString target = root().path("/tmp/target");
         if (kind == "keys") {
             root().write(devicePath, "[network]\neth0.ip=6.6.6.6\n[options]\nconfig_passwd=\n");
         } else if (kind == "malformed") {
             root().write(devicePath, "[netw\n=");
         } else if (kind == "link" || kind == "dangling") {
-            if (kind == "link") {
-                root().write("/tmp/target", "target");
-            }
-            QVERIFY(QFile::link(target, path));
+            QVERIFY(QFile::link(root().path("/tmp/" + kind), path));
+        } else if (kind == "eio") {
+            QVERIFY(QFile::link("/proc/self/mem", path)); // regular, unreadable at its start
         } else if (kind == "fifo") {
             QCOMPARE(mkfifo(qPrintable(path), 0600), 0);
         } else if (kind == "directory") {
@@ -185,6 +183,7 @@ private Q_SLOTS:
             "Error -202", "");
         row("directory", QByteArray("directory"), -202, "Error -202", "");
         row("FIFO", QByteArray("fifo"), -202, "Error -202", "");
+        row("read error", QByteArray("eio"), -202, "Error -202", "");
     }
     void badFiles()
     {
@@ -192,8 +191,8 @@ private Q_SLOTS:
         QFETCH(int, result);
         QFETCH(QString, box);
         QFETCH(QString, password);
-        if (content == "directory" || content == "fifo" || content == "nothing") {
-            plant("/etc/settings.ini", content);
+        if (QByteArrayList{"nothing", "directory", "fifo", "eio"}.contains(content)) {
+            plant(SettingsPath, content);
         } else {
             writeSettings(content);
         }
@@ -238,6 +237,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, kind);
         for (const bool bBefore : {true, false}) {
             writeSettings(StaticSettings);
+            root().write("/tmp/link", "target");
             std::unique_ptr<VeltaSettings> pSettings;
             if (bBefore) {
                 plant(NewSettings, kind);
@@ -256,7 +256,8 @@ private Q_SLOTS:
             QCOMPARE(int(status.st_mode), S_IFREG | 0600);
             pSettings.reset();
             QCOMPARE(newKeys(), QStringList({"[network]", "eth0.mode=dhcp"}));
-            QCOMPARE(root().read("/tmp/target"), QByteArray(kind == "link" ? "target" : ""));
+            QCOMPARE(root().read("/tmp/link"), "target");
+            QVERIFY(!root().exists("/tmp/dangling"));
             QVERIFY(QDir(root().path("/tmp")).removeRecursively());
         }
     }

@@ -43,39 +43,39 @@ private Q_SLOTS:
 
     void classifiesOtherSizes_data()
     {
-        columns<QSize, int, int, int>("size", "index", "fixedWidth", "indexForFonts");
-        const auto row = [](int w, int h, int index, int fixedWidth, int indexForFonts = 0) {
-            QTest::addRow("%dx%d", w, h)
-                << QSize(w, h) << index << fixedWidth << (indexForFonts ? indexForFonts : index);
+        columns<QSize, QSize, int, QSize>("size", "as", "fixedWidth", "asForFonts");
+        const auto row = [](QSize size, QSize as, int fixedWidth, QSize asForFonts = {}) {
+            QTest::addRow("%dx%d", size.width(), size.height())
+                << size << as << fixedWidth << (asForFonts.isValid() ? asForFonts : as);
         };
-        row(240, 400, 1, 0);
-        row(320, 480, 3, 0);
-        row(480, 320, 4, 400);
-        row(720, 480, 9, 640);
-        row(768, 1365, 10, 640);
-        row(800, 481, 12, 640, 13);
-        row(1024, 600, 15, 640);
-        row(1366, 1366, 22, 640);
-        row(1920, 1200, 24, 640);
-        row(640, 400, 8, 0);
-        row(641, 480, 8, 640);
-        row(2560, 1440, 8, 640);
-        row(0, 0, 8, 0);
-        row(-5, -5, 8, 0);
+        row({240, 400}, {240, 320}, 0);
+        row({320, 480}, {320, 240}, 0);
+        row({480, 320}, {480, 272}, 400);
+        row({720, 480}, {720, 1280}, 640);
+        row({768, 1365}, {768, 1024}, 640);
+        row({800, 481}, {800, 480}, 640, {800, 600});
+        row({1024, 600}, {1024, 768}, 640);
+        row({1366, 1366}, {1366, 768}, 640);
+        row({1920, 1200}, {1920, 1080}, 640);
+        row({640, 400}, {640, 480}, 0);
+        row({641, 480}, {640, 480}, 640);
+        row({2560, 1440}, {640, 480}, 640);
+        row({0, 0}, {640, 480}, 0);
+        row({-5, -5}, {640, 480}, 0);
     }
     void classifiesOtherSizes()
     {
         QFETCH(QSize, size);
         const ScreenClass found =
             screenClass(size.width(), size.height(), UnlistedHeightAt800::As800x480);
-        QTEST(found.nIndex, "index");
+        QTEST(screenSize(found.nIndex), "as");
         QTEST(int(found.nFixedWidth), "fixedWidth");
-        QTEST(VeltaUtils::resolutionIndex(size.width(), size.height()), "indexForFonts");
+        QTEST(screenSize(VeltaUtils::resolutionIndex(size.width(), size.height())), "asForFonts");
     }
 
     void scalesFontsByClass_data()
     {
-        // Pixel sizes that 100 pixels become on the classes 4, 6, 12, 22 and 24.
+        // Pixel sizes that 100 pixels become at 480x272, 480x800, 800x480, 1366x768 and 1920x1080.
         columns<std::shared_ptr<QWidget>, QList<int>>("widget", "sizes");
         const auto row = [](QWidget *pWidget, const QList<int> &sizes) {
             QTest::newRow(pWidget->metaObject()->className())
@@ -99,7 +99,9 @@ private Q_SLOTS:
         QFETCH(std::shared_ptr<QWidget>, widget);
         VeltaUtils utils;
         QList<int> sizes;
-        for (const int index : {4, 6, 12, 22, 24}) {
+        for (const int index :
+             {screenClassOf(480, 272), screenClassOf(480, 800), screenClassOf(800, 480),
+              screenClassOf(1366, 768), screenClassOf(1920, 1080)}) {
             widget->setFont(pixelFont(100));
             utils.scaleFont(widget.get(), index);
             sizes += widget->font().pixelSize();
@@ -114,20 +116,20 @@ private Q_SLOTS:
         QFont font;
         font.setPointSize(9);
         label.setFont(font);
-        utils.scaleFont(&label, 12);
+        utils.scaleFont(&label, screenClassOf(800, 480));
         QCOMPARE(label.font().pointSize(), 13);
-        utils.scaleFont(&label, 12);
+        utils.scaleFont(&label, screenClassOf(800, 480));
         QCOMPARE(label.font().pointSize(), 19); // of what it has
 
         QTextEdit tiny;
         tiny.setFont(pixelFont(1));
-        utils.scaleFont(&tiny, 4);
+        utils.scaleFont(&tiny, screenClassOf(480, 272));
         QCOMPARE(tiny.font().pixelSize(), 1);
     }
 
     void scalesByDpi_data()
     {
-        // A null array is no such file. Size: of a label of 100 pixels on class 12 (factor 15).
+        // A null array is no such file. Size: of a label of 100 pixels at 800x480 (factor 15).
         columns<QByteArray, QByteArray, QByteArray, int, int>("common", "x", "y", "logicalDpi",
                                                               "size");
         const auto both = [](const char *name, const QByteArray &value, int size, int dpi = 96) {
@@ -146,6 +148,7 @@ private Q_SLOTS:
         both("1 MB", QByteArray(1 << 20, '1'), 200, 72);
         both("huge", QByteArray("4000000\0", 8), 200, 72);
         both("negative", QByteArray("-5\0", 3), 200, 72);
+        both("FIFO", QByteArray("fifo"), 200, 72);
         both("implausible", QByteArray("3000\0", 5), 200, 72);
         // Read, but no resolution: nothing is enlarged.
         both("disabled", QByteArray("Disabled\0", 9), 150, 72);
@@ -169,24 +172,16 @@ private Q_SLOTS:
             if (!content.isNull()) {
                 root().write(QLatin1String(path), content);
             }
+            if (content == "fifo") {
+                root().remove(QLatin1String(path));
+                QCOMPARE(mkfifo(qPrintable(root().path(QLatin1String(path))), 0600), 0);
+            }
         }
         QLabel label;
         label.setFont(pixelFont(100));
         VeltaUtils utils;
-        utils.scaleFont(&label, 12);
+        utils.scaleFont(&label, screenClassOf(800, 480));
         QTEST(label.font().pixelSize(), "size");
-    }
-
-    void dpiIsNoFile()
-    {
-        const QString path = root().path(QLatin1String(CommonDpi));
-        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
-        QCOMPARE(mkfifo(qPrintable(path), 0600), 0);
-        setScreen({800, 480}, 72);
-        QLabel label;
-        label.setFont(pixelFont(100));
-        VeltaUtils().scaleFont(&label, 12);
-        QCOMPARE(label.font().pixelSize(), 200); // as unreadable
     }
 
     void readsDpiOnce()
@@ -196,7 +191,7 @@ private Q_SLOTS:
             root().write(QLatin1String(CommonDpi), dpi);
             QLabel label;
             label.setFont(pixelFont(10));
-            utils.scaleFont(&label, 12);
+            utils.scaleFont(&label, screenClassOf(800, 480));
             QCOMPARE(label.font().pixelSize(), 23);
         }
     }

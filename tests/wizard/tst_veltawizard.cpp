@@ -175,21 +175,6 @@ private Q_SLOTS:
         QCOMPARE(root().read("/log"), QByteArray(bRan ? "run\n" : ""));
     }
 
-    // Nobody gets in by a settings file that cannot be read, and once it can, all is as before.
-    void unreadableSettings()
-    {
-        QVERIFY(QDir().mkpath(root().path("/etc/settings.ini")));
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression("/etc/settings.ini cannot be read: "));
-        BoxWatcher watcher;
-        QVERIFY(!VeltaWizard(nullptr).Run());
-        QCOMPARE(watcher.texts().size(), 1);
-        QVERIFY(watcher.texts().constFirst().startsWith("Error -202: "));
-        QVERIFY(QDir().rmdir(root().path("/etc/settings.ini")));
-        run([&] { QCOMPARE(pWizard->currentId(), int(NetModePageId)); });
-        QCOMPARE(watcher.texts().size(), 1);
-    }
-
     void buttonsAreHiddenOnce()
     {
         run([&] {

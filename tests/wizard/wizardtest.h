@@ -71,9 +71,10 @@ protected:
 
     void toPage(int nId)
     {
-        while (pWizard->currentId() != nId) {
+        for (int i = 0; i < WizardPageCount && pWizard->currentId() != nId; ++i) {
             press(QWizard::NextButton);
         }
+        QCOMPARE(pWizard->currentId(), nId);
     }
     void toSummary() { toPage(SummaryPageId); }
 

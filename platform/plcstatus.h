@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/firmwaretext.h"
-#include "platform/libfirmware.h"
 
 #include <QString>
 #include <QtGlobal>
@@ -21,11 +20,13 @@ enum PlcState : qint32 {
 /// program does not know belong to the library.
 struct PlcStatus
 {
+    static constexpr std::size_t Size = 2208; ///< bytes
+
     quint8 appCount; ///< Number of application entries; may be more than the record has room for.
     quint8 reserved1[3];
     qint32 state; ///< A PlcState, or any other value.
     quint8 reserved2[80];
-    char entries[RCTRL_STATUS_SIZE - 88]; ///< Entry i begins at EntrySize * i with its name.
+    char entries[Size - 88]; ///< Entry i begins at EntrySize * i with its name.
 
     static constexpr std::size_t EntrySize = 440;
 
@@ -49,5 +50,5 @@ struct PlcStatus
         return {};
     }
 };
-static_assert(sizeof(PlcStatus) == RCTRL_STATUS_SIZE);
+static_assert(sizeof(PlcStatus) == PlcStatus::Size);
 static_assert(offsetof(PlcStatus, state) == 4 && offsetof(PlcStatus, entries) == 88);

@@ -1,0 +1,107 @@
+#include "app/keyboardwatcher.h"
+
+#include "platform/devicepath.h"
+#include "platform/folderwatch.h"
+#include "platform/windowserver.h"
+#include "settings/inifile.h"
+#include "settings/veltautils.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace {
+
+constexpr auto InputFolder = QLatin1String("/dev/input");
+constexpr auto KeyMapFile = QLatin1String("/etc/kbd/de.qmap");
+constexpr int MaxKeyboards = 2;
+
+} // namespace
+
+KeyboardWatcher::KeyboardWatcher(QObject *pParent)
+    : QObject(pParent), bKeyboardMapping(readKeyboardMapping())
+{ }
+
+KeyboardWatcher::~KeyboardWatcher() = default;
+
+bool KeyboardWatcher::readKeyboardMapping()
+{
+    const IniFile settings(SettingsPath);
+    if (!settings.problem().isEmpty()) {
+        qWarning("%s %s", SettingsPath.data(), qPrintable(settings.problem()));
+    }
+    return settings.value(QLatin1String("input/kbd_mapping"), QString()).toString()
+        == QLatin1String("DE")
+        && QFile::exists(devicePath(KeyMapFile));
+}
+
+void KeyboardWatcher::start()
+{
+    const QString folder = devicePath(InputFolder);
+    pInputWatch = new FolderWatch(folder, this);
+    connect(pInputWatch, &FolderWatch::changed, this, &KeyboardWatcher::rescan);
+    releaseKeyboard();
+    installed.clear();
+    rescan(folder);
+}
+
+QList<KeyboardWatcher::Entry> KeyboardWatcher::entriesOf(const QString &folder)
+{
+    const QFileInfoList files = QDir(folder).entryInfoList(
+        {QStringLiteral("keyboard*")}, QDir::Files | QDir::System, QDir::Unsorted);
+    QList<Entry> entries;
+    for (const QFileInfo &file : files) {
+        const bool bLink = file.isSymLink();
+        entries.append(
+            {file.fileName(), bLink, bLink ? deviceIdentity(file.filePath()) : DeviceIdentity()});
+    }
+    return entries;
+}
+
+void KeyboardWatcher::rescan(const QString &folder)
+{
+    const QList<Entry> entries = entriesOf(folder);
+    QList<Entry> sorted = entries; // a folder has no order of its own
+    std::ranges::sort(sorted, {}, &Entry::name);
+    if (entries.size() > MaxKeyboards || sorted == installed) {
+        return;
+    }
+    if (!installed.isEmpty()) {
+        releaseKeyboard();
+    }
+    for (const Entry &entry : entries) {
+        if (entry.bLink) {
+            setKeyboard(QFileInfo(entry.name).baseName());
+        }
+    }
+    installed = std::move(sorted);
+}
+
+void KeyboardWatcher::setKeyboard(const QString &deviceName) const
+{
+    QString specification = QStringLiteral("/dev/input/%1:grab=1").arg(deviceName);
+    if (bKeyboardMapping) {
+        specification += QLatin1String(":keymap=") + KeyMapFile;
+    }
+    WindowServer *pServer = WindowServer::instance();
+    std::unique_ptr<QObject> pKeyboardHandler = WindowServer::createKeyboardHandler(specification);
+    if (pServer && pKeyboardHandler) {
+        pServer->setKeyboardHandler(std::move(pKeyboardHandler));
+    } else {
+        qWarning("MainWindow::setKeyboard: found null pointer on pKeyboardHandler and/or "
+                 "pQwsServer !\n");
+    }
+}
+
+void KeyboardWatcher::releaseKeyboard()
+{
+    if (WindowServer *pServer = WindowServer::instance()) {
+        pServer->closeKeyboard();
+    } else {
+        qWarning("MainWindow::releaseKeyboard: found null pointer on pQwsServer !\n");
+    }
+}

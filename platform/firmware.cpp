@@ -1,0 +1,135 @@
+#include "platform/firmware.h"
+
+#include "platform/firmwaretext.h"
+#include "platform/libfirmware.h"
+
+#include <array>
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+/// At least what the library may fill of each kind; it is told of its size for the gateway alone.
+using AddressBuffer = std::array<char, 64>;
+using ModeBuffer = std::array<char, 84>;
+
+static_assert(PlcStatus::Size == RCTRL_STATUS_SIZE);
+
+constexpr int NoNameServer = -3; // the text is valid, and may be empty
+constexpr int NoRoute = 0;
+constexpr int RouteFound = 1;
+
+/// The library may read and write a name's buffer up to its full length.
+using NameBuffer = std::array<char, 10>;
+
+NameBuffer interfaceName(int nInterface)
+{
+    NameBuffer name{};
+    std::snprintf(name.data(), name.size(), "eth%1d", nInterface);
+    return name;
+}
+
+std::optional<QString> askInterface(int nInterface, int (*call)(char *, const char *))
+{
+    AddressBuffer buffer{};
+    const NameBuffer name = interfaceName(nInterface);
+    return call(buffer.data(), name.data()) == 0 ? std::optional(firmwareText(buffer))
+                                                 : std::nullopt;
+}
+
+} // namespace
+
+bool Firmware::isInterfacePresent(int nInterface)
+{
+    switch (nInterface) {
+    case 0:
+        return true;
+    case 1:
+        return sysif_IsEth1Present() != 0;
+    case 2:
+        return sysif_IsEth2Present() != 0;
+    }
+    return false;
+}
+
+std::optional<QString> Firmware::interfaceMode(int nInterface)
+{
+    constexpr std::array<int (*)(char *), InterfaceCount> Calls{
+        sysdb_GetEth0Mode, sysdb_GetEth1Mode, sysdb_GetEth2Mode};
+    ModeBuffer buffer{};
+    return Calls[static_cast<std::size_t>(nInterface)](buffer.data()) == 0
+        ? std::optional(firmwareText(buffer))
+        : std::nullopt;
+}
+
+std::optional<QString> Firmware::interfaceAddress(int nInterface)
+{
+    return askInterface(nInterface, sysif_GetInterfaceIp);
+}
+
+std::optional<QString> Firmware::interfaceNetmask(int nInterface)
+{
+    return askInterface(nInterface, sysif_GetInterfaceNetmask);
+}
+
+std::optional<QString> Firmware::defaultGateway()
+{
+    AddressBuffer buffer{};
+    switch (sysgw_GetDefaultGateway(buffer.data(), int(buffer.size()))) {
+    case RouteFound:
+        return firmwareText(buffer);
+    case NoRoute:
+        return QStringLiteral("0.0.0.0");
+    default:
+        return std::nullopt;
+    }
+}
+
+std::optional<QString> Firmware::nameServer(int nServer)
+{
+    AddressBuffer buffer{};
+    const int nResult = (nServer == 0 ? sysnm_GetDNS1 : sysnm_GetDNS2)(buffer.data());
+    return nResult == 0 || nResult == NoNameServer ? std::optional(firmwareText(buffer))
+                                                   : std::nullopt;
+}
+
+RuntimeLink RuntimeLink::open()
+{
+    RuntimeLink link;
+    link.nHandle = rctrl_init_communication();
+    return link;
+}
+
+RuntimeLink::~RuntimeLink()
+{
+    close();
+}
+
+RuntimeLink::RuntimeLink(RuntimeLink &&other) noexcept : nHandle(std::exchange(other.nHandle, 0))
+{ }
+
+RuntimeLink &RuntimeLink::operator=(RuntimeLink &&other) noexcept
+{
+    std::swap(nHandle, other.nHandle);
+    return *this;
+}
+
+void RuntimeLink::close()
+{
+    if (isOpen()) {
+        rctrl_exit_communication(std::exchange(nHandle, 0));
+    }
+}
+
+std::optional<PlcStatus> RuntimeLink::status() const
+{
+    // A failing call may have left anything in the record.
+    PlcStatus status{};
+    return isOpen() && rctrl_get_status(nHandle, &status) == 0 ? std::optional(status)
+                                                               : std::nullopt;
+}
+
+bool RuntimeLink::startAllApplications() const
+{
+    return isOpen() && rctrl_start_all_applications(nHandle) == 0;
+}

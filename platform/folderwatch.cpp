@@ -1,0 +1,57 @@
+#include "platform/folderwatch.h"
+
+#include <QFileInfo>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto Pace = 2000ms;
+
+} // namespace
+
+FolderWatch::FolderWatch(const QString &watchedFolder, QObject *pParent)
+    : QObject(pParent), folder(watchedFolder), watcher(this), timer(this)
+{
+    timer.setInterval(Pace);
+    connect(&timer, &QTimer::timeout, this, &FolderWatch::lookAgain);
+    connect(&watcher, &QFileSystemWatcher::directoryChanged, this, [this] {
+        // One that is gone is not watched any more, nor is the one that has its name by now.
+        watchFolder();
+        updateTimer();
+        Q_EMIT changed(folder);
+    });
+    watchFolder();
+    updateTimer();
+}
+
+void FolderWatch::setPolled(bool bOn)
+{
+    bPolled = bOn;
+    updateTimer();
+}
+
+void FolderWatch::lookAgain()
+{
+    const bool bCame = watcher.directories().isEmpty() && watchFolder();
+    updateTimer();
+    if (bCame || bPolled) {
+        Q_EMIT changed(folder);
+    }
+}
+
+bool FolderWatch::watchFolder()
+{
+    return !watcher.directories().isEmpty()
+        || (QFileInfo(folder).isDir() && watcher.addPath(folder));
+}
+
+void FolderWatch::updateTimer()
+{
+    const bool bNeeded = bPolled || watcher.directories().isEmpty();
+    if (bNeeded != timer.isActive()) {
+        bNeeded ? timer.start() : timer.stop();
+    }
+}

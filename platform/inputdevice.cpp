@@ -1,0 +1,61 @@
+#include "platform/inputdevice.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <fcntl.h>
+#include <linux/input.h>
+#include <optional>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+std::optional<struct stat> statusOf(const QString &path)
+{
+    struct stat status = {};
+    if (stat(QFile::encodeName(path).constData(), &status) != 0) {
+        return std::nullopt;
+    }
+    return status;
+}
+
+} // namespace
+
+DeviceIdentity deviceIdentity(const QString &path)
+{
+    DeviceIdentity identity;
+    identity.target = QFileInfo(path).symLinkTarget();
+    if (const auto status = statusOf(path)) {
+        identity.nNumber = status->st_rdev;
+        identity.nFileSystem = status->st_dev;
+        identity.nNode = status->st_ino;
+    }
+    return identity;
+}
+
+bool isEventDevice(const QString &path)
+{
+    // Opening alone does things to some devices (a watchdog starts), so only what may be one.
+    const auto status = statusOf(path);
+    if (!status || !S_ISCHR(status->st_mode)) {
+        return false;
+    }
+    const int nFd =
+        open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (nFd < 0) {
+        return false;
+    }
+    int nVersion = 0;
+    const bool bSpeaksIt = ioctl(nFd, EVIOCGVERSION, &nVersion) == 0;
+    close(nFd);
+    return bSpeaksIt;
+}
+
+bool isKeyboard(const QString &path)
+{
+    const auto status = statusOf(path);
+    const bool bSimulated = !qEnvironmentVariableIsEmpty("PANEL_ROOT");
+    return (status && bSimulated && S_ISFIFO(status->st_mode)) || isEventDevice(path);
+}

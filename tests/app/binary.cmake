@@ -1,0 +1,36 @@
+# Installs the program and looks at what was installed: cmake -D BUILD=... -D CONFIG=... -D READELF=...
+# -D SANITIZED=... -P binary.cmake
+set(prefix ${BUILD}/tests/installed)
+file(REMOVE_RECURSE ${prefix})
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix}
+    OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+file(GLOB program ${prefix}/*/operator-panel)
+execute_process(COMMAND ${READELF} --wide --file-header --segments --dynamic --dyn-syms ${program}
+    OUTPUT_VARIABLE elf COMMAND_ERROR_IS_FATAL ANY)
+file(REMOVE_RECURSE ${prefix})
+
+function(must_have what pattern)
+    if(NOT elf MATCHES "${pattern}")
+        message(SEND_ERROR "${what}: nothing in the program matches ${pattern}")
+    endif()
+endfunction()
+function(must_not_have what pattern)
+    if(elf MATCHES "${pattern}")
+        message(SEND_ERROR "${what}: '${CMAKE_MATCH_0}'")
+    endif()
+endfunction()
+
+must_have("random address" "Flags:[^\n]* PIE")
+must_have("relocations read-only" "GNU_RELRO")
+must_have("relocations read-only from the start" "Flags:[^\n]*NOW")
+must_have("stack not executable" "GNU_STACK[^\n]* RW ")
+must_not_have("folders of the build" "\\((RUNPATH|RPATH)\\)[^\n]*")
+must_not_have("libraries by path" "\\(NEEDED\\)[^\n]*/[^\n]*")
+must_not_have("relocations in the code" "\\(TEXTREL\\)")
+must_have("firmware library by name alone" "\\(NEEDED\\)[^\n]*\\[libfirmware\\.so\\]")
+if(NOT SANITIZED)
+    must_have("stack protector" "__stack_chk_(fail|guard)")
+    if(NOT CONFIG STREQUAL "Debug")
+        must_have("fortified calls" "__[a-z]+_chk@")
+    endif()
+endif()

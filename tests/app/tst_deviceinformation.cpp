@@ -1,0 +1,102 @@
+#include "app/deviceinformation.h"
+#include "platform/firmware.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/testmain.h"
+
+class DeviceInformationTest : public DeviceTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void interfaces_data()
+    {
+        columns<QString, QString>("firmware", "expected");
+        row("eth0 static", "eth0.mode=static eth0.ip=192.168.0.10 eth0.netmask=255.255.255.0",
+            "0 static 192.168.0.10 255.255.255.0");
+        row("eth0 dhcp", "eth0.mode=my-dhcp-client eth0.ip=10.0.0.20 eth0.netmask=255.255.0.0",
+            "0 dhcp 10.0.0.20 255.255.0.0");
+        row("both words", "eth0.mode=static-dhcp", "0 dhcp 0.0.0.0 0.0.0.0");
+        row("case matters", "eth0.mode=DHCP", "none");
+        row("mode fails", "eth0.mode=static result.sysdb_GetEth0Mode=-1", "none");
+        row("eth1",
+            "eth0.mode=off eth1.present=yes eth1.mode=static eth1.ip=10.0.0.1 "
+            "eth1.netmask=255.0.0.0",
+            "1 static 10.0.0.1 255.0.0.0");
+        row("eth1 absent, eth2",
+            "eth1.mode=static eth2.present=yes eth2.mode=dhcp eth2.ip=10.0.0.2 "
+            "eth2.netmask=255.0.0.0",
+            "2 dhcp 10.0.0.2 255.0.0.0");
+        row("eth2 absent", "eth2.mode=dhcp", "none");
+        row("word behind the buffer", "eth0.mode=" + QString(100, u'x') + "dhcp", "none");
+        row("address without NUL", "eth0.mode=static eth0.ip=" + QString(90, u'1'),
+            "0 static " + QString(20, u'1') + " 0.0.0.0");
+    }
+    void interfaces()
+    {
+        QFETCH(QString, firmware);
+        root().setFirmware(firmware);
+        const auto shown = readInterfaceInformation();
+        QTEST(shown ? QStringLiteral("%1 %2 %3 %4")
+                          .arg(shown->nInterface)
+                          .arg(shown->bStatic ? QStringLiteral("static") : QStringLiteral("dhcp"),
+                               shown->ip, shown->netmask)
+                    : QStringLiteral("none"),
+              "expected");
+    }
+
+    void macAddress_data()
+    {
+        columns<QByteArray, QString>("file", "expected");
+        row("none", QByteArray(), "00:00:00:00:00:00");
+        row("unset", QByteArray("00:00:00:00:00:00\n"), "00:00:00:00:00:00");
+        row("set", QByteArray("00:00:5e:00:53:1f\n"), "00:00:5E:00:53:1F");
+    }
+    void macAddress()
+    {
+        QFETCH(QByteArray, file);
+        root().setFirmware("eth0.mode=static");
+        root().write("/sys/class/net/eth1/address", "02:00:00:00:00:01\n"); // another interface
+        if (!file.isEmpty()) {
+            root().write("/sys/class/net/eth0/address", file);
+        }
+        QTEST(readInterfaceInformation()->mac, "expected");
+    }
+
+    void versions_data()
+    {
+        columns<QByteArray, QString>("file", "expected");
+        row("both", QByteArray("[firmware]\nversion=3.1.2\n[codesys]\nversion=3.5\n"), "3.1.2|3.5");
+        row("empty", QByteArray(), "|");
+        row("binary", QByteArray("\0\xff\xfe[firmware\nversion", 20), "|");
+    }
+    void versions()
+    {
+        QFETCH(QByteArray, file);
+        root().write("/etc/fwinfo.ini", file);
+        const FirmwareVersions versions = readFirmwareVersions();
+        QTEST(versions.firmware + '|' + versions.runtime, "expected");
+    }
+
+    // What a call leaves in the record when it fails is no status; a closed link has none.
+    void runtimeLink()
+    {
+        root().setFirmware("link=no");
+        QVERIFY(!RuntimeLink::open().isOpen());
+        root().setFirmware("link=yes state=2");
+        RuntimeLink link;
+        link = RuntimeLink::open();
+        QVERIFY(link.isOpen());
+        QCOMPARE(link.status()->state, 2);
+        root().setFirmware("result.rctrl_get_status=1");
+        QVERIFY(!link.status());
+        root().setFirmware("result.rctrl_get_status", {});
+        RuntimeLink taken = std::move(link);
+        QVERIFY(!link.isOpen() && !link.status() && !link.startAllApplications()); // NOLINT
+        QVERIFY(taken.status() && taken.startAllApplications());
+        taken.close();
+        QVERIFY(!taken.isOpen());
+    }
+};
+
+PANEL_TEST_MAIN(DeviceInformationTest)
+#include "tst_deviceinformation.moc"

@@ -1,0 +1,133 @@
+#include "tests/support/devicetest.h"
+#include "tests/support/testmain.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+/// The program itself: how it begins to run and how it ends.
+class EndingTest : public DeviceTest
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QProcess> pProgram;
+
+    void start(
+        const QString &platform, const std::function<void()> &prepare = [] {})
+    {
+        pProgram = std::make_unique<QProcess>();
+        pProgram->setChildProcessModifier(prepare);
+        pProgram->start(QStringLiteral(OPERATOR_PANEL), {"-platform", platform});
+        QVERIFY(pProgram->waitForStarted());
+    }
+    void closeWindows() override
+    {
+        if (pProgram) {
+            pProgram->kill();
+            pProgram->waitForFinished();
+        }
+        pProgram.reset();
+    }
+    /// Whether the program catches signals by now.
+    bool catches(int nSignal) const
+    {
+        QFile file(QStringLiteral("/proc/%1/status").arg(pProgram->processId()));
+        if (!file.open(QIODevice::ReadOnly)) {
+            return false;
+        }
+        const QByteArray status = file.readAll();
+        const auto nLine = status.indexOf("SigCgt:\t") + 8;
+        return status.mid(nLine, 16).toULongLong(nullptr, 16) & (1ULL << (nSignal - 1));
+    }
+
+private Q_SLOTS:
+    void endsInTime_data()
+    {
+        columns<int, QString, bool>("number", "delayMs", "hard");
+        row("SIGTERM, idle", SIGTERM, "0", false);
+        row("SIGINT, a firmware call hangs", SIGINT, "60000", true);
+    }
+    void endsInTime()
+    {
+        QFETCH(int, number);
+        QFETCH(QString, delayMs);
+        QFETCH(bool, hard);
+        root().setFirmware("delayMs", delayMs);
+        start("offscreen", [] {
+            std::signal(SIGINT, SIG_IGN);
+            std::signal(SIGALRM, SIG_IGN);
+        });
+        QTRY_VERIFY(catches(number));
+        QElapsedTimer timer;
+        timer.start();
+        kill(static_cast<pid_t>(pProgram->processId()), number);
+        QVERIFY(pProgram->waitForFinished(10000));
+        QVERIFY2(timer.elapsed() < 3000, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(pProgram->exitStatus() == QProcess::CrashExit, hard);
+        QCOMPARE(pProgram->exitCode(), hard ? SIGKILL : 0);
+    }
+
+    // Nobody reads what it and its libraries write.
+    void fullErrorStream_data()
+    {
+        columns<bool>("socket");
+        row("pipe", false);
+        row("socket", true);
+    }
+    void fullErrorStream()
+    {
+        QFETCH(bool, socket);
+        int ends[2] = {};
+        QCOMPARE(socket ? socketpair(AF_UNIX, SOCK_STREAM, 0, ends) : pipe2(ends, 0), 0);
+        fcntl(ends[1], F_SETFL, fcntl(ends[1], F_GETFL) | O_NONBLOCK);
+        while (write(ends[1], "x", 1) == 1) { }
+        fcntl(ends[1], F_SETFL, fcntl(ends[1], F_GETFL) & ~O_NONBLOCK);
+        root().write("/tmp/makeScreenshot", "");
+        qputenv("QT_LOGGING_RULES", "*=true"); // thousands of lines
+        start("offscreen", [&ends] {
+            dup2(ends[1], STDOUT_FILENO);
+            dup2(ends[1], STDERR_FILENO);
+        });
+        qunsetenv("QT_LOGGING_RULES");
+        QTRY_VERIFY_WITH_TIMEOUT(root().exists("/tmp/screenshot.png"), 20000);
+        QVERIFY(socket || !(fcntl(ends[1], F_GETFL) & O_NONBLOCK)); // ours is as it was
+        pProgram->terminate();
+        QVERIFY(pProgram->waitForFinished());
+        QCOMPARE(pProgram->exitStatus(), QProcess::NormalExit);
+        QVERIFY(!(fcntl(ends[1], F_GETFL) & O_NONBLOCK));
+        close(ends[0]);
+        close(ends[1]);
+    }
+
+    void noDisplay_data()
+    {
+        columns<QString, QByteArray>("platform", "missing");
+        row("no framebuffer", "linuxfb:fb=/nowhere", QByteArray("framebuffer"));
+        row("no such platform", "nosuch", QByteArray("platform plugin"));
+    }
+    void noDisplay()
+    {
+        QFETCH(QString, platform);
+        QFETCH(QByteArray, missing);
+        qputenv("TMPDIR", QFile::encodeName(root().path("/tmp")));
+        start(platform);
+        qunsetenv("TMPDIR");
+        QVERIFY(pProgram->waitForFinished());
+        QCOMPARE(pProgram->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(pProgram->exitCode(), 1);
+        const QByteArray errors = pProgram->readAllStandardError();
+        const auto nLine = errors.indexOf("No display, ");
+        QVERIFY2(nLine >= 0, errors.constData());
+        QVERIFY2(errors.mid(nLine).contains(missing), errors.constData());
+        QCOMPARE(errors.mid(nLine).count('\n'), 1);
+        QVERIFY(QDir(root().path("/tmp")).isEmpty(QDir::Files));
+    }
+};
+
+PANEL_TEST_MAIN(EndingTest)
+#include "tst_ending.moc"

@@ -1,0 +1,160 @@
+#include "app/keyboardwatcher.h"
+#include "platform/windowserver.h"
+#include "tests/platform/keyboardfifo.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/testmain.h"
+
+#include <QDir>
+
+#include <map>
+#include <memory>
+
+class KeyboardWatcherTest : public DeviceTest
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<WindowServer> pServer;
+    std::unique_ptr<KeyboardWatcher> pWatcher;
+    std::map<QChar, KeyboardFifo> keyboards;
+
+    void start()
+    {
+        pServer = std::make_unique<WindowServer>();
+        pWatcher = std::make_unique<KeyboardWatcher>();
+        pWatcher->start();
+    }
+    void closeWindows() override
+    {
+        pWatcher.reset();
+        pServer.reset();
+        keyboards.clear();
+        qunsetenv("TSLIB_TSDEVICE");
+    }
+    void rescan() { pWatcher->rescan(root().path("/dev/input")); }
+    void plug(QChar digit)
+    {
+        keyboards.insert_or_assign(digit, KeyboardFifo(root(), "keyboard" + QString(digit)));
+    }
+    /// The keyboards that are read, as digits.
+    QString readOnes() const
+    {
+        QString digits;
+        for (const auto &[digit, keyboard] : keyboards) {
+            digits += keyboard.isRead() ? QString(digit) : QString();
+        }
+        return digits;
+    }
+
+private Q_SLOTS:
+    void comeAndGo_data()
+    {
+        // "+0" plugs keyboard0 in, "-0" pulls it, "." is a pass of the event loop; at its end one
+        // of the third column is read, and handlers were closed so often: of two, the first goes
+        // for the second.
+        columns<QString, QString, int>("story", "read", "closed");
+        row("one", "+0.", "0", 0);
+        row("one pulled", "+0.-0.", "", 1);
+        row("second", "+0.+1.", "01", 2);
+        row("second, nothing new", "+0.+1...", "01", 2);
+        row("third does nothing", "+0.+1.+2.", "01", 2);
+        row("third pulled again", "+0.+1.+2.-2.", "01", 2);
+        row("first of three pulled", "+0.+1.+2.-0.", "12", 4);
+        row("second of three pulled", "+0.+1.+2.-1.", "02", 4);
+        row("two of three pulled", "+0.+1.+2.-0-1.", "2", 3);
+        row("swapped in one pass", "+0.-0+1.", "1", 1);
+        row("plugged in anew in one pass", "+0.-0+0.", "0", 1);
+        row("node replaced behind the link", "+0.+0.", "0", 1);
+        row("three from the start", "+0+1+2.", "", 0);
+    }
+    void comeAndGo()
+    {
+        QFETCH(QString, story);
+        QFETCH(QString, read);
+        start();
+        QSignalSpy closed(pServer.get(), &WindowServer::keyboardClosed);
+        for (qsizetype i = 0; i < story.size(); ++i) {
+            if (story[i] == u'.') {
+                rescan();
+            } else if (story[i++] == u'+') {
+                plug(story[i]);
+            } else {
+                keyboards.at(story[i]).unplug();
+            }
+        }
+        QCOMPARE(pServer->hasKeyboard(), !read.isEmpty());
+        QCOMPARE(readOnes().size(), read.isEmpty() ? 0 : 1);
+        QVERIFY2(read.contains(readOnes()), qPrintable(readOnes()));
+        QTEST(int(closed.size()), "closed");
+    }
+
+    void noKeyboards_data()
+    {
+        columns<QString>("target"); // of the link; empty: no link
+        row("device without an end", "/dev/null");
+        row("no event device", "/dev/zero");
+        row("plain file", "/etc/ts.conf");
+        row("folder", "/dev");
+        row("nothing", "/dev/nothing");
+        row("no link", "");
+    }
+    void noKeyboards()
+    {
+        QFETCH(QString, target);
+        root().write("/etc/ts.conf", "");
+        const QString link = root().path("/dev/input/keyboard0");
+        if (target.isEmpty()) {
+            root().write("/dev/input/keyboard0", "");
+        } else {
+            const bool bReal = QFileInfo(target).exists() && !QFileInfo(target).isDir();
+            QVERIFY(QFile::link(bReal ? target : root().path(target), link));
+            if (!QFileInfo(link).isDir()) { // which are not listed at all
+                QTest::ignoreMessage(QtWarningMsg, QRegularExpression("it is no keyboard"));
+                QTest::ignoreMessage(QtWarningMsg, QRegularExpression("found null pointer"));
+            }
+        }
+        start();
+        QVERIFY(!pServer->hasKeyboard());
+        // It is counted all the same, and a keyboard beside it works.
+        QFile::remove(link);
+        plug('1');
+        rescan();
+        QCOMPARE(readOnes(), "1");
+    }
+
+    void simulatedOnesOnlyThere()
+    {
+        plug('0');
+        const QString path = keyboards.at('0').link;
+        QVERIFY(isKeyboard(path));
+        const QByteArray before = qgetenv("PANEL_ROOT");
+        qunsetenv("PANEL_ROOT");
+        QVERIFY(!isKeyboard(path));
+        qputenv("PANEL_ROOT", before);
+    }
+
+    /// By itself: a folder that is there, one that comes late, and one that goes and comes back.
+    void watches()
+    {
+        QDir folder(root().path("/dev/input"));
+        QVERIFY(folder.removeRecursively());
+        start();
+        auto *pTimer = pWatcher->findChild<QTimer *>();
+        QVERIFY(pTimer->isActive());
+        QCOMPARE(pTimer->interval(), 2000);
+        pTimer->setInterval(10);
+        for (int i = 0; i < 2; ++i) {
+            QVERIFY(folder.mkpath("."));
+            plug('0');
+            QTRY_VERIFY(pServer->hasKeyboard());
+            QTRY_VERIFY(!pTimer->isActive());
+            keyboards.at('0').unplug();
+            QTRY_VERIFY(!pServer->hasKeyboard());
+            QVERIFY(folder.removeRecursively());
+            QTRY_VERIFY(pTimer->isActive());
+        }
+    }
+};
+
+PANEL_TEST_MAIN(KeyboardWatcherTest)
+#include "tst_keyboardwatcher.moc"

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "tests/support/deviceroot.h"
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <initializer_list>
+#include <linux/input.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+/// A keyboard of a device root: a FIFO behind a link in "/dev/input".
+class KeyboardFifo
+{
+public:
+    /// Plugs it in, in place of one that has the name; the FIFO keeps its path then, not its node.
+    KeyboardFifo(const DeviceRoot &root, const QString &linkName)
+        : link(root.path(QStringLiteral("/dev/input/") + linkName)),
+          path(root.path(QStringLiteral("/dev/fifo-") + linkName))
+    {
+        const QByteArray beside = QFile::encodeName(path + QStringLiteral(".new"));
+        if (mkfifo(beside.constData(), 0600) != 0
+            || rename(beside.constData(), QFile::encodeName(path).constData()) != 0) {
+            qFatal("cannot make the FIFO %s", qPrintable(path));
+        }
+        QFile::remove(link);
+        QFile::link(path, link);
+    }
+    void unplug() const { QFile::remove(link); }
+
+    /// Whether somebody reads it.
+    bool isRead() const
+    {
+        const int nFd =
+            open(QFile::encodeName(path).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+        if (nFd >= 0) {
+            close(nFd);
+        }
+        return nFd >= 0;
+    }
+    /// Presses the keys one after the other and releases them in the opposite order.
+    void type(std::initializer_list<quint16> codes) const
+    {
+        QByteArray bytes;
+        for (const quint16 code : codes) {
+            bytes += event(EV_KEY, code, 1) + event(EV_SYN, SYN_REPORT, 0);
+        }
+        for (auto code = codes.end(); code != codes.begin();) {
+            bytes += event(EV_KEY, *--code, 0) + event(EV_SYN, SYN_REPORT, 0);
+        }
+        QFile file(path);
+        if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)
+            || file.write(bytes) != bytes.size()) {
+            qFatal("cannot write to the FIFO %s", qPrintable(path));
+        }
+    }
+
+    QString link;
+    QString path;
+
+private:
+    static QByteArray event(int nType, quint16 nCode, int nValue)
+    {
+        input_event record{};
+        record.type = quint16(nType);
+        record.code = nCode;
+        record.value = nValue;
+        return {reinterpret_cast<const char *>(&record), sizeof record};
+    }
+};
