@@ -1,174 +1,14 @@
 #include "tests/faults/filefaults.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <climits>
-#include <csignal>
-#include <cstdarg>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <dlfcn.h>
-#include <fcntl.h>
-#include <string>
-#include <sys/stat.h>
-#include <sys/uio.h>
-#include <unistd.h>
+#include "tests/faults/faultplan.h"
 
-using FileFaults::Fault;
-using FileFaults::Journal;
-using FileFaults::Record;
+#include <cstdarg>
+#include <cstdlib>
+#include <sys/uio.h>
+
+using namespace FaultPlan;
 
 namespace {
-
-struct Plan
-{
-    std::string folder;
-    Fault fault = Fault::None;
-    int nCall = 0;
-    Journal *pJournal = nullptr;
-    bool bCutShort = false; ///< a write has been, on the full disk
-};
-Plan plan;
-std::atomic<bool> bArmed;
-
-/// The C library's own \a name.
-template <typename Function>
-Function *behind(const char *name)
-{
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
-/// What a call does to the disk.
-enum class Effect { None, Change, TakesRoom };
-
-/// \a path behind the watched folder; empty when it is not watched.
-std::string watchedPart(const std::string &path)
-{
-    if (path.compare(0, plan.folder.size(), plan.folder) != 0 || path[plan.folder.size()] != '/') {
-        return {};
-    }
-    const std::string part = path.substr(plan.folder.size());
-    for (const char *other : {"/simulator/", "/dev/", "/proc/", "/etc/ts.conf"}) {
-        if (part.compare(0, std::strlen(other), other) == 0) {
-            return {};
-        }
-    }
-    return part;
-}
-
-std::string watchedFile(int fd)
-{
-    if (!bArmed) {
-        return {};
-    }
-    char path[PATH_MAX];
-    const std::string link = "/proc/self/fd/" + std::to_string(fd);
-    const ssize_t length = readlink(link.c_str(), path, sizeof path);
-    return length > 0 ? watchedPart({path, static_cast<std::size_t>(length)}) : std::string();
-}
-
-std::string watchedName(int folder, const char *path)
-{
-    if (!bArmed || !path) {
-        return {};
-    }
-    if (path[0] == '/' || folder == AT_FDCWD) {
-        return watchedPart(path);
-    }
-    return watchedFile(folder) + '/' + path;
-}
-
-/// Whether the plan strikes call number \a nCall.
-bool isStruck(int nCall, Effect effect)
-{
-    switch (plan.fault) {
-    case Fault::None:
-        return false;
-    case Fault::Once:
-        return nCall == plan.nCall;
-    case Fault::DiskFull:
-        return nCall >= plan.nCall && effect == Effect::TakesRoom;
-    case Fault::DiskDead:
-        return nCall >= plan.nCall;
-    case Fault::Kill:
-        // Before any other call the disk is as it is before the next that changes it.
-        return nCall >= plan.nCall && effect != Effect::None;
-    }
-    return false;
-}
-
-/// Counts the call on a watched file and tells whether it is to fail; errno is then set.
-bool fails(const char *call, const std::string &file, Effect effect)
-{
-    Journal &journal = *plan.pJournal;
-    const int nCall = ++journal.nCalls;
-    if (!isStruck(nCall, effect)) {
-        return false;
-    }
-    if (journal.nFirstFault == 0) {
-        journal.nFirstFault = nCall;
-        std::snprintf(journal.faultyCall, sizeof journal.faultyCall, "%s %s", call, file.c_str());
-    }
-    if (plan.fault == Fault::Kill) {
-        kill(getpid(), SIGKILL);
-    }
-    errno = effect == Effect::TakesRoom && plan.fault != Fault::DiskDead ? ENOSPC : EIO;
-    return true;
-}
-
-// ---- the journal --------------------------------------------------------------------------------
-
-Record *newRecord(Record::Kind kind, const std::string &path)
-{
-    Journal &journal = *plan.pJournal;
-    if (journal.nRecords == Journal::Capacity || path.size() >= Record::LongestPath) {
-        journal.bIncomplete = true;
-        return nullptr;
-    }
-    // Counted when it is whole; there is one thread that changes files.
-    Record &record = journal.records[journal.nRecords];
-    record.kind = kind;
-    std::strcpy(record.path, path.c_str());
-    return &record;
-}
-
-void note(Record::Kind kind, const std::string &path, std::uint64_t nNode = 0,
-          std::uint32_t nSize = 0, const std::string &target = {})
-{
-    if (Record *pRecord = newRecord(kind, path)) {
-        pRecord->nNode = nNode;
-        pRecord->nSize = nSize;
-        std::strncpy(pRecord->target, target.c_str(), Record::LongestPath - 1);
-        ++plan.pJournal->nRecords;
-    }
-}
-
-struct stat statusOf(int fd)
-{
-    struct stat status = {};
-    fstat(fd, &status);
-    return status;
-}
-
-void noteContent(int fd, const std::string &path)
-{
-    static const auto openFile = behind<int(const char *, int, ...)>("open");
-    static const auto readFile = behind<ssize_t(int, void *, size_t, off_t)>("pread");
-    static const auto closeFile = behind<int(int)>("close");
-    Record *pRecord = newRecord(Record::Written, path);
-    const int copy =
-        openFile(("/proc/self/fd/" + std::to_string(fd)).c_str(), O_RDONLY | O_CLOEXEC);
-    const ssize_t size = pRecord ? readFile(copy, pRecord->content, Record::LongestContent, 0) : -1;
-    closeFile(copy);
-    if (size < 0 || size == Record::LongestContent) {
-        plan.pJournal->bIncomplete = true;
-        return;
-    }
-    pRecord->nNode = statusOf(fd).st_ino;
-    pRecord->nSize = static_cast<std::uint32_t>(size);
-    ++plan.pJournal->nRecords;
-}
 
 // ---- calls of one form --------------------------------------------------------------------------
 
@@ -356,26 +196,6 @@ void FileFaults::mark()
 // Under names of their own, so that the C library's declarations do not matter; the linker sees the
 // name in brackets.
 #define PANEL_CALL(name) __asm__(#name)
-#define PANEL_OPEN(name, symbol)                                   \
-    int name(const char *path, int flags, ...) PANEL_CALL(symbol); \
-    int name(const char *path, int flags, ...)                     \
-    {                                                              \
-        va_list arguments;                                         \
-        va_start(arguments, flags);                                \
-        const mode_t mode = modeArgument(flags, arguments);        \
-        va_end(arguments);                                         \
-        return openIt(AT_FDCWD, path, flags, mode);                \
-    }
-#define PANEL_OPENAT(name, symbol)                                             \
-    int name(int folder, const char *path, int flags, ...) PANEL_CALL(symbol); \
-    int name(int folder, const char *path, int flags, ...)                     \
-    {                                                                          \
-        va_list arguments;                                                     \
-        va_start(arguments, flags);                                            \
-        const mode_t mode = modeArgument(flags, arguments);                    \
-        va_end(arguments);                                                     \
-        return openIt(folder, path, flags, mode);                              \
-    }
 /// A function \a name, seen as \a symbol, of the parameters and body that follow.
 #define PANEL_DEFINE(result, name, symbol, parameters) \
     result name parameters PANEL_CALL(symbol);         \
@@ -383,24 +203,24 @@ void FileFaults::mark()
 
 extern "C" {
 
-PANEL_OPEN(panelOpen, open)
-PANEL_OPEN(panelOpen64, open64)
-PANEL_OPENAT(panelOpenat, openat)
-PANEL_OPENAT(panelOpenat64, openat64)
+PANEL_DEFINE(int, panelOpen, open, (const char *path, int flags, ...))
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = modeArgument(flags, arguments);
+    va_end(arguments);
+    return openIt(AT_FDCWD, path, flags, mode);
+}
+PANEL_DEFINE(int, panelOpenat, openat, (int folder, const char *path, int flags, ...))
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = modeArgument(flags, arguments);
+    va_end(arguments);
+    return openIt(folder, path, flags, mode);
+}
 
-PANEL_DEFINE(int, panelOpen2, __open_2, (const char *path, int flags))
-{
-    return openIt(AT_FDCWD, path, flags, 0);
-}
-PANEL_DEFINE(int, panelOpen642, __open64_2, (const char *path, int flags))
-{
-    return openIt(AT_FDCWD, path, flags, 0);
-}
 PANEL_DEFINE(int, panelCreat, creat, (const char *path, mode_t mode))
-{
-    return openIt(AT_FDCWD, path, O_CREAT | O_WRONLY | O_TRUNC, mode);
-}
-PANEL_DEFINE(int, panelCreat64, creat64, (const char *path, mode_t mode))
 {
     return openIt(AT_FDCWD, path, O_CREAT | O_WRONLY | O_TRUNC, mode);
 }
@@ -408,15 +228,7 @@ PANEL_DEFINE(int, panelMkstemp, mkstemp, (char *path))
 {
     return makeTemporary(path, 0, 0);
 }
-PANEL_DEFINE(int, panelMkstemp64, mkstemp64, (char *path))
-{
-    return makeTemporary(path, 0, 0);
-}
 PANEL_DEFINE(int, panelMkostemp, mkostemp, (char *path, int flags))
-{
-    return makeTemporary(path, 0, flags);
-}
-PANEL_DEFINE(int, panelMkostemp64, mkostemp64, (char *path, int flags))
 {
     return makeTemporary(path, 0, flags);
 }
@@ -429,12 +241,6 @@ PANEL_DEFINE(ssize_t, panelWrite, write, (int fd, const void *data, size_t size)
 PANEL_DEFINE(ssize_t, panelPwrite, pwrite, (int fd, const void *data, size_t size, off_t offset))
 {
     static const auto real = behind<ssize_t(int, const void *, size_t, off_t)>("pwrite");
-    return writeIt("pwrite", fd, size, [=](size_t part) { return real(fd, data, part, offset); });
-}
-PANEL_DEFINE(ssize_t, panelPwrite64, pwrite64,
-             (int fd, const void *data, size_t size, off64_t offset))
-{
-    static const auto real = behind<ssize_t(int, const void *, size_t, off64_t)>("pwrite64");
     return writeIt("pwrite", fd, size, [=](size_t part) { return real(fd, data, part, offset); });
 }
 PANEL_DEFINE(ssize_t, panelWritev, writev, (int fd, const iovec *pieces, int count))
@@ -459,11 +265,6 @@ PANEL_DEFINE(ssize_t, panelReadChecked, __read_chk,
 PANEL_DEFINE(ssize_t, panelPread, pread, (int fd, void *data, size_t size, off_t offset))
 {
     static const auto real = behind<ssize_t(int, void *, size_t, off_t)>("pread");
-    return readIt("pread", fd, [=] { return real(fd, data, size, offset); });
-}
-PANEL_DEFINE(ssize_t, panelPread64, pread64, (int fd, void *data, size_t size, off64_t offset))
-{
-    static const auto real = behind<ssize_t(int, void *, size_t, off64_t)>("pread64");
     return readIt("pread", fd, [=] { return real(fd, data, size, offset); });
 }
 
@@ -536,11 +337,6 @@ PANEL_DEFINE(int, panelFtruncate, ftruncate, (int fd, off_t size))
     static const auto real = behind<int(int, off_t)>("ftruncate");
     return truncateIt(fd, size, [=] { return real(fd, size); });
 }
-PANEL_DEFINE(int, panelFtruncate64, ftruncate64, (int fd, off64_t size))
-{
-    static const auto real = behind<int(int, off64_t)>("ftruncate64");
-    return truncateIt(fd, size, [=] { return real(fd, size); });
-}
 PANEL_DEFINE(int, panelChmod, chmod, (const char *path, mode_t mode))
 {
     static const auto real = behind<int(const char *, mode_t)>("chmod");
@@ -553,5 +349,21 @@ PANEL_DEFINE(int, panelFchmod, fchmod, (int fd, mode_t mode))
     const std::string file = watchedFile(fd);
     return !file.empty() && fails("fchmod", file, Effect::None) ? -1 : real(fd, mode);
 }
+
+// The same functions once more, for sizes of 64 bits and for checked calls.
+static_assert(sizeof(off_t) == sizeof(off64_t));
+#pragma GCC diagnostic ignored "-Wattribute-alias"
+#define PANEL_ALIAS(symbol, target) \
+    void panelAlso_##symbol() PANEL_CALL(symbol) __attribute__((alias(#target)));
+PANEL_ALIAS(open64, open)
+PANEL_ALIAS(__open_2, open)
+PANEL_ALIAS(__open64_2, open)
+PANEL_ALIAS(openat64, openat)
+PANEL_ALIAS(creat64, creat)
+PANEL_ALIAS(mkstemp64, mkstemp)
+PANEL_ALIAS(mkostemp64, mkostemp)
+PANEL_ALIAS(pwrite64, pwrite)
+PANEL_ALIAS(pread64, pread)
+PANEL_ALIAS(ftruncate64, ftruncate)
 
 } // extern "C"
