@@ -186,9 +186,12 @@ bool PointerCalibration::store(const QByteArray &content, const FileContent &bef
 bool PointerCalibration::reinstateFile(const FileContent &file)
 {
     const FileContent present = readFile();
-    // A file that is right already is left alone: its directory may be read-only.
+    // A file that is right already is left alone: its directory may be read-only. While there is a
+    // note, that it is right may be news to the disk.
     if (present == file) {
-        return true;
+        const QString path = resolvedFile();
+        return !isUnaccepted() || syncFolderOf(path)
+            || warnOf("sync the pointer calibration file", path);
     }
     switch (file.state) {
     case FileContent::Readable:
