@@ -63,7 +63,7 @@ typeKeys() {
     # shellcheck disable=SC2016 # that shell expands it
     report=$(seq "$first" $((first + runs - 1)) \
         | xargs -P "$(nproc)" -I SEED bash -c 'typeOne "$1" "$2"' typeOne SEED $((keys / runs)) \
-        | tee /dev/stderr)
+        | tee >(cat >&2))
     local clean sum
     clean=$(grep -c '^seed .* 0 faults' <<<"$report" || true)
     sum=$(sed -n 's/^seed [^:]*: \([0-9]*\) keys.* \([0-9]*\) faults.*/\1 \2/p' <<<"$report" \
