@@ -13,7 +13,6 @@
 #include <QHideEvent>
 #include <QScreen>
 
-
 namespace {
 
 /// Pixels that the frame of the group box takes from the width inside, with some to spare.

@@ -17,8 +17,8 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLCDNumber>
-#include <QMessageBox>
 #include <QLabel>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
@@ -678,8 +678,7 @@ private Q_SLOTS:
         row("Cancel", run(StaticSettings, 0, QWizard::CancelButton));
         row("nothing changed", run(StaticSettings, 0, nNext));
         row("failed save", run(StaticSettings, 1, nNext));
-        row("password timed out",
-            run("[options]\nconfig_passwd=1\n" + StaticSettings, 0, nNext));
+        row("password timed out", run("[options]\nconfig_passwd=1\n" + StaticSettings, 0, nNext));
         row("box", Step([](MainWindowTest &) {
                 const BoxWatcher watcher;
                 VeltaInfoBox box(QStringLiteral("text"), 0, nullptr, true, true);
