@@ -20,6 +20,7 @@
 #include <QStyle>
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -40,12 +41,11 @@ QWizardPage *createPage(VeltaSettings *pSettings, VeltaWizard *pWizard)
 }
 
 // By WizardPageIndex.
-constexpr std::array<PageCreator, WizardPageCount> PageCreators = {
+constexpr PageCreator PageCreators[] = {
     createPage<ProtectionPage>,  createPage<NetOpModeSettingsPage>, createPage<IPAddressesPage>,
     createPage<DNSSettingsPage>, createPage<SummaryPage>,
 };
-static_assert(std::ranges::find(PageCreators, nullptr) == PageCreators.end(),
-              "every page id has its creator");
+static_assert(std::size(PageCreators) == WizardPageCount, "every page id has its creator");
 
 } // namespace
 
