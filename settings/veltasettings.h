@@ -11,15 +11,8 @@ class IP4Validator;
 
 /// The wizard's pages that a configuration may have, in page-id order, which is the order in which
 /// they are shown. The summary is the last one.
-enum WizardPageIndex {
-    ProtectionPageId,
-    NetModePageId,
-    IpPageId,
-    DnsPageId,
-    SummaryPageId,
-    WizardPageCount ///< no page
-};
-static_assert(SummaryPageId == WizardPageCount - 1);
+enum WizardPageIndex { ProtectionPageId, NetModePageId, IpPageId, DnsPageId, SummaryPageId };
+constexpr int WizardPageCount = SummaryPageId + 1;
 
 /// The panel's local configuration during one pass of the configuration wizard: what the settings
 /// file and the DHCP interface say (snapshot) and what the operator makes of it (working).
