@@ -13,7 +13,8 @@
 #include <optional>
 #include <utility>
 
-/// A window over the whole screen that notes where it is touched.
+/// A window over the whole screen that notes where it is touched, also by a tap so soon that the
+/// tap guard would drop it.
 class TouchSheet : public QWidget
 {
 public:
@@ -33,18 +34,13 @@ public:
     QPoint landing(const std::function<void()> &tap)
     {
         tap();
-        std::optional<QPoint> position = takeTouch();
-        if (!position) {
-            waitOutDoubleTap();
-            tap();
-            position = takeTouch();
-        }
-        return position.value_or(QPoint(-1, -1));
+        return takeTouch().value_or(QPoint(-1, -1));
     }
 
     /// Where the touches that are on their way arrive; the last press, if there is any.
     std::optional<QPoint> takeTouch()
     {
+        qApp->installEventFilter(this); // in front of the tap guard, which may be newer than this
         for (int i = 0; i < 10; ++i) {
             QCoreApplication::processEvents();
         }
@@ -52,11 +48,15 @@ public:
     }
 
 protected:
-    void mousePressEvent(QMouseEvent *event) override
+    bool eventFilter(QObject *receiver, QEvent *event) override
     {
-        touched = event->globalPosition().toPoint();
+        if (receiver == windowHandle()
+            && (event->type() == QEvent::MouseButtonPress
+                || event->type() == QEvent::MouseButtonDblClick)) {
+            touched = static_cast<QMouseEvent *>(event)->globalPosition().toPoint();
+        }
+        return false;
     }
-    void mouseDoubleClickEvent(QMouseEvent *event) override { mousePressEvent(event); }
 
 private:
     std::optional<QPoint> touched;
