@@ -18,7 +18,8 @@
 int main(int argc, char *argv[])
 {
     const StandardStreams standardStreams;
-    const EndingLimit endingLimit; // the application object's own end included
+    // Never called off: what ends after main(), in whatever library, may hang, too.
+    [[maybe_unused]] static const auto *const pEndingLimit = new EndingLimit;
     prepareEnvironment();
     std::optional<FontConfiguration> fontConfiguration(std::in_place);
     std::optional<DisplayCheck> displayCheck([&fontConfiguration] { fontConfiguration.reset(); });

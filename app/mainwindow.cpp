@@ -106,6 +106,17 @@ QLayoutItem *rowOf(const QLayout &pageLayout, const QWidget &widget)
     return pageLayout.itemAt(i);
 }
 
+// A label that changes makes the page's own layout measure anew, but not those between them.
+void forgetSizes(QLayoutItem *pItem)
+{
+    if (QLayout *pLayout = pItem->layout()) {
+        for (int i = 0; i < pLayout->count(); ++i) {
+            forgetSizes(pLayout->itemAt(i));
+        }
+    }
+    pItem->invalidate();
+}
+
 } // namespace
 
 MainWindow::MainWindow(QWidget *pParent)
@@ -290,7 +301,7 @@ void MainWindow::controlVisibility()
     handleCalibrationRequest();
     // Ticks rest around the wizard: a calibration page above it would never go.
     const bool bCalibrating = pCalibrationPage && pCalibrationPage->isVisible();
-    if (bConfigRequested && !bKeepVisible && !bCalibrating) {
+    if (bConfigRequested && !bCalibrating && !QApplication::activeModalWidget()) {
         runConfiguration();
     }
     scheduleNextTick();
@@ -518,6 +529,7 @@ void MainWindow::fitTexts(std::initializer_list<QLabel *> labels)
         for (QLabel *pLabel : labels) {
             pLabel->setFont(font);
         }
+        forgetSizes(pRow);
         return pRow->minimumSize().width() <= nWidth;
     });
 }

@@ -10,7 +10,8 @@ class Command;
 
 /// Restarts the device by its command, and knows whether that happens: a command that fails or that
 /// is not followed by the restart is to be given again. The command is never ended, because a
-/// shutdown may take minutes, and only one is given at a time. Without widgets; GUI thread.
+/// shutdown may take minutes; while one is within its time no other is given. Without widgets; GUI
+/// thread.
 class RestartSequence : public QObject
 {
     Q_OBJECT

@@ -83,9 +83,11 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &measured)
         pServer->clearCalibration();
     }
     short code = makeCalibrationWritable(true);
+    bStored = false;
     if (code == 0) {
         code = pServer ? store(*pServer, calibrationPairs(measured, nRotation)) : short(0);
-        nDebt = code == 0 ? Debt::None : nDebt;
+        bStored = code == 0;
+        nDebt = bStored ? Debt::None : nDebt;
     } else {
         // The pointer's calibration is cleared, and nothing has come in its place.
         nDebt = Debt::Restore;
@@ -115,7 +117,11 @@ short TouchCalibrationData::restoreOldCalibration()
     WindowServer *pServer = WindowServer::instance();
     const bool bRestored = !pServer || pServer->restoreCalibration(*backup);
     makeCalibrationWritable(false);
-    nDebt = bRestored ? Debt::None : Debt::Restore;
+    // The note of a calibration that was accepted before, but whose note would not go, is still
+    // due.
+    nDebt = !bRestored                            ? Debt::Restore
+        : WindowServer::isCalibrationUnaccepted() ? Debt::Accept
+                                                  : Debt::None;
     if (!bRestored) {
         return ERR_FILE_WRITE;
     }
@@ -125,7 +131,9 @@ short TouchCalibrationData::restoreOldCalibration()
 
 short TouchCalibrationData::acceptCalibration()
 {
-    const bool bToDo = nDebt == Debt::Accept || WindowServer::isCalibrationUnaccepted();
+    // A note of an earlier start may be there all the same, which nobody has accepted.
+    const bool bToDo =
+        nDebt == Debt::Accept || (bStored && WindowServer::isCalibrationUnaccepted());
     if (!bToDo || nDebt == Debt::Restore) {
         return 0; // nothing has been stored, or nothing by the last run
     }

@@ -84,6 +84,7 @@ private:
 
     std::unique_ptr<tsdev, TouchscreenCloser> pTouchscreen;
     std::optional<SavedCalibration> backup;
+    bool bStored = false; ///< by the last run
     Debt nDebt = Debt::None;
     std::optional<CalibrationDirectory> directory; ///< while it is to be writable
     std::vector<short> remountFailures;

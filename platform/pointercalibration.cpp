@@ -128,6 +128,8 @@ SavedCalibration PointerCalibration::save() const
             || PointerTransform::parse(saved.file.content) != inForce)) {
         // It has changed since it was loaded: to go back is to go back to what is in force.
         saved.file = {FileContent::Readable, inForce->toFile(), {}};
+    } else if (const auto before = note().replacedBy(saved.file); before && !inForce) {
+        saved.file = *before; // which could not be put back at the start
     }
     return saved;
 }
@@ -139,7 +141,8 @@ bool PointerCalibration::restore(const SavedCalibration &saved)
     if (!reinstateFile(saved.file)) {
         return false;
     }
-    // One that cannot be removed does no harm: the file is not what the run has written.
+    // One that cannot be removed does no harm where the file is not what the run has written; where
+    // it is, because an earlier run was accepted, the caller tries again.
     if (isUnaccepted() && !note().remove()) {
         warnOf("remove", note().path());
     }

@@ -153,8 +153,12 @@ void WindowServer::updateTouchscreenWatch()
 {
     // A folder does not tell of everything: a link may lead out of it, a device may come to life
     // behind its node.
-    const bool bOpen = pMultiTouchHandler || (pPointerHandler && pPointerHandler->isOpen());
-    pTouchscreenWatch->setPolled(pPointerHandler && !pPointerHandler->isSuspended() && !bOpen);
+    const bool bMultiTouchOpen =
+        pMultiTouchHandler && deviceIdentity(touchscreenDevice()) == multiTouchDevice;
+    const bool bOpen = bMultiTouchOpen || (pPointerHandler && pPointerHandler->isOpen());
+    const bool bAwaited =
+        pMultiTouchHandler || (pPointerHandler && !pPointerHandler->isSuspended());
+    pTouchscreenWatch->setPolled(bAwaited && !bOpen);
     if (!std::exchange(bTouchscreenOpen, bOpen) && bOpen) {
         Q_EMIT touchscreenOpened();
     }

@@ -2,6 +2,8 @@
 
 #include "platform/devicepath.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 
 namespace {
@@ -125,6 +127,19 @@ IniFile::IniFile(const FileContent &file, QSettings::Format format)
     }
 }
 
+// QSettings reads on behind an open quote or a backslash at the end of a line, over groups and
+// passwords, and says nothing. No value of the device has a line break of its own.
+bool IniFile::swallowsLines(const QByteArray &text) const
+{
+    static const QRegularExpression intoGroup(QStringLiteral("\\\\\\r?\\n[ \\t]*\\["));
+    const QStringList all = allKeys();
+    return intoGroup.match(QString::fromLatin1(text)).hasMatch()
+        || std::any_of(all.cbegin(), all.cend(), [this](const QString &key) {
+               const QString joined = value(key).toStringList().join(u',');
+               return joined.contains(u'\n') || joined.contains(u'\r');
+           });
+}
+
 void IniFile::judge(const QByteArray &text)
 {
     allKeys(); // only now all of it is parsed
@@ -134,6 +149,10 @@ void IniFile::judge(const QByteArray &text)
         return;
     }
     sProblem = damageOf(text);
+    if (sProblem.isEmpty() && swallowsLines(text)) {
+        sProblem =
+            QStringLiteral("has a quote that is never closed, or a line that goes on in a group");
+    }
     if (sProblem.isEmpty() && status() != QSettings::NoError) {
         sProblem = QStringLiteral("has lines that are neither groups nor keys");
     }

@@ -35,6 +35,7 @@ public:
 
 private:
     void judge(const QByteArray &text);
+    bool swallowsLines(const QByteArray &text) const;
 
     State nState = Absent;
     QString sProblem;

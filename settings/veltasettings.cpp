@@ -298,6 +298,7 @@ int VeltaSettings::saveSettings(bool bApply)
     }
     if (const int nWritten = writeNewSettings(entries); nWritten != 0) {
         qWarning("%s: nothing is applied", qPrintable(sNewSettingsPath));
+        discardPendingInput(); // a slow disk: as after the tool
         return nWritten;
     }
     if (!bApply) {

@@ -296,6 +296,34 @@ private Q_SLOTS:
         QVERIFY(!loadFonts());
     }
 
+    // Texts that come later are measured as they are: none is cut, none is smaller than it must be.
+    void fitsLaterTexts_data()
+    {
+        columns<QSize, int>("screen", "dpi");
+        row("480x272", QSize(480, 272), 120);
+        row("320x240", QSize(320, 240), 143);
+    }
+    void fitsLaterTexts()
+    {
+        QFETCH(QSize, screen);
+        QFETCH(int, dpi);
+        setScreen(screen, dpi);
+        root().write("/etc/fwinfo.ini", "[firmware]\nversion=3.0.4.12345-release\n");
+        root().setFirmware("eth0.mode=dhcp");
+        startLinked(2);
+        root().setFirmware("eth0.ip=192.168.100.200 eth0.netmask=255.255.255.128");
+        pWindow->controlVisibility();
+        QTest::qWait(1); // layouts that are posted
+        for (const char *name : {"label_fw", "label_ip"}) {
+            const auto *pLabel = find<QLabel>(name);
+            const auto widthOf = [pLabel](const QFont &font) {
+                return QFontMetrics(font).horizontalAdvance(pLabel->text());
+            };
+            QVERIFY2(widthOf(pLabel->font()) <= pLabel->width(), name);
+            QVERIFY2(widthOf(pLabel->font()) > pLabel->width() * 3 / 4, name);
+        }
+    }
+
     void startButton()
     {
         root().setFirmware("startedState=1");

@@ -39,6 +39,10 @@ private Q_SLOTS:
         row("NUL bytes at the end", whole + QByteArray(100, '\0'), IniFile::Damaged, "1");
         row("UTF-16", QByteArray("[\0a\0]\0\n\0", 8), IniFile::Damaged, "");
         row("control characters", whole + "c=\x01\x7f\n", IniFile::Damaged, "1");
+        row("quote that is never closed", whole + "c=\"1\n[options]\nd=2\n", IniFile::Damaged, "1");
+        row("quote inside a value", whole + "c=it\"s\n[options]\nd=2\n", IniFile::Damaged, "1");
+        row("line that goes on in a group", whole + "c=1\\\n[options]\nd=2\n", IniFile::Damaged,
+            "1");
         row("too large", whole + QByteArray(ConfigurationLimit, '\n'), IniFile::Unreadable, "");
     }
     void states()
