@@ -47,7 +47,8 @@ public:
 
     /// Shows the box; a modal one returns when it has closed.
     void showBox(bool modal);
-    /// Closes the box, which ends a modal run. The object may be shown again.
+    /// Closes the box, which ends a modal run. The object may be shown again, but a count-down that
+    /// has ended does not begin anew.
     void closeBox();
 
 public Q_SLOTS:

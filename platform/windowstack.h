@@ -11,7 +11,7 @@ class QWidget;
 /// kind; neither Qt nor a window system without a window manager tells that order or hands the keys
 /// to another window when the active one hides. So each show, raise and hide is recorded here, and
 /// after each of them the topmost window that may have the keys gets them: what the operator sees
-/// on top is what keys work.
+/// on top is what keys work. Windows are never lowered: that would count as a raise.
 ///
 /// One object per process, child of the application and installed as its event filter; GUI thread.
 class WindowStack : public QObject
