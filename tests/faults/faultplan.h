@@ -48,7 +48,7 @@ inline std::string watchedPart(const std::string &path)
     if (path.compare(0, plan.folder.size(), plan.folder) != 0 || path[plan.folder.size()] != '/') {
         return {};
     }
-    const std::string part = path.substr(plan.folder.size());
+    std::string part = path.substr(plan.folder.size());
     for (const char *other : {"/simulator/", "/dev/", "/proc/", "/etc/ts.conf"}) {
         if (part.compare(0, std::strlen(other), other) == 0) {
             return {};

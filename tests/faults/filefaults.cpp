@@ -352,7 +352,9 @@ PANEL_DEFINE(int, panelFchmod, fchmod, (int fd, mode_t mode))
 
 // The same functions once more, for sizes of 64 bits and for checked calls.
 static_assert(sizeof(off_t) == sizeof(off64_t));
+#ifndef __clang__ // which has no such warning
 #pragma GCC diagnostic ignored "-Wattribute-alias"
+#endif
 #define PANEL_ALIAS(symbol, target) \
     void panelAlso_##symbol() PANEL_CALL(symbol) __attribute__((alias(#target)));
 PANEL_ALIAS(open64, open)

@@ -47,7 +47,7 @@ public:
     {
         QStringList complaints = judgeGiven(root);
         const qsizetype nBefore = given(root).size();
-        const auto answer = ask([this] { return save([] {}, {}); }, complaints);
+        const auto answer = ask([] { return save([] {}, {}); }, complaints);
         if (answer && (answer->nResult != 0 || !answer->errors.isEmpty())) {
             complaints += QStringLiteral("the next SAVE ends with %1 and boxes '%2'")
                               .arg(answer->nResult)
