@@ -226,6 +226,8 @@ void PointerHandler::readSamples()
 
 void PointerHandler::drain(int limit, bool deliver)
 {
+    // A device that is none has a line of tslib's own at every try.
+    const QScopedValueRollback quiet(ts_error_fn, bOutageReported ? ignoreError : ts_error_fn);
     for (int i = 0; i < limit; ++i) {
         ts_sample sample{};
         const int count = ts_read(pDevice.get(), &sample, 1);

@@ -6,6 +6,9 @@
 #include "platform/screengrab.h"
 
 #include <QBuffer>
+#include <QFileInfo>
+
+#include <cerrno>
 
 namespace {
 
@@ -30,8 +33,13 @@ void ScreenshotRequest::serve()
     }
     QBuffer picture;
     if (grabScreen().save(&picture, "PNG")) {
-        isRequested(pictureFile()); // takes away what is no file, such as a folder
-        replaceFile(pictureFile(), picture.data(), PictureMode);
+        if (QFileInfo(pictureFile()).isDir()) {
+            removeName(pictureFile());
+        }
+        if (!replaceFile(pictureFile(), picture.data(), PictureMode)) {
+            qWarning("%s cannot be written: %s", qPrintable(pictureFile()),
+                     qPrintable(qt_error_string(errno)));
+        }
     }
     request.finish();
 }
