@@ -33,8 +33,10 @@ void ScreenshotRequest::serve()
     }
     QBuffer picture;
     if (grabScreen().save(&picture, "PNG")) {
-        if (QFileInfo(pictureFile()).isDir()) {
-            removeName(pictureFile());
+        const QFileInfo planted(pictureFile());
+        const bool bPlanted = planted.isSymLink() || (planted.exists() && !planted.isFile());
+        if (bPlanted && removeName(pictureFile())) {
+            qWarning("%s is no file and so no picture: removed", qPrintable(pictureFile()));
         }
         if (!replaceFile(pictureFile(), picture.data(), PictureMode)) {
             qWarning("%s cannot be written: %s", qPrintable(pictureFile()),
