@@ -28,7 +28,7 @@ NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *pTheSettings, VeltaW
     pForm->NetOpModeLabel->setText(tr("IP-Address: "));
     fitRows(pSettings->working,
             {{pForm->NetOpModeLabel, pForm->NetOpModeLineEdit, pForm->NetOpModeSelectButton,
-              networkModeName(StaticMode)}});
+              modeText(StaticMode)}});
     setCommonWidth({pForm->NetOpModeLabel, pForm->DummyLabel1, pForm->DummyLabel2});
     pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
     setAttribute(Qt::WA_AcceptTouchEvents);
@@ -56,7 +56,12 @@ void NetOpModeSettingsPage::Button_clicked()
 
 void NetOpModeSettingsPage::showMode()
 {
-    pForm->NetOpModeLineEdit->setText(tr("%1").arg(networkModeName(pSettings->working.nNetMode)));
+    pForm->NetOpModeLineEdit->setText(modeText(pSettings->working.nNetMode));
+}
+
+QString NetOpModeSettingsPage::modeText(quint32 nNetMode)
+{
+    return tr("%1").arg(tr(networkModeName(nNetMode).toLatin1().constData()));
 }
 
 void NetOpModeSettingsPage::DeselectText()

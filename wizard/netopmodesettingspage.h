@@ -22,6 +22,9 @@ public:
     NetOpModeSettingsPage(VeltaSettings *pSettings, VeltaWizard *pWizard);
     ~NetOpModeSettingsPage() override;
 
+    /// The network mode's name in the operator's language, for the eye alone.
+    static QString modeText(quint32 nNetMode);
+
 public Q_SLOTS:
     void Button_clicked();
     void DeselectText();

@@ -154,7 +154,7 @@ void ProtectionPage::OnInputOk()
     }
     ++nFailedAttempts;
     const int nLeft = MaxAttempts - nFailedAttempts;
-    const QString tries = nLeft > 1 ? QStringLiteral("tries") : QStringLiteral("try");
+    const QString tries = nLeft > 1 ? tr("tries") : tr("try");
     if (reportWrongPassword(tr(" You have %1 %2 left.").arg(nLeft).arg(tries))) {
         QTimer::singleShot(EntryDelay, this, &ProtectionPage::EnterPassword);
     }

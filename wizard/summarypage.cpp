@@ -3,6 +3,7 @@
 #include "settings/fittedfont.h"
 #include "settings/veltasettings.h"
 #include "ui_veltasummaryform.h"
+#include "wizard/netopmodesettingspage.h"
 #include "wizard/veltawizard.h"
 
 #include <QAbstractButton>
@@ -55,9 +56,8 @@ void SummaryPage::buildChangeList()
     const SettingsRecord &before = pSettings->snapshot;
     changeList.clear();
     if (now.nNetMode != before.nNetMode) {
-        changeList += QLatin1String("Network OP-Mode: ")
-            + tr("%1").arg(networkModeName(before.nNetMode)) + QLatin1String(" -> ")
-            + tr("%1").arg(networkModeName(now.nNetMode));
+        changeList += tr("Network OP-Mode: ") + NetOpModeSettingsPage::modeText(before.nNetMode)
+            + QLatin1String(" -> ") + NetOpModeSettingsPage::modeText(now.nNetMode);
     }
     for (int i = 0; i < IpEntryCount; ++i) {
         const IpEntry &entry = now.ipEntries[i];
@@ -66,8 +66,7 @@ void SummaryPage::buildChangeList()
             changeList +=
                 entry.label + QLatin1String(": ") + oldValue + QLatin1String(" -> ") + entry.value;
         } else if (entry.bDefaulted) {
-            changeList +=
-                QLatin1String("set ") + entry.label + QLatin1String(" to: ") + entry.value;
+            changeList += tr("set %1 to: %2").arg(entry.label, entry.value);
         }
     }
     if (!changeList.isEmpty()) {
