@@ -242,7 +242,7 @@
     </message>
     <message>
         <source>%1 ip-data is not valid. Please enter correct data.</source>
-        <translation>%1: Die IP-Daten sind ungültig. Bitte geben Sie gültige Daten ein.</translation>
+        <translation>%1 ist ungültig. Bitte geben Sie gültige IP-Daten ein.</translation>
     </message>
     <message>
         <source>can&apos;t access ini-file. Please check file permissions.</source>
@@ -314,7 +314,7 @@
     </message>
     <message>
         <source>%1 port is not valid. Please enter correct data.</source>
-        <translation>%1: Der Port ist ungültig. Bitte geben Sie gültige Daten ein.</translation>
+        <translation>Port %1 ist ungültig. Bitte geben Sie gültige Daten ein.</translation>
     </message>
     <message>
         <source>empty filename or filename pointer detected. Severe error, please contact support and report!!!</source>
