@@ -124,6 +124,9 @@ bool WindowServer::createPointerHandler()
         return pMultiTouchHandler != nullptr;
     }
     pPointerHandler = std::make_unique<PointerHandler>(nRotation);
+    if (bPointerSuspended) {
+        pPointerHandler->suspend();
+    }
     connect(pPointerHandler.get(), &PointerHandler::lost, this,
             &WindowServer::updateTouchscreenWatch);
     return pPointerHandler->open();
@@ -131,7 +134,7 @@ bool WindowServer::createPointerHandler()
 
 void WindowServer::lookForTouchscreen()
 {
-    if (isPointerSuspended()) {
+    if (bPointerSuspended) {
         return;
     }
     const bool bNone = !pPointerHandler && !pMultiTouchHandler;
@@ -156,8 +159,7 @@ void WindowServer::updateTouchscreenWatch()
     const bool bMultiTouchOpen =
         pMultiTouchHandler && deviceIdentity(touchscreenDevice()) == multiTouchDevice;
     const bool bOpen = bMultiTouchOpen || (pPointerHandler && pPointerHandler->isOpen());
-    const bool bAwaited =
-        pMultiTouchHandler || (pPointerHandler && !pPointerHandler->isSuspended());
+    const bool bAwaited = pMultiTouchHandler || (pPointerHandler && !bPointerSuspended);
     pTouchscreenWatch->setPolled(bAwaited && !bOpen);
     if (!std::exchange(bTouchscreenOpen, bOpen) && bOpen) {
         Q_EMIT touchscreenOpened();
@@ -207,6 +209,7 @@ bool WindowServer::hasKeyboard() const
 
 void WindowServer::suspendPointer()
 {
+    bPointerSuspended = true; // also for a touchscreen that is still to come
     if (pPointerHandler) {
         pPointerHandler->suspend();
         updateTouchscreenWatch();
@@ -215,15 +218,13 @@ void WindowServer::suspendPointer()
 
 void WindowServer::resumePointer()
 {
+    bPointerSuspended = false;
     if (pPointerHandler) {
         pPointerHandler->resume();
         updateTouchscreenWatch();
+    } else if (pTouchscreenWatch) {
+        lookForTouchscreen();
     }
-}
-
-bool WindowServer::isPointerSuspended() const
-{
-    return pPointerHandler && pPointerHandler->isSuspended();
 }
 
 void WindowServer::clearCalibration()
