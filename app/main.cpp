@@ -6,6 +6,7 @@
 #include "platform/displaycheck.h"
 #include "platform/endinglimit.h"
 #include "platform/fontconfiguration.h"
+#include "platform/screenhandover.h"
 #include "platform/standardstreams.h"
 #include "platform/terminationsignals.h"
 #include "platform/windowserver.h"
@@ -39,6 +40,7 @@ int main(int argc, char *argv[])
     // A calibration that nobody has accepted is taken back by a destructor.
     const TerminationSignals terminationSignals;
     WindowServer windowServer;
+    const ScreenHandover screenHandover;
     MainWindow window;
 
     QApplication::setOverrideCursor(Qt::BlankCursor);
