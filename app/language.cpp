@@ -25,7 +25,8 @@ constexpr auto TranslationFile = QLatin1String(":/translations/operator-panel_%1
 constexpr auto Source = QLatin1String("en");
 
 /// Said by Qt itself, and seen.
-[[maybe_unused]] constexpr const char *QtTexts[] = {QT_TRANSLATE_NOOP("QPlatformTheme", "OK")};
+[[maybe_unused]] constexpr const char *QtTexts[] = {QT_TRANSLATE_NOOP("QPlatformTheme", "OK"),
+                                                    QT_TRANSLATE_NOOP("QPlatformTheme", "Abort")};
 
 /// Every letter that a translation has besides those of English.
 //: All letters, signs and accented characters of this language that English does not have. Without

@@ -46,6 +46,7 @@ constexpr quint8 CalMessageSeconds = 15;
 constexpr auto RebootCommand = QLatin1String("/sbin/reboot");
 
 constexpr auto BlankLabel = QLatin1String("    ");
+constexpr int ButtonPadding = 20; // pixels of a button's width without text
 constexpr int AppNameMargin = 50; // pixels by which a long name stays short of the screen
 
 // Texts of one Ethernet interface on the preview page.
@@ -218,6 +219,10 @@ void MainWindow::adaptToScreen()
     utils.scaleFont(pUi->label_restartText, nIndex);
     utils.scaleFont(pUi->label_restartSeconds, nIndex);
     utils.scaleFont(pUi->buttonRestart, nIndex);
+    const QMargins margins = pUi->rebootPage->layout()->contentsMargins();
+    pUi->buttonRestart->setFont(
+        fittedFont(pUi->buttonRestart->font(), pUi->buttonRestart->text(),
+                   screen.width() - margins.left() - margins.right() - ButtonPadding));
     utils.scaleWidth(pUi->pushButtonConfig, true);
     utils.scaleWidth(pUi->pushButtonStartApp, true);
     // The texts beside it must fit whether it is there or not.
@@ -531,13 +536,23 @@ void MainWindow::fitTexts(std::initializer_list<QLabel *> labels)
     QLayoutItem *pRow = rowOf(*pPageLayout, *pFirst);
     const QMargins margins = pPageLayout->contentsMargins();
     const int nWidth = primaryScreenSize().width() - margins.left() - margins.right();
+    const auto fits = [&] {
+        forgetSizes(pRow);
+        return pRow->minimumSize().width() <= nWidth;
+    };
+    for (QLabel *pLabel : labels) {
+        pLabel->setWordWrap(false);
+    }
     fittedFont(formFont(pFirst), [&](const QFont &font) {
         for (QLabel *pLabel : labels) {
             pLabel->setFont(font);
         }
-        forgetSizes(pRow);
-        return pRow->minimumSize().width() <= nWidth;
+        return fits();
     });
+    const bool bWrapped = !fits();
+    for (QLabel *pLabel : labels) {
+        pLabel->setWordWrap(bWrapped);
+    }
 }
 
 QFont MainWindow::formFont(const QLabel *pLabel)

@@ -471,6 +471,10 @@
         <source>OK</source>
         <translation>OK</translation>
     </message>
+    <message>
+        <source>Abort</source>
+        <translation>Abbrechen</translation>
+    </message>
 </context>
 <context>
     <name>SummaryPage</name>
@@ -637,7 +641,7 @@
     <name>VeltaInputPanel</name>
     <message>
         <source>Cancel</source>
-        <translation>Abbrechen</translation>
+        <translation>Abbruch</translation>
     </message>
     <message>
         <source>OK</source>
@@ -650,6 +654,11 @@
     <message>
         <source>Timeout: %1</source>
         <translation>Restzeit: %1</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <comment>narrow key</comment>
+        <translation>Abbr.</translation>
     </message>
 </context>
 <context>

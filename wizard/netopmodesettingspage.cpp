@@ -30,7 +30,7 @@ NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *pTheSettings, VeltaW
             {{pForm->NetOpModeLabel, pForm->NetOpModeLineEdit, pForm->NetOpModeSelectButton,
               modeText(StaticMode)}});
     setCommonWidth({pForm->NetOpModeLabel, pForm->DummyLabel1, pForm->DummyLabel2});
-    pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
+    fitTitle(pSettings->working, pForm->groupBox);
     setAttribute(Qt::WA_AcceptTouchEvents);
     shrinkSpacers(nIndex, pForm->verticalSpacer, pForm->verticalSpacer_2);
     showMode();
@@ -56,7 +56,11 @@ void NetOpModeSettingsPage::Button_clicked()
 
 void NetOpModeSettingsPage::showMode()
 {
-    pForm->NetOpModeLineEdit->setText(modeText(pSettings->working.nNetMode));
+    const QString mode = modeText(pSettings->working.nNetMode);
+    // The form knows the English ones.
+    pForm->NetOpModeLineEdit->setMaxLength(
+        qMax(pForm->NetOpModeLineEdit->maxLength(), int(mode.size())));
+    pForm->NetOpModeLineEdit->setText(mode);
 }
 
 QString NetOpModeSettingsPage::modeText(quint32 nNetMode)

@@ -45,7 +45,7 @@ ProtectionPage::ProtectionPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWiz
     pLabel->hide(); // only the keyboard's caption
     pLabel->setText(tr("Password: "));
     setCommonWidth({pLabel});
-    pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
+    fitTitle(pSettings->working, pForm->groupBox);
     hideDigits();
     pButton->hide();
     keepAsSpace({pForm->DummyLabel1, pForm->DummyLineEdit1, pForm->DummyPushButton1,

@@ -4,6 +4,7 @@
 #include "settings/veltasettings.h"
 #include "ui_veltasummaryform.h"
 #include "wizard/netopmodesettingspage.h"
+#include "wizard/pagelayout.h"
 #include "wizard/veltawizard.h"
 
 #include <QAbstractButton>
@@ -27,7 +28,7 @@ SummaryPage::SummaryPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
     listFont = pForm->listChangedData->font();
     labelFont = pForm->SummaryLabel->font();
     pForm->listChangedData->viewport()->installEventFilter(this);
-    pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
+    fitTitle(pSettings->working, pForm->groupBox);
 }
 
 SummaryPage::~SummaryPage()

@@ -4,7 +4,6 @@
 
 #include <QApplication>
 #include <QTemporaryDir>
-#include <QTranslator>
 
 int runPanelTest(int argc, char **argv, const char *name,
                  const std::function<int(int, char **)> &run)
@@ -22,12 +21,5 @@ int runPanelTest(int argc, char **argv, const char *name,
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QString::fromLatin1(name));
     setUpLook(application);
-    QTranslator translator;
-    if (const QString file = qEnvironmentVariable("PANEL_TRANSLATION"); !file.isEmpty()) {
-        if (!translator.load(file)) {
-            qFatal("%s is no translation", qPrintable(file));
-        }
-        QCoreApplication::installTranslator(&translator);
-    }
     return run(argc, argv);
 }

@@ -5,8 +5,7 @@
 #include <functional>
 
 /// Sets the environment up (offscreen platform, temporary home), makes the application
-/// object as the program does and runs \a run. The environment variable PANEL_TRANSLATION names a
-/// compiled translation to do all that in.
+/// object as the program does and runs \a run.
 int runPanelTest(int argc, char **argv, const char *name,
                  const std::function<int(int, char **)> &run);
 

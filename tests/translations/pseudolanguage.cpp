@@ -56,8 +56,8 @@ QString translation(const QString &source, int nPercent)
     qsizetype nStart = 0;
     for (auto it = border.globalMatch(source); it.hasNext();) {
         const QRegularExpressionMatch match = it.next();
-        result += pseudo(source.mid(nStart, match.capturedStart() - nStart), nPercent)
-            + match.captured();
+        result +=
+            pseudo(source.mid(nStart, match.capturedStart() - nStart), nPercent) + match.captured();
         nStart = match.capturedEnd();
     }
     return result + pseudo(source.mid(nStart), nPercent);
