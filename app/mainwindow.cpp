@@ -526,7 +526,8 @@ void MainWindow::updateDeviceInfo()
     fitTexts({pUi->label_ip, pUi->label_mask, pUi->label_mac});
 }
 
-// Texts that would be cut off are shown in a smaller font; those of a group stay alike.
+// Texts that would be cut off are shown in a smaller font, and on two lines where that is not
+// enough; those of a group stay alike.
 void MainWindow::fitTexts(std::initializer_list<QLabel *> labels)
 {
     const QLabel *pFirst = *labels.begin();
@@ -541,7 +542,9 @@ void MainWindow::fitTexts(std::initializer_list<QLabel *> labels)
         return pRow->minimumSize().width() <= nWidth;
     };
     for (QLabel *pLabel : labels) {
-        pLabel->setWordWrap(false);
+        if (wrapped.remove(pLabel)) {
+            pLabel->setWordWrap(false);
+        }
     }
     fittedFont(formFont(pFirst), [&](const QFont &font) {
         for (QLabel *pLabel : labels) {
@@ -549,9 +552,14 @@ void MainWindow::fitTexts(std::initializer_list<QLabel *> labels)
         }
         return fits();
     });
-    const bool bWrapped = !fits();
+    if (fits()) {
+        return;
+    }
     for (QLabel *pLabel : labels) {
-        pLabel->setWordWrap(bWrapped);
+        if (!pLabel->wordWrap()) {
+            pLabel->setWordWrap(true);
+            wrapped.insert(pLabel);
+        }
     }
 }
 

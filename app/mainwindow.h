@@ -7,6 +7,7 @@
 
 #include <QFont>
 #include <QHash>
+#include <QSet>
 #include <QStackedWidget>
 
 #include <memory>
@@ -94,6 +95,7 @@ private:
 
     std::unique_ptr<Ui::MainWindow> pUi;
     QHash<const QLabel *, QFont> formFonts; // before a text was fitted into its width
+    QSet<QLabel *> wrapped; ///< by fitTexts()
     std::unique_ptr<QTimer> pProgressTimer;
     std::unique_ptr<QTimer> pVisibilityTimer;
     std::unique_ptr<QTimer> pRestartTimer;

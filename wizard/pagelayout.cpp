@@ -28,7 +28,7 @@ constexpr QSize WizardOnLargeScreen(640, 480);
 constexpr int TitleInset = 20;
 
 // Between a field's border and its text, both sides, at the usual density.
-constexpr int EditMargins = 8;
+constexpr int EditMargins = 4;
 constexpr int UsualDpi = 96;
 
 // The layout of a row, in that of its group box.
