@@ -1,5 +1,6 @@
 #include "simulator/calibratecommand.h"
 
+#include "platform/requestfiles.h"
 #include "simulator/finger.h"
 
 #include <QDeadlineTimer>
@@ -165,7 +166,7 @@ private:
 
 ExitCode calibrateCommand(const DeviceFolder &device, Arguments &arguments)
 {
-    const QString request = QLatin1String(CalibrationRequest);
+    const QString request = CalibrationRequestFile;
     const Options options = takeOptions(arguments);
     if (!arguments.finish()) {
         return usageError(arguments.error());
