@@ -22,8 +22,8 @@ constexpr int MaxKeyboards = 2;
 
 } // namespace
 
-KeyboardWatcher::KeyboardWatcher(QObject *pParent)
-    : QObject(pParent), bKeyboardMapping(readKeyboardMapping())
+KeyboardWatcher::KeyboardWatcher(QObject *parent)
+    : QObject(parent), bKeyboardMapping(readKeyboardMapping())
 { }
 
 KeyboardWatcher::~KeyboardWatcher() = default;

@@ -17,7 +17,7 @@ class KeyboardWatcher : public QObject
 
 public:
     /// Finds out once whether the device's settings give its keyboards the key map file.
-    explicit KeyboardWatcher(QObject *pParent = nullptr);
+    explicit KeyboardWatcher(QObject *parent = nullptr);
     ~KeyboardWatcher() override;
 
     /// Releases the handler of whoever was here before and installs that of what is plugged in now.

@@ -46,18 +46,18 @@ QSize primaryScreenSize()
     return QGuiApplication::primaryScreen()->geometry().size();
 }
 
-void setPointSize(QWidget *pWidget, int nPoints)
+void setPointSize(QWidget *widget, int points)
 {
-    QFont font = pWidget->font();
-    font.setPointSize(nPoints);
+    QFont font = widget->font();
+    font.setPointSize(points);
     font.setBold(true);
-    pWidget->setFont(font);
+    widget->setFont(font);
 }
 
 } // namespace
 
-MainWindow::MainWindow(QWidget *pParent)
-    : QStackedWidget(pParent), pUi(std::make_unique<Ui::MainWindow>()),
+MainWindow::MainWindow(QWidget *parent)
+    : QStackedWidget(parent), pUi(std::make_unique<Ui::MainWindow>()),
       pCalibrationRequests(std::make_unique<CalibrationRequests>()),
       pRestart(new RestartSequence(devicePath(RebootCommand), this))
 {
@@ -163,13 +163,13 @@ void MainWindow::adaptToScreen()
     pPreviewTexts = std::make_unique<PreviewTexts>(pUi.get());
 }
 
-void MainWindow::showPage(QWidget *pPage)
+void MainWindow::showPage(QWidget *page)
 {
-    if (pPage == currentWidget()) {
+    if (page == currentWidget()) {
         return;
     }
-    setCurrentWidget(pPage);
-    if (pPage == pUi->previewPage) {
+    setCurrentWidget(page);
+    if (page == pUi->previewPage) {
         focusConfigButton();
     }
 }
@@ -366,24 +366,24 @@ void MainWindow::showRestartText()
                                                        : tr("Restart in"));
 }
 
-void MainWindow::keyPressEvent(QKeyEvent *pEvent)
+void MainWindow::keyPressEvent(QKeyEvent *event)
 {
-    if (pEvent->key() == Qt::Key_Return || pEvent->key() == Qt::Key_Enter) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         configButtonPressed();
-        pEvent->accept();
+        event->accept();
     } else {
-        pEvent->ignore();
+        event->ignore();
     }
 }
 
-void MainWindow::changeEvent(QEvent *pEvent)
+void MainWindow::changeEvent(QEvent *event)
 {
-    QStackedWidget::changeEvent(pEvent);
-    if (pEvent->type() == QEvent::ActivationChange && isActiveWindow()
+    QStackedWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()
         && currentWidget() == pUi->previewPage) {
         focusConfigButton(); // a box, the calibration or another program had the keys
     }
-    if (pEvent->type() == QEvent::LanguageChange) {
+    if (event->type() == QEvent::LanguageChange) {
         pUi->retranslateUi(this); // puts the form's texts also where code has put others
         showRestartText();
         pPreviewTexts->restore(plcStatus);

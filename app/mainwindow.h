@@ -30,7 +30,7 @@ class MainWindow : public QStackedWidget
     Q_OBJECT
 
 public:
-    explicit MainWindow(QWidget *pParent = nullptr);
+    explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
     /// Reads versions and address data and shows them on the preview page. Cheap when nothing
@@ -41,7 +41,7 @@ public:
 
 Q_SIGNALS:
     /// Seconds to show on the restart page.
-    void triggerLcd(int nSeconds);
+    void triggerLcd(int seconds);
 
 public Q_SLOTS:
     void doProgressBar();
@@ -58,8 +58,8 @@ public Q_SLOTS:
     void inputEventDirChanged(const QString &path);
 
 protected:
-    void keyPressEvent(QKeyEvent *pEvent) override;
-    void changeEvent(QEvent *pEvent) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     // Construction
@@ -80,7 +80,7 @@ private:
     void showRestartText();
     void scheduleNextTick();
     void showFullScreenOnce();
-    void showPage(QWidget *pPage);
+    void showPage(QWidget *page);
     void focusConfigButton();
 
     std::unique_ptr<Ui::MainWindow> pUi;

@@ -10,9 +10,9 @@
 #include <tslib.h>
 #include <utility>
 
-void TouchCalibrationData::TouchscreenCloser::operator()(tsdev *pDevice) const
+void TouchCalibrationData::TouchscreenCloser::operator()(tsdev *device) const
 {
-    ts_close(pDevice);
+    ts_close(device);
 }
 
 TouchCalibrationData::TouchCalibrationData()
@@ -146,9 +146,9 @@ short TouchCalibrationData::acceptCalibration()
     return protectCalibration(code);
 }
 
-short TouchCalibrationData::makeCalibrationWritable(bool bWritable)
+short TouchCalibrationData::makeCalibrationWritable(bool writable)
 {
-    if (bWritable) {
+    if (writable) {
         directory.emplace();
         if (directory->isReady()) {
             return 0;

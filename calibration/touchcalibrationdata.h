@@ -57,7 +57,7 @@ public:
     /// to do is no failure.
     short acceptCalibration();
     /// Makes the directory of the pointer calibration file writable, or as it was before.
-    short makeCalibrationWritable(bool bWritable);
+    short makeCalibrationWritable(bool writable);
     /// Result of a remount that could not run; see takeRemountFailures().
     static constexpr short RemountFailed = -1;
     /// ERR_REMOUNT_CAL or ERR_REMOUNT_PROTECT for each failure since the last call, in order.
@@ -70,7 +70,7 @@ public:
 private:
     struct TouchscreenCloser
     {
-        void operator()(tsdev *pDevice) const;
+        void operator()(tsdev *device) const;
     };
     /// What is still to be done, as it has failed.
     enum class Debt {

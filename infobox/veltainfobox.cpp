@@ -386,11 +386,11 @@ void VeltaInfoBox::presentDialog()
 
 QSize VeltaInfoBox::setLayout(int fontSize, int lineLength)
 {
-    const auto resize = [](QWidget *pWidget, int points) {
-        QFont font = pWidget->font();
+    const auto resize = [](QWidget *widget, int points) {
+        QFont font = widget->font();
         if (font.pointSize() != points) {
             font.setPointSize(points);
-            pWidget->setFont(font);
+            widget->setFont(font);
         }
     };
     resize(pMessageBox, fontSize);

@@ -12,8 +12,8 @@ constexpr auto Pace = 2000ms;
 
 } // namespace
 
-FolderWatch::FolderWatch(const QString &watchedFolder, QObject *pParent)
-    : QObject(pParent), folder(watchedFolder), watcher(this), timer(this)
+FolderWatch::FolderWatch(const QString &watchedFolder, QObject *parent)
+    : QObject(parent), folder(watchedFolder), watcher(this), timer(this)
 {
     timer.setInterval(Pace);
     connect(&timer, &QTimer::timeout, this, &FolderWatch::lookAgain);
@@ -27,9 +27,9 @@ FolderWatch::FolderWatch(const QString &watchedFolder, QObject *pParent)
     updateTimer();
 }
 
-void FolderWatch::setPolled(bool bOn)
+void FolderWatch::setPolled(bool on)
 {
-    bPolled = bOn;
+    bPolled = on;
     updateTimer();
 }
 

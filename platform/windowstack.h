@@ -19,10 +19,10 @@ class WindowStack : public QObject
     Q_OBJECT
 
 public:
-    explicit WindowStack(QObject *pApplication);
+    explicit WindowStack(QObject *application);
     ~WindowStack() override;
 
-    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+    bool eventFilter(QObject *receiver, QEvent *event) override;
 
     /// Visible windows from the lowest to the topmost.
     const QList<QWidget *> &windows() const { return stack; }
@@ -39,5 +39,5 @@ private:
 /// WindowStack.
 QList<QWidget *> visibleWindows();
 
-/// Puts \a pBackground below all other windows of the program, which keep their order.
-void keepBelowOthers(QWidget *pBackground);
+/// Puts \a background below all other windows of the program, which keep their order.
+void keepBelowOthers(QWidget *background);

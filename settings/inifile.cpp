@@ -47,9 +47,9 @@ void forEachLine(QByteArray &text, Visitor visit)
 /// QSettings knows the comments that begin with ';' and takes others for keys without a value.
 void unifyComments(QByteArray &text)
 {
-    forEachLine(text, [](char *pText, const char *pEnd) {
-        if (pText != pEnd && *pText == '#') {
-            *pText = ';';
+    forEachLine(text, [](char *line, const char *end) {
+        if (line != end && *line == '#') {
+            *line = ';';
         }
     });
 }
@@ -57,8 +57,8 @@ void unifyComments(QByteArray &text)
 bool hasGroup(QByteArray &text)
 {
     bool bFound = false;
-    forEachLine(text, [&](const char *pText, const char *pEnd) {
-        bFound = bFound || (pText != pEnd && *pText == '[' && std::find(pText, pEnd, ']') != pEnd);
+    forEachLine(text, [&](const char *line, const char *end) {
+        bFound = bFound || (line != end && *line == '[' && std::find(line, end, ']') != end);
     });
     return bFound;
 }

@@ -87,10 +87,10 @@ constexpr LiveValue LiveValues[] = {
 
 } // namespace
 
-const QString &networkModeName(quint32 nNetMode)
+const QString &networkModeName(quint32 netMode)
 {
     static const QString names[] = {QStringLiteral("Static"), QStringLiteral("DHCP")};
-    return names[nNetMode == StaticMode ? 0 : 1];
+    return names[netMode == StaticMode ? 0 : 1];
 }
 
 VeltaSettings::VeltaSettings(const QString &settingsPath, const QString &newSettingsPath,

@@ -210,20 +210,20 @@ std::optional<KeyStroke> namedStroke(const QString &name)
 
 } // namespace
 
-std::optional<QList<KeyStroke>> keyStrokes(const QString &text, QString *pWrong)
+std::optional<QList<KeyStroke>> keyStrokes(const QString &text, QString *wrong)
 {
     QList<KeyStroke> strokes;
     for (qsizetype i = 0; i < text.size(); ++i) {
         std::optional<KeyStroke> stroke;
         if (text.at(i) == u'<') {
             const qsizetype end = text.indexOf(u'>', i);
-            *pWrong = text.mid(i, end < 0 ? -1 : end - i + 1);
+            *wrong = text.mid(i, end < 0 ? -1 : end - i + 1);
             if (end > i + 1) {
                 stroke = namedStroke(text.mid(i + 1, end - i - 1));
                 i = end;
             }
         } else {
-            *pWrong = text.at(i);
+            *wrong = text.at(i);
             stroke = characterStroke(text.at(i));
         }
         if (!stroke) {

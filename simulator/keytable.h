@@ -18,8 +18,8 @@ struct KeyStroke
 
 /// The keystrokes that type \a text on a keyboard with a US layout. "<Return>", "<Left>",
 /// "<Shift+Tab>" and the like are keys, "<Left:800>" is one held for 800 ms, "<lt>" is "<".
-/// Nothing, with \a pWrong set to the culprit, when there is no key for a part of it.
-std::optional<QList<KeyStroke>> keyStrokes(const QString &text, QString *pWrong);
+/// Nothing, with \a wrong set to the culprit, when there is no key for a part of it.
+std::optional<QList<KeyStroke>> keyStrokes(const QString &text, QString *wrong);
 
 /// A key map for Qt's evdev keyboard handler (a ".qmap" file) with the German layout.
 QByteArray germanKeyMap();

@@ -4,9 +4,8 @@
 #include "ui_veltanetopmodeform.h"
 #include "wizard/pagelayout.h"
 
-NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
-    : pSettings(pTheSettings), pWizard(pTheWizard),
-      pForm(std::make_unique<Ui::VeltaNetOpModeForm>())
+NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *settings, VeltaWizard *wizard)
+    : pSettings(settings), pWizard(wizard), pForm(std::make_unique<Ui::VeltaNetOpModeForm>())
 {
     pForm->setupUi(this);
 

@@ -19,7 +19,7 @@ class NetOpModeSettingsPage : public QWizardPage
 
 public:
     /// Neither pointer is owned; both outlive the page.
-    NetOpModeSettingsPage(VeltaSettings *pSettings, VeltaWizard *pWizard);
+    NetOpModeSettingsPage(VeltaSettings *settings, VeltaWizard *wizard);
     ~NetOpModeSettingsPage() override;
 
 public Q_SLOTS:

@@ -35,9 +35,9 @@ constexpr int RoomyButtonHeight = 40;
 using PageCreator = QWizardPage *(*)(VeltaSettings *, VeltaWizard *);
 
 template <typename Page>
-QWizardPage *createPage(VeltaSettings *pSettings, VeltaWizard *pWizard)
+QWizardPage *createPage(VeltaSettings *settings, VeltaWizard *wizard)
 {
-    return new (std::nothrow) Page(pSettings, pWizard);
+    return new (std::nothrow) Page(settings, wizard);
 }
 
 // By WizardPageIndex.
@@ -49,7 +49,7 @@ static_assert(std::size(PageCreators) == WizardPageCount, "every page id has its
 
 } // namespace
 
-VeltaWizard::VeltaWizard(QWidget *pParent) : QWizard(pParent, {})
+VeltaWizard::VeltaWizard(QWidget *parent) : QWizard(parent, {})
 {
     bSetupFailed = setup() != 0;
 }
@@ -196,35 +196,35 @@ void VeltaWizard::addPages()
 }
 
 // Releases what setup has created and tells the operator.
-int VeltaWizard::failSetup(int nCode)
+int VeltaWizard::failSetup(int code)
 {
-    VeltaInfoBox box(qint16(nCode), 0, nullptr, true, true);
+    VeltaInfoBox box(qint16(code), 0, nullptr, true, true);
     release();
-    return nCode;
+    return code;
 }
 
-void VeltaWizard::AddPage(int nId, QWizardPage *pPage, bool bShowExpert, bool bSkipOnBack)
+void VeltaWizard::AddPage(int id, QWizardPage *page, bool showExpert, bool skipOnBack)
 {
-    if (!pPage) {
+    if (!page) {
         return;
     }
-    setPage(nId, pPage);
+    setPage(id, page);
     if (nFirstPageId == -1) {
-        nFirstPageId = nId;
+        nFirstPageId = id;
     } else if (nSecondPageId == -1) {
-        nSecondPageId = nId;
+        nSecondPageId = id;
     }
     const auto it = std::find_if(pageTable.begin(), pageTable.end(),
                                  [](const PageEntry &entry) { return entry.nId == -1; });
     if (it != pageTable.end()) {
-        *it = {nId, bShowExpert, bSkipOnBack, pPage};
+        *it = {id, showExpert, skipOnBack, page};
     }
 }
 
-const VeltaWizard::PageEntry *VeltaWizard::findPage(int nId) const
+const VeltaWizard::PageEntry *VeltaWizard::findPage(int id) const
 {
-    const auto it = std::find_if(pageTable.begin(), pageTable.end(), [nId](const PageEntry &entry) {
-        return entry.nId != -1 && entry.nId == nId;
+    const auto it = std::find_if(pageTable.begin(), pageTable.end(), [id](const PageEntry &entry) {
+        return entry.nId != -1 && entry.nId == id;
     });
     return it != pageTable.end() ? &*it : nullptr;
 }
@@ -290,10 +290,10 @@ void VeltaWizard::ExpertButtonClicked(int)
     QWizard::next();
 }
 
-void VeltaWizard::HandleBack(int nId)
+void VeltaWizard::HandleBack(int id)
 {
-    const PageEntry *pEntry = findPage(nId);
-    if (pEntry && pEntry->bSkipOnBack && nId < nLastPageId) {
+    const PageEntry *pEntry = findPage(id);
+    if (pEntry && pEntry->bSkipOnBack && id < nLastPageId) {
         QWizard::back();
     }
     nLastPageId = currentId();
@@ -379,9 +379,9 @@ void VeltaWizard::reject()
     QDialog::reject();
 }
 
-void VeltaWizard::keyPressEvent(QKeyEvent *pEvent)
+void VeltaWizard::keyPressEvent(QKeyEvent *event)
 {
     if (pKbdInput) {
-        pKbdInput->handleKey(pEvent);
+        pKbdInput->handleKey(event);
     }
 }
