@@ -66,7 +66,7 @@ void KeyboardWatcher::rescan(const QString &folder)
 {
     const QList<Entry> entries = entriesOf(folder);
     QList<Entry> sorted = entries; // a folder has no order of its own
-    std::ranges::sort(sorted, {}, &Entry::name);
+    std::ranges::sort(sorted, {}, &Entry::sName);
     if (entries.size() > MaxKeyboards || sorted == installed) {
         return;
     }
@@ -75,7 +75,7 @@ void KeyboardWatcher::rescan(const QString &folder)
     }
     for (const Entry &entry : entries) {
         if (entry.bLink) {
-            setKeyboard(QFileInfo(entry.name).baseName());
+            setKeyboard(QFileInfo(entry.sName).baseName());
         }
     }
     installed = std::move(sorted);

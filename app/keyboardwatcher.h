@@ -30,7 +30,7 @@ private:
     /// What stands under one name. A keyboard that is plugged in anew differs in its device.
     struct Entry
     {
-        QString name; ///< of the file
+        QString sName; ///< of the file
         bool bLink = false; ///< whatever is none is counted, but no keyboard
         DeviceIdentity device;
         friend bool operator==(const Entry &, const Entry &) = default;

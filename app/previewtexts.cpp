@@ -15,10 +15,10 @@ constexpr int AppNameMargin = 50; // pixels by which a long name stays short of 
 // Texts of one Ethernet interface.
 struct InterfaceTexts
 {
-    const char *sStaticIp;
-    const char *sDhcpIp;
-    const char *sNetmask;
-    const char *sMac;
+    const char *pStaticIp;
+    const char *pDhcpIp;
+    const char *pNetmask;
+    const char *pMac;
 };
 
 constexpr InterfaceTexts Texts[] = {
@@ -49,8 +49,8 @@ PreviewTexts::PreviewTexts(const Ui::MainWindow *form) : pForm(form), rows(form-
 void PreviewTexts::updateDeviceInfo()
 {
     const FirmwareVersions versions = readFirmwareVersions();
-    pForm->label_fw->setText(tr("Firmware Version: ") + versions.firmware);
-    pForm->label_rts->setText(tr("Codesys RTS Version: ") + versions.runtime);
+    pForm->label_fw->setText(tr("Firmware Version: ") + versions.sFirmware);
+    pForm->label_rts->setText(tr("Codesys RTS Version: ") + versions.sRuntime);
     rows.fit({pForm->label_fw, pForm->label_rts});
     if (const auto found = readInterfaceInformation()) {
         interface = found;
@@ -62,16 +62,16 @@ void PreviewTexts::showInterface()
 {
     const InterfaceTexts &texts = Texts[interface->nInterface];
     pForm->label_ip->setText(interface->bStatic
-                                 ? tr(texts.sStaticIp).arg(interface->ip)
-                                 : tr(texts.sDhcpIp).arg(interface->ip, QLatin1String(" (dhcp)")));
-    pForm->label_mask->setText(tr(texts.sNetmask).arg(interface->netmask));
-    pForm->label_mac->setText(tr(texts.sMac).arg(interface->mac));
+                                 ? tr(texts.pStaticIp).arg(interface->sIp)
+                                 : tr(texts.pDhcpIp).arg(interface->sIp, QLatin1String(" (dhcp)")));
+    pForm->label_mask->setText(tr(texts.pNetmask).arg(interface->sNetmask));
+    pForm->label_mac->setText(tr(texts.pMac).arg(interface->sMac));
     rows.fit({pForm->label_ip, pForm->label_mask, pForm->label_mac});
 }
 
 bool PreviewTexts::isAddressDue() const
 {
-    return interface && interface->ip.contains(NoAddress);
+    return interface && interface->sIp.contains(NoAddress);
 }
 
 void PreviewTexts::updateAppName(const std::optional<PlcStatus> &status)

@@ -85,7 +85,7 @@ private:
     std::unique_ptr<tsdev, TouchscreenCloser> pTouchscreen;
     std::optional<SavedCalibration> backup;
     bool bStored = false; ///< by the last run
-    Debt nDebt = Debt::None;
+    Debt debt = Debt::None;
     std::optional<CalibrationDirectory> directory; ///< while it is to be writable
     std::vector<short> remountFailures;
     int nRotation; ///< quarter turns of the screen, 0 to 3

@@ -154,7 +154,7 @@ std::span<const InputModeSpec> inputModes()
 InputMode inputModeFromName(const QString &name)
 {
     const auto found = std::find_if(Modes.begin(), Modes.end(), [&name](const auto &mode) {
-        return name == QLatin1String(mode.name);
+        return name == QLatin1String(mode.pName);
     });
     return found == Modes.end() ? NumInput
                                 : static_cast<InputMode>(std::distance(Modes.begin(), found));
@@ -181,8 +181,8 @@ QChar KeySpec::value(int level) const
 
 QString KeySpec::text(int level) const
 {
-    if (label) {
-        return QCoreApplication::translate("VeltaInputPanel", label);
+    if (pLabel) {
+        return QCoreApplication::translate("VeltaInputPanel", pLabel);
     }
     const QChar character = value(level);
     if (character.isNull()) {

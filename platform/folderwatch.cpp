@@ -13,7 +13,7 @@ constexpr auto Pace = 2000ms;
 } // namespace
 
 FolderWatch::FolderWatch(const QString &watchedFolder, QObject *parent)
-    : QObject(parent), folder(watchedFolder), watcher(this), timer(this)
+    : QObject(parent), sFolder(watchedFolder), watcher(this), timer(this)
 {
     timer.setInterval(Pace);
     connect(&timer, &QTimer::timeout, this, &FolderWatch::lookAgain);
@@ -21,7 +21,7 @@ FolderWatch::FolderWatch(const QString &watchedFolder, QObject *parent)
         // One that is gone is not watched any more, nor is the one that has its name by now.
         watchFolder();
         updateTimer();
-        Q_EMIT changed(folder);
+        Q_EMIT changed(sFolder);
     });
     watchFolder();
     updateTimer();
@@ -38,14 +38,14 @@ void FolderWatch::lookAgain()
     const bool bCame = watcher.directories().isEmpty() && watchFolder();
     updateTimer();
     if (bCame || bPolled) {
-        Q_EMIT changed(folder);
+        Q_EMIT changed(sFolder);
     }
 }
 
 bool FolderWatch::watchFolder()
 {
     return !watcher.directories().isEmpty()
-        || (QFileInfo(folder).isDir() && watcher.addPath(folder));
+        || (QFileInfo(sFolder).isDir() && watcher.addPath(sFolder));
 }
 
 void FolderWatch::updateTimer()

@@ -27,7 +27,7 @@ private:
     bool watchFolder();
     void updateTimer();
 
-    QString folder;
+    QString sFolder;
     QFileSystemWatcher watcher;
     QTimer timer;
     bool bPolled = false;

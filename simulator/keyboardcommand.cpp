@@ -69,18 +69,18 @@ bool sendStroke(FifoWriter &keyboard, const KeyStroke &stroke)
     for (const int code : stroke.modifiers) {
         ok = ok && sendKey(keyboard, code, Pressed);
     }
-    ok = ok && sendKey(keyboard, stroke.code, Pressed);
+    ok = ok && sendKey(keyboard, stroke.nCode, Pressed);
     const QDeadlineTimer end(stroke.hold);
     if (stroke.hold.count() > RepeatDelayMs) {
         QThread::msleep(RepeatDelayMs);
         while (ok && !end.hasExpired()) {
-            ok = sendKey(keyboard, stroke.code, Repeated);
+            ok = sendKey(keyboard, stroke.nCode, Repeated);
             QThread::msleep(RepeatPeriodMs);
         }
     } else {
         QThread::msleep(static_cast<unsigned long>(stroke.hold.count()));
     }
-    ok = ok && sendKey(keyboard, stroke.code, Released);
+    ok = ok && sendKey(keyboard, stroke.nCode, Released);
     for (const int code : stroke.modifiers) {
         ok = ok && sendKey(keyboard, code, Released);
     }

@@ -11,7 +11,7 @@
 struct KeyStroke
 {
     QList<int> modifiers;
-    int code = 0;
+    int nCode = 0;
     /// How long the key is held; it then repeats as the kernel's input core lets it.
     std::chrono::milliseconds hold{0};
 };

@@ -34,7 +34,7 @@ AddressPage::~AddressPage() = default;
 void AddressPage::prepareForm(const QList<QWidget *> &placeholders, const PageFrame &frame,
                               QWidget *owner)
 {
-    pContexts.resize(std::size_t(fields.size()));
+    contexts.resize(std::size_t(fields.size()));
     pBoxOwner = owner;
 
     VeltaUtils &utils = *pSettings->working.pUtils;
@@ -88,7 +88,7 @@ void AddressPage::Button_clicked()
     }
     const AddressField &field = fields[nField];
     sOldText = field.pEdit->text();
-    auto &pContext = pContexts[std::size_t(nField)];
+    auto &pContext = contexts[std::size_t(nField)];
     if (!pContext) {
         const SettingsRecord &record = pSettings->working;
         pContext = std::make_unique<VeltaInputPanelContext>(

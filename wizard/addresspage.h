@@ -60,7 +60,7 @@ private:
     int fieldOf(const QObject *button) const;
     void refuse(const AddressField &field);
 
-    std::vector<std::unique_ptr<VeltaInputPanelContext>> pContexts; // by field; null until used
+    std::vector<std::unique_ptr<VeltaInputPanelContext>> contexts; // by field; null until used
     QWidget *pBoxOwner = nullptr;
     QObject *pLastSender = nullptr;
     QString sOldText; // the field's, when the keyboard opened

@@ -62,7 +62,7 @@ VeltaWizard::~VeltaWizard()
 // The pages first: they work on the settings to their end.
 void VeltaWizard::release()
 {
-    for (QWizardPage *&pPage : pPages) {
+    for (QWizardPage *&pPage : pages) {
         delete pPage;
         pPage = nullptr;
     }
@@ -89,7 +89,7 @@ int VeltaWizard::setup()
 
 int VeltaWizard::setupPages()
 {
-    pPages.fill(nullptr);
+    pages.fill(nullptr);
     pKbdInput = std::make_unique<VeltaKbdInput>(this);
     setupButtons();
     pageTable.fill({});
@@ -171,7 +171,7 @@ void VeltaWizard::createPages()
 {
     for (int nId = 0; nId < WizardPageCount; ++nId) {
         if (pSettings->bPageEnabled[nId]) {
-            pPages[nId] = PageCreators[nId](pSettings.get(), this);
+            pages[nId] = PageCreators[nId](pSettings.get(), this);
         }
     }
 }
@@ -179,7 +179,7 @@ void VeltaWizard::createPages()
 bool VeltaWizard::allPagesCreated() const
 {
     for (int nId = 0; nId < WizardPageCount; ++nId) {
-        if (pSettings->bPageEnabled[nId] && !pPages[nId]) {
+        if (pSettings->bPageEnabled[nId] && !pages[nId]) {
             return false;
         }
     }
@@ -190,7 +190,7 @@ void VeltaWizard::addPages()
 {
     for (int nId = 0; nId < WizardPageCount; ++nId) {
         if (pSettings->bPageEnabled[nId]) {
-            AddPage(nId, pPages[nId], false, false);
+            AddPage(nId, pages[nId], false, false);
         }
     }
 }
@@ -316,12 +316,12 @@ void VeltaWizard::HideButtons()
         return;
     }
     bButtonsHidden = true;
-    bSavedVisibility.clear();
-    bSavedEnabled.clear();
+    savedVisibility.clear();
+    savedEnabled.clear();
     for (const WizardButton which : std::as_const(buttonOrder)) {
         // Not isVisible(): while a page is being shown the wizard itself may not be visible yet.
-        bSavedVisibility.append(!button(which)->isHidden());
-        bSavedEnabled.append(button(which)->isEnabled());
+        savedVisibility.append(!button(which)->isHidden());
+        savedEnabled.append(button(which)->isEnabled());
         button(which)->hide();
         // One that is only hidden can have the focus and takes keys.
         button(which)->setEnabled(false);
@@ -335,8 +335,8 @@ void VeltaWizard::RestoreButtons()
     }
     bButtonsHidden = false;
     for (int i = 0; i < buttonOrder.size(); ++i) {
-        button(buttonOrder[i])->setEnabled(bSavedEnabled[i]);
-        if (bSavedVisibility[i]) {
+        button(buttonOrder[i])->setEnabled(savedEnabled[i]);
+        if (savedVisibility[i]) {
             button(buttonOrder[i])->show();
         }
     }

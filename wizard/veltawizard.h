@@ -74,11 +74,11 @@ private:
 
     std::unique_ptr<VeltaSettings> pSettings;
     std::unique_ptr<VeltaKbdInput> pKbdInput;
-    std::array<QWizardPage *, WizardPageCount> pPages{}; // owned by QWizard once registered
+    std::array<QWizardPage *, WizardPageCount> pages{}; // owned by QWizard once registered
     int nLastPageId = -1;
     QList<QWizard::WizardButton> buttonOrder;
-    QList<bool> bSavedVisibility; // by buttonOrder
-    QList<bool> bSavedEnabled; // by buttonOrder
+    QList<bool> savedVisibility; // by buttonOrder
+    QList<bool> savedEnabled; // by buttonOrder
     bool bSetupFailed = false;
     bool bButtonsHidden = false;
     int nFirstPageId = -1;
