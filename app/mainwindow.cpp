@@ -9,6 +9,7 @@
 #include "app/rowfit.h"
 #include "infobox/veltainfobox.h"
 #include "platform/devicepath.h"
+#include "platform/servicenotifier.h"
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
@@ -202,6 +203,7 @@ void MainWindow::doProgressBar()
 void MainWindow::controlVisibility()
 {
     if (!runtimeLink.isOpen()) {
+        ServiceNotifier::setStatus(QStringLiteral("Waiting for the PLC runtime"));
         runtimeLink = RuntimeLink::open();
         phase.handle(WindowPhase::Event::ConfigurationDropped);
         scheduleNextTick();
@@ -240,6 +242,7 @@ void MainWindow::controlVisibility()
 
 void MainWindow::showWhileStopped()
 {
+    ServiceNotifier::setStatus(QStringLiteral("PLC stopped, the panel has the screen"));
     if (pPreviewTexts->isAddressDue()) {
         updateDeviceInfo(); // a late lease becomes visible
     }
@@ -252,6 +255,7 @@ void MainWindow::showWhileStopped()
 
 void MainWindow::showWhileRunning()
 {
+    ServiceNotifier::setStatus(QStringLiteral("PLC running, its visualisation has the screen"));
     if (phase.state() == WindowPhase::State::ShowingMessage) {
         showFullScreenOnce();
     } else {
@@ -286,6 +290,7 @@ void MainWindow::runConfiguration()
 {
     pVisibilityTimer->stop();
     phase.handle(WindowPhase::Event::ConfigurationOpened);
+    ServiceNotifier::setStatus(QStringLiteral("Configuration open"));
     VeltaWizard wizard(this);
     showPage(pUi->localConfigPage);
     if (wizard.Run()) {
@@ -301,6 +306,7 @@ void MainWindow::runConfiguration()
 void MainWindow::startRestartCountdown()
 {
     phase.handle(WindowPhase::Event::ConfigurationSaved);
+    ServiceNotifier::setStatus(QStringLiteral("Configuration saved, restarting the device"));
     showPage(pUi->rebootPage);
     Q_EMIT triggerLcd(nRestartSeconds);
     pRestartTimer->start();
