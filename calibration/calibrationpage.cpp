@@ -20,9 +20,9 @@ namespace {
 /// Pixels that the frame of the group box takes from the width inside, with some to spare.
 constexpr int GroupBoxFrame = 8;
 
-int horizontalMargins(const QLayout *pLayout)
+int horizontalMargins(const QLayout *layout)
 {
-    return pLayout->contentsMargins().left() + pLayout->contentsMargins().right();
+    return layout->contentsMargins().left() + layout->contentsMargins().right();
 }
 
 } // namespace
@@ -151,13 +151,13 @@ void CalibrationPage::showCount(int seconds)
     }
 }
 
-void CalibrationPage::setAcceptMode(bool bOn)
+void CalibrationPage::setAcceptMode(bool on)
 {
-    pForm->acceptCalibrationButton->setEnabled(bOn);
-    pForm->startCalibrationButton->setEnabled(!bOn);
-    pForm->cancelCalibrationButton->setEnabled(!bOn);
-    pForm->acceptCalTextEdit->setPlainText(bOn ? acceptText() : QString());
-    pForm->acceptTimeout->setVisible(bOn);
+    pForm->acceptCalibrationButton->setEnabled(on);
+    pForm->startCalibrationButton->setEnabled(!on);
+    pForm->cancelCalibrationButton->setEnabled(!on);
+    pForm->acceptCalTextEdit->setPlainText(on ? acceptText() : QString());
+    pForm->acceptTimeout->setVisible(on);
 }
 
 void CalibrationPage::StartCalibration()
@@ -225,12 +225,12 @@ void CalibrationPage::hideEvent(QHideEvent *event)
     }
 }
 
-void CalibrationPage::setPointerVisible(bool bVisible)
+void CalibrationPage::setPointerVisible(bool visible)
 {
     if (gCursorHidden) {
-        QGuiApplication::changeOverrideCursor(bVisible ? Qt::ArrowCursor : Qt::BlankCursor);
+        QGuiApplication::changeOverrideCursor(visible ? Qt::ArrowCursor : Qt::BlankCursor);
     }
     if (WindowServer *pServer = WindowServer::instance()) {
-        pServer->setCursorVisible(bVisible);
+        pServer->setCursorVisible(visible);
     }
 }

@@ -56,8 +56,8 @@ private:
     static QString acceptText();
     void showState();
     void showCount(int seconds);
-    void setAcceptMode(bool bOn);
-    void setPointerVisible(bool bVisible);
+    void setAcceptMode(bool on);
+    void setPointerVisible(bool visible);
 
     std::unique_ptr<Ui::VeltaCalibrationInputForm> pForm;
     CalibrationRun run; ///< a child as well: so a test finds it

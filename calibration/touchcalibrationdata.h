@@ -57,7 +57,7 @@ public:
     /// to do is no failure.
     short acceptCalibration();
     /// Makes the directory of the pointer calibration file writable, or as it was before.
-    short makeCalibrationWritable(bool bWritable);
+    short makeCalibrationWritable(bool writable);
     /// Result of a remount that could not run; see takeRemountFailures().
     static constexpr short RemountFailed = -1;
     /// ERR_REMOUNT_CAL or ERR_REMOUNT_PROTECT for each failure since the last call, in order.
@@ -70,7 +70,7 @@ public:
 private:
     struct TouchscreenCloser
     {
-        void operator()(tsdev *pDevice) const;
+        void operator()(tsdev *device) const;
     };
     /// What is still to be done, as it has failed.
     enum class Debt {
@@ -85,7 +85,7 @@ private:
     std::unique_ptr<tsdev, TouchscreenCloser> pTouchscreen;
     std::optional<SavedCalibration> backup;
     bool bStored = false; ///< by the last run
-    Debt nDebt = Debt::None;
+    Debt debt = Debt::None;
     std::optional<CalibrationDirectory> directory; ///< while it is to be writable
     std::vector<short> remountFailures;
     int nRotation; ///< quarter turns of the screen, 0 to 3

@@ -101,7 +101,7 @@ KeyPads::~KeyPads() = default;
 void KeyPads::createKey(const KeySpec &spec)
 {
     auto *pButton = new QPushButton(page(spec.pad()));
-    pButton->setObjectName(QLatin1String(spec.name));
+    pButton->setObjectName(QLatin1String(spec.pName));
     if (spec.action == KeyAction::Backspace || isCursorKey(spec.action)) {
         pButton->setAutoRepeat(true);
         pButton->setAutoRepeatDelay(int(KeyRepeat::First.count()));

@@ -52,7 +52,7 @@ VeltaInputPanel::VeltaInputPanel(QWidget *parent, bool highlightFocus, const QSt
     connectAll();
     scaleFonts();
     if (highlightFocus) {
-        pPads->highlightFocus(mode == QLatin1String(inputModes()[AlphaNumInput].name));
+        pPads->highlightFocus(mode == QLatin1String(inputModes()[AlphaNumInput].pName));
     }
     // The count-down label takes its share of the head row before the row is laid out.
     pForm->timeoutLabel->setVisible(countdown.isUsed());

@@ -174,12 +174,12 @@ void WindowServer::takeInput()
 }
 
 // A key that is held down since another program had the keyboard still repeats.
-bool WindowServer::eventFilter(QObject *pReceiver, QEvent *pEvent)
+bool WindowServer::eventFilter(QObject *receiver, QEvent *event)
 {
-    if (pEvent->type() != QEvent::KeyPress) {
-        return QObject::eventFilter(pReceiver, pEvent);
+    if (event->type() != QEvent::KeyPress) {
+        return QObject::eventFilter(receiver, event);
     }
-    const bool bRepeat = static_cast<QKeyEvent *>(pEvent)->isAutoRepeat();
+    const bool bRepeat = static_cast<QKeyEvent *>(event)->isAutoRepeat();
     if (!bRepeat) {
         QCoreApplication::instance()->removeEventFilter(this);
     }

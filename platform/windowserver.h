@@ -106,7 +106,7 @@ Q_SIGNALS:
     void touchscreenOpened();
 
 protected:
-    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+    bool eventFilter(QObject *receiver, QEvent *event) override;
 
 private:
     void releaseInput();

@@ -14,7 +14,7 @@ class VeltaUtils;
 enum NetMode : quint32 { StaticMode = 0, DhcpMode = 1 };
 
 /// Display name of a network mode, "Static" or "DHCP".
-const QString &networkModeName(quint32 nNetMode);
+const QString &networkModeName(quint32 netMode);
 
 /// Order of SettingsRecord::ipEntries.
 enum IpEntryIndex { AddressEntry, GatewayEntry, NetmaskEntry, Dns1Entry, Dns2Entry };

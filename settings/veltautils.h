@@ -51,5 +51,5 @@ private:
     bool bDpiRead = false;
     quint16 nDpiX = 96;
     quint16 nDpiY = 96;
-    double dScale = 1.0;
+    double nScale = 1.0;
 };

@@ -33,12 +33,12 @@ public:
     QByteArray pointerCalibration() const;
 
 private:
-    /// raw = factorX * x + factorY * y + offset.
+    /// raw = nFactorX * x + nFactorY * y + nOffset.
     struct Axis
     {
-        double factorX = 0;
-        double factorY = 0;
-        double offset = 0;
+        double nFactorX = 0;
+        double nFactorY = 0;
+        double nOffset = 0;
     };
 
     QSize screen;

@@ -4,9 +4,8 @@
 #include "ui_veltanetopmodeform.h"
 #include "wizard/pagelayout.h"
 
-NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
-    : pSettings(pTheSettings), pWizard(pTheWizard),
-      pForm(std::make_unique<Ui::VeltaNetOpModeForm>())
+NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *settings, VeltaWizard *wizard)
+    : pSettings(settings), pWizard(wizard), pForm(std::make_unique<Ui::VeltaNetOpModeForm>())
 {
     pForm->setupUi(this);
 
@@ -63,9 +62,9 @@ void NetOpModeSettingsPage::showMode()
     pForm->NetOpModeLineEdit->setText(mode);
 }
 
-QString NetOpModeSettingsPage::modeText(quint32 nNetMode)
+QString NetOpModeSettingsPage::modeText(quint32 netMode)
 {
-    return tr("%1").arg(tr(networkModeName(nNetMode).toLatin1().constData()));
+    return tr("%1").arg(tr(networkModeName(netMode).toLatin1().constData()));
 }
 
 void NetOpModeSettingsPage::DeselectText()

@@ -35,8 +35,8 @@ constexpr int UsualDpi = 96;
 QLayout *rowLayout(const FieldRow &row)
 {
     const auto layouts = row.pEdit->parentWidget()->layout()->findChildren<QLayout *>();
-    const auto it = std::find_if(layouts.cbegin(), layouts.cend(), [&row](const QLayout *pLayout) {
-        return pLayout->indexOf(row.pEdit) >= 0;
+    const auto it = std::find_if(layouts.cbegin(), layouts.cend(), [&row](const QLayout *layout) {
+        return layout->indexOf(row.pEdit) >= 0;
     });
     return it != layouts.cend() ? *it : row.pEdit->parentWidget()->layout();
 }
@@ -67,15 +67,13 @@ int pageMargins(const FieldRow &row)
 }
 
 // One that is longer than its fixed width gets a smaller font.
-void fitButton(QPushButton *pButton)
+void fitButton(QPushButton *button)
 {
-    const int nPadding =
-        2 * pButton->style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, pButton);
-    pButton->setFont(
-        fittedFont(pButton->font(), pButton->text(), pButton->maximumWidth() - nPadding));
+    const int nPadding = 2 * button->style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, button);
+    button->setFont(fittedFont(button->font(), button->text(), button->maximumWidth() - nPadding));
 }
 
-bool rowsFit(const QList<FieldRow> &rows, int nWidth)
+bool rowsFit(const QList<FieldRow> &rows, int width)
 {
     int nLabel = 0;
     int nRest = 0;
@@ -86,27 +84,27 @@ bool rowsFit(const QList<FieldRow> &rows, int nWidth)
                          + EditMargins * row.pEdit->logicalDpiX() / UsualDpi
                          + row.pButton->minimumWidth());
     }
-    return nLabel + nRest <= nWidth;
+    return nLabel + nRest <= width;
 }
 
 // False when the font is as small as it may get.
-bool makeSmaller(QWidget *pWidget)
+bool makeSmaller(QWidget *widget)
 {
-    QFont font = pWidget->font();
+    QFont font = widget->font();
     const int nPoints = font.pointSize();
     if (nPoints <= smallestPoints()) {
         return false;
     }
     font.setPointSize(nPoints - 1);
-    pWidget->setFont(font);
+    widget->setFont(font);
     return true;
 }
 
 } // namespace
 
-int wizardMargin(const QWidget *pWidget)
+int wizardMargin(const QWidget *widget)
 {
-    return pWidget->style()->pixelMetric(QStyle::PM_LayoutLeftMargin, nullptr, pWidget);
+    return widget->style()->pixelMetric(QStyle::PM_LayoutLeftMargin, nullptr, widget);
 }
 
 QSize wizardSize(const SettingsRecord &record)
@@ -167,11 +165,11 @@ void setCommonWidth(const QList<QLabel *> &labels)
     }
 }
 
-void shrinkSpacers(int nResolutionIndex, QSpacerItem *pAbove, QSpacerItem *pBelow)
+void shrinkSpacers(int resolutionIndex, QSpacerItem *above, QSpacerItem *below)
 {
-    if (screenClassRow(nResolutionIndex).room == Room::Tight) {
-        pAbove->changeSize(20, 5);
-        pBelow->changeSize(20, 15);
+    if (screenClassRow(resolutionIndex).room == Room::Tight) {
+        above->changeSize(20, 5);
+        below->changeSize(20, 15);
     }
 }
 

@@ -33,9 +33,9 @@ struct PageFrame
 /// Size in pixels of the wizard on the screen of \a record.
 QSize wizardSize(const SettingsRecord &record);
 
-/// Pixels between the wizard's border and what it holds, larger on a dense screen. \a pWidget: the
+/// Pixels between the wizard's border and what it holds, larger on a dense screen. \a widget: the
 /// wizard or a part of it.
-int wizardMargin(const QWidget *pWidget);
+int wizardMargin(const QWidget *widget);
 
 /// Makes the captions and fields of \a rows smaller, all alike, until every row can show its texts
 /// whole in the wizard's width. No effect on wide screens.
@@ -49,8 +49,8 @@ void fitTitle(const SettingsRecord &record, QGroupBox *pBox);
 void setCommonWidth(const QList<QLabel *> &labels);
 
 /// Pulls the rows of a page together on the screen classes without room to spare. \a
-/// nResolutionIndex: 0 to 24. \a pAbove and \a pBelow: the spacers above and below the rows.
-void shrinkSpacers(int nResolutionIndex, QSpacerItem *pAbove, QSpacerItem *pBelow);
+/// resolutionIndex: 0 to 24. \a above and \a below: the spacers above and below the rows.
+void shrinkSpacers(int resolutionIndex, QSpacerItem *above, QSpacerItem *below);
 
 /// Hides the placeholder rows of a page but keeps their room, so that the rows of all pages stand
 /// at the same height. Empty fields and buttons without effect would only puzzle the operator.

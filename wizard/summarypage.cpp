@@ -13,8 +13,8 @@
 #include <QStyle>
 #include <QStyleFactory>
 
-SummaryPage::SummaryPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
-    : pSettings(pTheSettings), pWizard(pTheWizard), pForm(std::make_unique<Ui::VeltaSummaryForm>()),
+SummaryPage::SummaryPage(VeltaSettings *settings, VeltaWizard *wizard)
+    : pSettings(settings), pWizard(wizard), pForm(std::make_unique<Ui::VeltaSummaryForm>()),
       pStyle(QStyleFactory::create(QStringLiteral("Windows")))
 {
     pForm->setupUi(this);
@@ -99,13 +99,13 @@ void SummaryPage::fitChangeList()
     bFitting = false;
 }
 
-bool SummaryPage::eventFilter(QObject *pWatched, QEvent *pEvent)
+bool SummaryPage::eventFilter(QObject *watched, QEvent *event)
 {
     // Fitting itself resizes the viewport, when the scroll bar comes or goes.
-    if (pEvent->type() == QEvent::Resize && !bFitting) {
+    if (event->type() == QEvent::Resize && !bFitting) {
         fitChangeList();
     }
-    return QWizardPage::eventFilter(pWatched, pEvent);
+    return QWizardPage::eventFilter(watched, event);
 }
 
 void SummaryPage::cleanupPage()
