@@ -10,9 +10,12 @@
 #include <QTranslator>
 #include <QXmlStreamReader>
 
+#include <cstdio>
+
 namespace {
 
-const QStringList LocaleVariables{"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"};
+/// Argument with which this program only says what the Next button is called.
+constexpr auto SayNext = "say-next";
 
 } // namespace
 
@@ -21,17 +24,11 @@ class LanguageTest : public DeviceTest
     Q_OBJECT
 
 private:
-    /// Sets the variables of \a environment, "LANG=de LC_ALL=C", and no other of a locale.
-    static void install(const QString &environment)
+    static void speakGerman()
     {
-        for (const QString &variable : LocaleVariables) {
-            qunsetenv(qPrintable(variable));
-        }
-        const QStringList settings = environment.split(u' ', Qt::SkipEmptyParts);
-        for (const QString &setting : settings) {
-            qputenv(qPrintable(setting.section(u'=', 0, 0)), setting.section(u'=', 1).toUtf8());
-        }
+        qputenv("LC_ALL", "de"); // the first time that this process asks
         installLanguage();
+        QCOMPARE(VeltaWizard::tr("Next"), QStringLiteral("Weiter"));
     }
     void closeWindows() override
     {
@@ -93,8 +90,20 @@ private Q_SLOTS:
     void environment()
     {
         QFETCH(QString, environment);
-        install(environment);
-        QTEST(VeltaWizard::tr("Next"), "next");
+        // Qt reads the environment once in the life of a process.
+        QProcess other;
+        QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+        for (const char *pVariable : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
+            variables.remove(pVariable);
+        }
+        const QStringList settings = environment.split(u' ', Qt::SkipEmptyParts);
+        for (const QString &setting : settings) {
+            variables.insert(setting.section(u'=', 0, 0), setting.section(u'=', 1));
+        }
+        other.setProcessEnvironment(variables);
+        other.start(QCoreApplication::applicationFilePath(), {SayNext});
+        QVERIFY(other.waitForFinished());
+        QTEST(QString::fromUtf8(other.readAllStandardOutput()), "next");
     }
 
     void letters_data()
@@ -144,7 +153,7 @@ private Q_SLOTS:
     /// The argument of a box has rules of its own about what stands beside its place.
     void everyMessage()
     {
-        install(QStringLiteral("LANG=de"));
+        speakGerman();
         const QString argument = QStringLiteral("eth9");
         for (const ErrorEntry *pEntry = errorCatalogue; pEntry->nCode != ERR_END; ++pEntry) {
             const QString text = InfoText::compose(errorText(*pEntry), argument);
@@ -171,12 +180,23 @@ private Q_SLOTS:
         const QByteArray english = saveAndRestart(settings);
         root().remove("/rebooted");
         root().remove("/given");
-        install(QStringLiteral("LANG=de"));
+        speakGerman();
         QCOMPARE(saveAndRestart(settings), english);
         QVERIFY(english.startsWith("[network]\n"));
         QCOMPARE(english.contains("192.168.0.77"), settings == DhcpSettings);
     }
 };
 
-PANEL_TEST_MAIN(LanguageTest)
+int main(int argc, char **argv)
+{
+    return runPanelTest(argc, argv, "LanguageTest", [](int count, char **arguments) {
+        if (count == 2 && qstrcmp(arguments[1], SayNext) == 0) {
+            installLanguage();
+            std::fputs(VeltaWizard::tr("Next").toUtf8().constData(), stdout);
+            return 0;
+        }
+        LanguageTest test;
+        return QTest::qExec(&test, count, arguments);
+    });
+}
 #include "tst_language.moc"
