@@ -2,6 +2,7 @@
 
 #include "platform/devicepath.h"
 
+#include <QFileInfo>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -26,8 +27,9 @@ bool isLineEnd(char c)
 /// NUL and the other bytes that no text has. Bytes above 127 are text of whatever encoding.
 bool isBinary(char c)
 {
-    constexpr char Delete = 0x7f;
-    return (c >= 0 && c < ' ' && !isBlank(c)) || c == Delete;
+    constexpr unsigned char Delete = 0x7f;
+    const auto byte = static_cast<unsigned char>(c); // a char has a sign on some machines only
+    return (byte < ' ' && !isBlank(c)) || byte == Delete;
 }
 
 /// Calls \a visit with the first and the end of each line's text, blanks in front skipped.
@@ -106,10 +108,21 @@ QString escaped(QString value)
     return bQuoted ? u'"' + value + u'"' : value;
 }
 
+/// A link that leads nowhere is a file that is not to be had, and not the absence of one: where
+/// the settings lie on a file system that is not mounted yet, they have a password all the same.
+FileContent contentOf(const QString &path)
+{
+    FileContent content = readRegularFile(path, Links::Follow);
+    if (content.state == FileContent::Absent && QFileInfo(path).isSymLink()) {
+        content = {FileContent::Unreadable, {}, QStringLiteral("a link that leads nowhere")};
+    }
+    return content;
+}
+
 } // namespace
 
 IniFile::IniFile(const QString &path, QSettings::Format format)
-    : IniFile(readRegularFile(devicePath(path), Links::Follow), format)
+    : IniFile(contentOf(devicePath(path)), format)
 { }
 
 IniFile::IniFile(const FileContent &file, QSettings::Format format)
