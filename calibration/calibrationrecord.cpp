@@ -20,13 +20,13 @@ constexpr std::array<PairOrder, 4> PairOrders{{
     {{3, 0, 1, 2, 4}, {0, 3, 2, 1, 4}, true},
 }};
 
-PointerCalibrationData pairsInOrder(const CalibrationRecord &record, const PairOrder &order)
+CalibrationPairs pairsInOrder(const CalibrationRecord &record, const PairOrder &order)
 {
-    PointerCalibrationData pairs;
+    CalibrationPairs pairs;
     for (std::size_t i = 0; i < CalibrationRecord::PointCount; ++i) {
         const std::size_t device = order.device[i];
         const QPoint screen(record.screenX[order.screen[i]], record.screenY[order.screen[i]]);
-        pairs.devPoints[i] = {record.rawX[device], record.rawY[device]};
+        pairs.devicePoints[i] = {record.rawX[device], record.rawY[device]};
         pairs.screenPoints[i] = order.bExchangeAxes ? screen.transposed() : screen;
     }
     return pairs;
@@ -45,7 +45,7 @@ std::array<QPoint, CalibrationRecord::PointCount> crosshairTargets(const QSize &
              {size.width() / 2, size.height() / 2}}};
 }
 
-PointerCalibrationData calibrationPairs(const CalibrationRecord &record, int rotation)
+CalibrationPairs pairsOf(const CalibrationRecord &record, int rotation)
 {
     return pairsInOrder(record, PairOrders[static_cast<std::size_t>(rotation & 3)]);
 }

@@ -20,7 +20,7 @@ struct RealPoint
     double x = 0;
     double y = 0;
 };
-using RealPoints = std::array<RealPoint, PointerCalibrationData::PointCount>;
+using RealPoints = std::array<RealPoint, CalibrationPairs::Count>;
 
 template <typename Points>
 RealPoints toReal(const Points &points)
@@ -72,7 +72,7 @@ struct Moments
         }
         const double across =
             determinantNow / ((xx + yy + std::hypot(xx - yy, 2 * xy)) / 2); // lesser eigenvalue
-        return across < LeastSpread * LeastSpread * PointerCalibrationData::PointCount;
+        return across < LeastSpread * LeastSpread * CalibrationPairs::Count;
     }
 
     RealPoint centre;
@@ -88,10 +88,10 @@ bool fitsInt(double value)
 
 } // namespace
 
-std::optional<PointerTransform> PointerTransform::fit(const PointerCalibrationData &data)
+std::optional<PointerTransform> PointerTransform::fit(const CalibrationPairs &pairs)
 {
-    const RealPoints raw = toReal(data.devPoints);
-    const RealPoints screen = toReal(data.screenPoints);
+    const RealPoints raw = toReal(pairs.devicePoints);
+    const RealPoints screen = toReal(pairs.screenPoints);
     const Moments moments(raw);
     if (moments.isOnOneLine() || Moments(screen).isOnOneLine()) {
         return std::nullopt;

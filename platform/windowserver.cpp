@@ -299,10 +299,10 @@ bool WindowServer::restoreCalibration(const SavedCalibration &saved)
     return !pPointerHandler || pPointerHandler->restoreCalibration(saved);
 }
 
-CalibrationOutcome WindowServer::calibrate(const PointerCalibrationData &data,
+CalibrationOutcome WindowServer::calibrate(const CalibrationPairs &pairs,
                                            const SavedCalibration &before)
 {
-    return pPointerHandler ? pPointerHandler->calibrate(data, before) : CalibrationOutcome::Stored;
+    return pPointerHandler ? pPointerHandler->calibrate(pairs, before) : CalibrationOutcome::Stored;
 }
 
 bool WindowServer::isCalibrationUnaccepted()
