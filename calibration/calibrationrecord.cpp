@@ -1,9 +1,8 @@
 #include "calibration/calibrationrecord.h"
 
-namespace {
+#include "platform/screenrotation.h"
 
-/// Distance of the corner crosshairs from the edges, in pixels.
-constexpr int CornerDistance = 50;
+namespace {
 
 /// Which point of the record stands at each place of the pairs, by quarter turns.
 struct PairOrder
@@ -13,7 +12,7 @@ struct PairOrder
     bool bExchangeAxes;
 };
 
-constexpr std::array<PairOrder, 4> PairOrders{{
+constexpr std::array<PairOrder, QuarterTurns> PairOrders{{
     {{0, 1, 2, 3, 4}, {0, 1, 2, 3, 4}, false},
     {{1, 2, 3, 0, 4}, {0, 3, 2, 1, 4}, true},
     {{2, 3, 0, 1, 4}, {0, 1, 2, 3, 4}, false},
@@ -34,18 +33,7 @@ CalibrationPairs pairsInOrder(const CalibrationRecord &record, const PairOrder &
 
 } // namespace
 
-std::array<QPoint, CalibrationRecord::PointCount> crosshairTargets(const QSize &size)
-{
-    const int right = size.width() - CornerDistance;
-    const int bottom = size.height() - CornerDistance;
-    return {{{CornerDistance, CornerDistance},
-             {right, CornerDistance},
-             {right, bottom},
-             {CornerDistance, bottom},
-             {size.width() / 2, size.height() / 2}}};
-}
-
 CalibrationPairs pairsOf(const CalibrationRecord &record, int rotation)
 {
-    return pairsInOrder(record, PairOrders[static_cast<std::size_t>(rotation & 3)]);
+    return pairsInOrder(record, PairOrders[static_cast<std::size_t>(rotation % QuarterTurns)]);
 }

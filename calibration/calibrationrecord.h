@@ -23,7 +23,17 @@ struct CalibrationRecord
 
 /// Where a run shows its crosshairs on a screen of \a size pixels: "Top left", "Top right",
 /// "Bot right", "Bot left", "Center".
-std::array<QPoint, CalibrationRecord::PointCount> crosshairTargets(const QSize &size);
+constexpr std::array<QPoint, CalibrationRecord::PointCount> crosshairTargets(const QSize &size)
+{
+    constexpr int Distance = 50; // of the corner crosshairs from the edges
+    const int right = size.width() - Distance;
+    const int bottom = size.height() - Distance;
+    return {{{Distance, Distance},
+             {right, Distance},
+             {right, bottom},
+             {Distance, bottom},
+             {size.width() / 2, size.height() / 2}}};
+}
 
 /// The pairs of \a record, measured on a screen turned by \a rotation quarter turns (0 to 3), in
 /// the order and coordinates of the untransformed screen, which the pointer handler works in.

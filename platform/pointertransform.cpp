@@ -1,5 +1,7 @@
 #include "platform/pointertransform.h"
 
+#include "platform/screenrotation.h"
+
 #include <QList>
 
 #include <algorithm>
@@ -162,7 +164,7 @@ bool PointerTransform::isUsable() const
         qint64(coefficients[A]) * coefficients[E] - qint64(coefficients[B]) * coefficients[D];
     // Besides 0, the divisor -1 traps the processor (with the lowest integer as dividend).
     return determinant != 0 && coefficients[S] != 0 && coefficients[S] != -1 && nRotation >= 0
-        && nRotation <= 3;
+        && nRotation < QuarterTurns;
 }
 
 QByteArray PointerTransform::toFile() const

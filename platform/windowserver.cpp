@@ -68,9 +68,10 @@ std::unique_ptr<QObject> createMultiTouchHandler(int quarterTurns)
     // Made by Qt at their first use, which would be in the thread that reads the touches.
     QPointingDevice::primaryPointingDevice();
     QInputDevice::primaryKeyboard();
-    return createPlugin(
-        QStringLiteral("EvdevTouch"),
-        QStringLiteral("%1:rotate=%2").arg(evdevPath(touchscreenDevice())).arg(90 * quarterTurns));
+    return createPlugin(QStringLiteral("EvdevTouch"),
+                        QStringLiteral("%1:rotate=%2")
+                            .arg(evdevPath(touchscreenDevice()))
+                            .arg(QuarterTurnDegrees * quarterTurns));
 }
 
 } // namespace
