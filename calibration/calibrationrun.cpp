@@ -181,7 +181,7 @@ void CalibrationRun::endPoint()
         fail(ERR_TS_READ_PRESS);
         return;
     }
-    data.points = *arrived;
+    data.record = *arrived;
     ++nPoints;
     handle(nPoints < CalibrationRecord::PointCount ? Event::PointMeasured : Event::AllMeasured);
 }
@@ -195,7 +195,7 @@ void CalibrationRun::fail(short code)
 
 void CalibrationRun::apply()
 {
-    const short code = data.applyCalibration(data.points);
+    const short code = data.applyCalibration(data.record);
     const short closeCode = data.closeTouchscreen();
     suspension.reset(); // boxes need the pointer
     tellRemountFailures();

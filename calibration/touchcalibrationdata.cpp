@@ -85,7 +85,7 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &measured)
     short code = makeCalibrationWritable(true);
     bStored = false;
     if (code == 0) {
-        code = pServer ? store(*pServer, calibrationPairs(measured, nRotation)) : short(0);
+        code = pServer ? store(*pServer, pairsOf(measured, nRotation)) : short(0);
         bStored = code == 0;
         debt = bStored ? Debt::None : debt;
     } else {
@@ -95,7 +95,7 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &measured)
     return protectCalibration(code);
 }
 
-short TouchCalibrationData::store(WindowServer &server, const PointerCalibrationData &pairs) const
+short TouchCalibrationData::store(WindowServer &server, const CalibrationPairs &pairs) const
 {
     switch (server.calibrate(pairs, *backup)) {
     case CalibrationOutcome::Stored:

@@ -29,7 +29,6 @@ constexpr int FontPointSize = 8;
 constexpr int FrameWidth = 1;
 constexpr int FrameSpacing = 2;
 constexpr int TitlePadding = 4;
-constexpr int ButtonHeight = 30; // pixels, for a finger
 
 /// Characters per line, by the screen class.
 struct LineLengths
@@ -296,7 +295,7 @@ void VeltaInfoBox::scaleToScreen()
         pUtils->scaleFont(pButton, nResIndex);
         nButtonPoints = pButton->font().pointSize();
         pUtils->scaleWidth(pButton, false);
-        pButton->setMinimumHeight(ButtonHeight);
+        pButton->setMinimumHeight(LeastButtonHeight);
     }
 }
 

@@ -164,13 +164,13 @@ void KeyPads::release()
     }
 }
 
-void KeyPads::scaleFonts(const QFont &font, VeltaUtils *utils, int resolutionIndex)
+void KeyPads::scaleFonts(const QFont &font, VeltaUtils *utils, int screenClass)
 {
     for (Key &key : keys) {
         QFont keyFont = font;
         keyFont.setPointSize(key.pSpec->look().nPointSize);
         key.pButton->setFont(keyFont);
-        utils->scaleFont(key.pButton, resolutionIndex);
+        utils->scaleFont(key.pButton, screenClass);
         key.scaledFont = key.pButton->font();
     }
 }

@@ -68,9 +68,10 @@ std::unique_ptr<QObject> createMultiTouchHandler(int quarterTurns)
     // Made by Qt at their first use, which would be in the thread that reads the touches.
     QPointingDevice::primaryPointingDevice();
     QInputDevice::primaryKeyboard();
-    return createPlugin(
-        QStringLiteral("EvdevTouch"),
-        QStringLiteral("%1:rotate=%2").arg(evdevPath(touchscreenDevice())).arg(90 * quarterTurns));
+    return createPlugin(QStringLiteral("EvdevTouch"),
+                        QStringLiteral("%1:rotate=%2")
+                            .arg(evdevPath(touchscreenDevice()))
+                            .arg(QuarterTurnDegrees * quarterTurns));
 }
 
 } // namespace
@@ -299,10 +300,10 @@ bool WindowServer::restoreCalibration(const SavedCalibration &saved)
     return !pPointerHandler || pPointerHandler->restoreCalibration(saved);
 }
 
-CalibrationOutcome WindowServer::calibrate(const PointerCalibrationData &data,
+CalibrationOutcome WindowServer::calibrate(const CalibrationPairs &pairs,
                                            const SavedCalibration &before)
 {
-    return pPointerHandler ? pPointerHandler->calibrate(data, before) : CalibrationOutcome::Stored;
+    return pPointerHandler ? pPointerHandler->calibrate(pairs, before) : CalibrationOutcome::Stored;
 }
 
 bool WindowServer::isCalibrationUnaccepted()

@@ -123,9 +123,9 @@ void VeltaUtils::readDpi()
     }
 }
 
-void VeltaUtils::scaleFont(QWidget *widget, int resolutionIndex)
+void VeltaUtils::scaleFont(QWidget *widget, int screenClass)
 {
-    Q_ASSERT(resolutionIndex >= 0 && resolutionIndex < ScreenClassCount);
+    Q_ASSERT(screenClass >= 0 && screenClass < ScreenClassCount);
     if (!bDpiRead) {
         readDpi();
     }
@@ -141,7 +141,7 @@ void VeltaUtils::scaleFont(QWidget *widget, int resolutionIndex)
         return;
     }
 
-    int factor = screenClassRow(resolutionIndex).fontFactors[pColumn->nColumn];
+    int factor = screenClassRow(screenClass).fontFactors[pColumn->nColumn];
     if (nScale > 1.0) {
         factor = factor * static_cast<int>(nScale * 100) / 100;
     }

@@ -1,5 +1,6 @@
 #include "simulator/calibratecommand.h"
 
+#include "calibration/calibrationrecord.h"
 #include "platform/requestfiles.h"
 #include "simulator/finger.h"
 
@@ -121,16 +122,7 @@ public:
 
     bool touchCrosses()
     {
-        const QSize screen = finger.screenSize();
-        constexpr int Distance = 50;
-        const int right = screen.width() - Distance;
-        const int bottom = screen.height() - Distance;
-        const std::array<QPoint, 5> crosses{{{Distance, Distance},
-                                             {right, Distance},
-                                             {right, bottom},
-                                             {Distance, bottom},
-                                             {screen.width() / 2, screen.height() / 2}}};
-        for (const QPoint &cross : crosses) {
+        for (const QPoint &cross : crosshairTargets(finger.screenSize())) {
             std::this_thread::sleep_for(PauseBetweenCrosses);
             const QPoint position = cross + tremble();
             if (!finger.touch(position, position, options.hold)) {

@@ -165,9 +165,9 @@ void setCommonWidth(const QList<QLabel *> &labels)
     }
 }
 
-void shrinkSpacers(int resolutionIndex, QSpacerItem *above, QSpacerItem *below)
+void shrinkSpacers(int screenClass, QSpacerItem *above, QSpacerItem *below)
 {
-    if (screenClassRow(resolutionIndex).room == Room::Tight) {
+    if (screenClassRow(screenClass).room == Room::Tight) {
         above->changeSize(20, 5);
         below->changeSize(20, 15);
     }

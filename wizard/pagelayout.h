@@ -49,8 +49,8 @@ void fitTitle(const SettingsRecord &record, QGroupBox *pBox);
 void setCommonWidth(const QList<QLabel *> &labels);
 
 /// Pulls the rows of a page together on the screen classes without room to spare. \a
-/// resolutionIndex: 0 to 24. \a above and \a below: the spacers above and below the rows.
-void shrinkSpacers(int resolutionIndex, QSpacerItem *above, QSpacerItem *below);
+/// screenClass: 0 to 24. \a above and \a below: the spacers above and below the rows.
+void shrinkSpacers(int screenClass, QSpacerItem *above, QSpacerItem *below);
 
 /// Hides the placeholder rows of a page but keeps their room, so that the rows of all pages stand
 /// at the same height. Empty fields and buttons without effect would only puzzle the operator.

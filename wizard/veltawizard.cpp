@@ -4,6 +4,7 @@
 #include "infobox/veltainfobox.h"
 #include "settings/errorcatalogue.h"
 #include "settings/fittedfont.h"
+#include "settings/screenclass.h"
 #include "settings/veltautils.h"
 #include "wizard/dnssettingspage.h"
 #include "wizard/ipaddressespage.h"
@@ -29,7 +30,6 @@ namespace {
 constexpr auto OrganizationName = QLatin1String("Tarnwik Automation GmbH");
 constexpr auto OrganizationDomain = QLatin1String("tarnwik-automation.example");
 
-constexpr int ButtonHeight = 30; // pixels, for a finger
 constexpr int RoomyButtonHeight = 40;
 
 using PageCreator = QWizardPage *(*)(VeltaSettings *, VeltaWizard *);
@@ -128,7 +128,7 @@ void VeltaWizard::setupButtons()
         buttonFont.setBold(true);
         button(which)->setFont(buttonFont);
         pSettings->utils.scaleFont(button(which), nIndex);
-        button(which)->setMinimumHeight(bTight ? ButtonHeight : RoomyButtonHeight);
+        button(which)->setMinimumHeight(bTight ? LeastButtonHeight : RoomyButtonHeight);
         if (bTight) {
             // The style's least width, three times, is more than a small screen has, and QWizard
             // grows beyond its own maximum rather than squeeze its buttons.
