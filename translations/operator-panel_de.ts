@@ -5,18 +5,18 @@
     <name>Application</name>
     <message>
         <source>Error Loading embedded Fonts</source>
-        <translation>Fehler beim Laden der Schriften</translation>
+        <translation>Fehler beim Laden eingebetteter Schriften</translation>
     </message>
     <message>
         <source>Application</source>
-        <translation>Programm</translation>
+        <translation>Anwendung</translation>
     </message>
 </context>
 <context>
     <name>CalibrationPage</name>
     <message>
         <source>Press &apos;&apos;Accept Calibration&apos;&apos; button within 10 seconds or wait till timer reaches 0 to automatically restore the old values.</source>
-        <translation>Drücken Sie innerhalb von 10 Sekunden &apos;&apos;Kalibrierung übernehmen&apos;&apos;; bei 0 gelten wieder die alten Werte.</translation>
+        <translation>Drücken Sie innerhalb von 10 Sekunden &apos;&apos;Kalibrierung übernehmen&apos;&apos;, sonst gelten bei 0 die alten Werte.</translation>
     </message>
 </context>
 <context>
@@ -258,11 +258,11 @@
     </message>
     <message>
         <source>couldn&apos;t create %1. Please check permissions.</source>
-        <translation>%1 konnte nicht angelegt werden. Bitte prüfen Sie die Rechte.</translation>
+        <translation>Anlegen nicht möglich: %1. Bitte prüfen Sie die Rechte.</translation>
     </message>
     <message>
         <source>no backupdata for calibration available. Try external ts_calibrate program.</source>
-        <translation>Keine gesicherten Kalibrierdaten vorhanden. Verwenden Sie das externe Programm ts_calibrate.</translation>
+        <translation>Keine Sicherung der Kalibrierdaten vorhanden. Verwenden Sie das externe Programm ts_calibrate.</translation>
     </message>
     <message>
         <source>could not open input device for touchscreen. Try external ts_calibrate program.</source>
@@ -274,7 +274,7 @@
     </message>
     <message>
         <source>could not close input device for touchscreen. Please reboot and try again.</source>
-        <translation>Das Eingabegerät des Touchscreens konnte nicht geschlossen werden. Bitte starten Sie neu und versuchen Sie es noch einmal.</translation>
+        <translation>Das Eingabegerät des Touchscreens konnte nicht geschlossen werden. Bitte starten Sie das System neu und versuchen Sie es erneut.</translation>
     </message>
     <message>
         <source>method %1 called with null pointer. Severe error, please contact support and report!!!</source>
@@ -294,7 +294,7 @@
     </message>
     <message>
         <source>calibration backup data already loaded.</source>
-        <translation>Die gesicherten Kalibrierdaten sind bereits geladen.</translation>
+        <translation>Die Sicherung der Kalibrierdaten ist bereits geladen.</translation>
     </message>
     <message>
         <source>Corrupt calibration data detected. Data will be cleared.</source>
@@ -302,7 +302,7 @@
     </message>
     <message>
         <source>Automatic calibration timed out, touchscreen disabled. Calibration will be restarted on next startup. Please end calibration within 15 seconds.</source>
-        <translation>Zeit für die automatische Kalibrierung abgelaufen, Touchscreen gesperrt. Beim nächsten Start beginnt sie erneut. Bitte beenden Sie die Kalibrierung innerhalb von 15 Sekunden.</translation>
+        <translation>Zeit für automatische Kalibrierung abgelaufen, Touchscreen gesperrt. Beim nächsten Start beginnt die Kalibrierung erneut. Sie haben dafür 15 Sekunden Zeit.</translation>
     </message>
     <message>
         <source>file data exceeds buffersize. Please check if datafile is corrupt.</source>
@@ -330,11 +330,11 @@
     </message>
     <message>
         <source>An illegal GPIO should bet set. Please contact support and report.</source>
-        <translation>Ein unzulässiger GPIO sollte gesetzt werden. Bitte melden Sie dies dem Support.</translation>
+        <translation>Versuch, einen unzulässigen GPIO zu setzen. Bitte melden Sie dies dem Support.</translation>
     </message>
     <message>
         <source>A GPIO should be set to an unsupported value. Please contact support and report.</source>
-        <translation>Ein GPIO sollte auf einen nicht unterstützten Wert gesetzt werden. Bitte melden Sie dies dem Support.</translation>
+        <translation>Versuch, einen GPIO auf einen nicht unterstützten Wert zu setzen. Bitte melden Sie dies dem Support.</translation>
     </message>
     <message>
         <source>First wizardpage not set. Configuration aborted.</source>
@@ -362,7 +362,7 @@
     </message>
     <message>
         <source>Browser not executable or browser and/or browserconfig not found. Please check path in sysconfig and file permissions for browser. Then reboot and try again.</source>
-        <translation>Der Browser ist nicht ausführbar, oder Browser oder Browserkonfiguration fehlen. Bitte prüfen Sie den Pfad in sysconfig und die Dateirechte des Browsers. Starten Sie dann neu und versuchen Sie es noch einmal.</translation>
+        <translation>Der Browser ist nicht ausführbar oder Browser und/oder Browserkonfiguration fehlen. Bitte prüfen Sie den Pfad in sysconfig und die Dateirechte des Browsers. Starten Sie dann das System neu und versuchen Sie es erneut.</translation>
     </message>
     <message>
         <source>URL is not valid. Please check the URL you entered !!!</source>
@@ -378,11 +378,11 @@
     </message>
     <message>
         <source>Conversion error in libini. Severe error, please contact support and report!!!</source>
-        <translation>Umwandlungsfehler in libini. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
+        <translation>Konvertierungsfehler in libini. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
     </message>
     <message>
         <source>Starting syscfg process ended with resultcode %1. Severe error, please contact support and report!!!</source>
-        <translation>Der Aufruf von syscfg endete mit dem Ergebnis %1. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
+        <translation>Der Aufruf von syscfg endete mit Rückgabewert %1. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
     </message>
     <message>
         <source>Connection to vnc-server lost!!!</source>
@@ -402,19 +402,19 @@
     </message>
     <message>
         <source>Could not remount %1 to write calibration data. Severe error, please contact support and report!!!</source>
-        <translation>%1 konnte zum Schreiben der Kalibrierdaten nicht neu eingehängt werden. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
+        <translation>Das Verzeichnis %1 konnte zum Schreiben der Kalibrierdaten nicht neu eingehängt werden. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
     </message>
     <message>
         <source>Could not remount %1 to protect files. Severe error, please contact support and report!!!</source>
-        <translation>%1 konnte zum Schutz der Dateien nicht neu eingehängt werden. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
+        <translation>Das Verzeichnis %1 konnte zum Schutz der Dateien nicht neu eingehängt werden. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
     </message>
     <message>
         <source>Could not read DHCP IP-Address from interface. Severe error, please contact support and report!!!</source>
-        <translation>Die IP-Adresse der DHCP-Schnittstelle konnte nicht gelesen werden. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
+        <translation>Die DHCP-IP-Adresse der Schnittstelle konnte nicht gelesen werden. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
     </message>
     <message>
         <source>Could not read DHCP Netmask from interface. Severe error, please contact support and report!!!</source>
-        <translation>Die Netzmaske der DHCP-Schnittstelle konnte nicht gelesen werden. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
+        <translation>Die DHCP-Netzmaske der Schnittstelle konnte nicht gelesen werden. Schwerer Fehler, bitte melden Sie ihn dem Support!!!</translation>
     </message>
     <message>
         <source>Could not set brightness to selected value.</source>
@@ -422,7 +422,7 @@
     </message>
     <message>
         <source>Default values set (become active after next reboot). You should run a configuration cycle as soon as possible.</source>
-        <translation>Standardwerte gesetzt (gültig nach dem nächsten Neustart). Sie sollten die Konfiguration so bald wie möglich durchführen.</translation>
+        <translation>Standardwerte gesetzt (wirksam nach dem nächsten Neustart). Sie sollten die Konfiguration so bald wie möglich durchführen.</translation>
     </message>
     <message>
         <source>empty directorylist detected. Severe internal error, please contact support and report!!!</source>
@@ -438,11 +438,11 @@
     </message>
     <message>
         <source>could not read touchscreen while waiting for the touch. Calibration is as before. Please check touchscreen and try again.</source>
-        <translation>Der Touchscreen war beim Warten auf die Berührung nicht lesbar. Die Kalibrierung ist wie zuvor. Bitte prüfen Sie den Touchscreen und versuchen Sie es noch einmal.</translation>
+        <translation>Der Touchscreen war beim Warten auf die Berührung nicht lesbar. Die Kalibrierung ist unverändert. Bitte prüfen Sie den Touchscreen und versuchen Sie es erneut.</translation>
     </message>
     <message>
         <source>could not read touchscreen during the touch. Calibration is as before. Please check touchscreen and try again.</source>
-        <translation>Der Touchscreen war während der Berührung nicht lesbar. Die Kalibrierung ist wie zuvor. Bitte prüfen Sie den Touchscreen und versuchen Sie es noch einmal.</translation>
+        <translation>Der Touchscreen war während der Berührung nicht lesbar. Die Kalibrierung ist unverändert. Bitte prüfen Sie den Touchscreen und versuchen Sie es erneut.</translation>
     </message>
     <message>
         <source>Address</source>
@@ -458,11 +458,11 @@
     </message>
     <message>
         <source>DNS1</source>
-        <translation>DNS1</translation>
+        <translation>DNS 1</translation>
     </message>
     <message>
         <source>DNS2</source>
-        <translation>DNS2</translation>
+        <translation>DNS 2</translation>
     </message>
 </context>
 <context>
@@ -480,7 +480,7 @@
     <name>SummaryPage</name>
     <message>
         <source>Press SAVE to save all changes or CANCEL to abort.</source>
-        <translation>SICHERN übernimmt alle Änderungen, ABBRECHEN verwirft sie.</translation>
+        <translation>SPEICHERN übernimmt alle Änderungen, ABBRECHEN verwirft sie.</translation>
     </message>
     <message>
         <source>No changes were made so press OKAY to leave configuration.</source>
@@ -488,7 +488,7 @@
     </message>
     <message>
         <source>SAVE</source>
-        <translation>SICHERN</translation>
+        <translation>SPEICHERN</translation>
     </message>
     <message>
         <source>OKAY</source>
@@ -665,7 +665,7 @@
     <name>VeltaInputPanelForm</name>
     <message>
         <source>Input Panel</source>
-        <translation>Eingabefeld</translation>
+        <translation>Tastatur</translation>
     </message>
     <message>
         <source>Timeout: 99</source>
@@ -744,7 +744,7 @@
     </message>
     <message>
         <source>SAVE</source>
-        <translation>SICHERN</translation>
+        <translation>SPEICHERN</translation>
     </message>
     <message>
         <source>Expert</source>
