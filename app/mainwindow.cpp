@@ -13,6 +13,7 @@
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
+#include "settings/fittedfont.h"
 #include "settings/veltautils.h"
 #include "ui_mainwindow.h"
 #include "wizard/veltawizard.h"
@@ -41,6 +42,8 @@ constexpr auto RestartStep = 1000ms;
 constexpr quint8 CalMessageSeconds = 15;
 
 constexpr auto RebootCommand = QLatin1String("/sbin/reboot");
+
+constexpr int ButtonPadding = 20; // pixels of a button's width without text
 
 QSize primaryScreenSize()
 {
@@ -154,6 +157,10 @@ void MainWindow::adaptToScreen()
     utils.scaleFont(pUi->label_restartText, nIndex);
     utils.scaleFont(pUi->label_restartSeconds, nIndex);
     utils.scaleFont(pUi->buttonRestart, nIndex);
+    const QMargins margins = pUi->rebootPage->layout()->contentsMargins();
+    pUi->buttonRestart->setFont(
+        fittedFont(pUi->buttonRestart->font(), pUi->buttonRestart->text(),
+                   screen.width() - margins.left() - margins.right() - ButtonPadding));
     utils.scaleWidth(pUi->pushButtonConfig, true);
     utils.scaleWidth(pUi->pushButtonStartApp, true);
     // The texts beside it must fit whether it is there or not.

@@ -53,13 +53,30 @@ void RowFit::fit(std::initializer_list<QLabel *> labels)
     const QMargins margins = pPage->layout()->contentsMargins();
     const int nWidth =
         QGuiApplication::primaryScreen()->geometry().width() - margins.left() - margins.right();
+    const auto fits = [&] {
+        forgetSizes(pRow);
+        return pRow->minimumSize().width() <= nWidth;
+    };
+    for (QLabel *pLabel : labels) {
+        if (wrapped.remove(pLabel)) {
+            pLabel->setWordWrap(false);
+        }
+    }
     fittedFont(firstFont(*labels.begin()), [&](const QFont &font) {
         for (QLabel *pLabel : labels) {
             pLabel->setFont(font);
         }
-        forgetSizes(pRow);
-        return pRow->minimumSize().width() <= nWidth;
+        return fits();
     });
+    if (fits()) {
+        return;
+    }
+    for (QLabel *pLabel : labels) {
+        if (!pLabel->wordWrap()) {
+            pLabel->setWordWrap(true);
+            wrapped.insert(pLabel);
+        }
+    }
 }
 
 QFont RowFit::firstFont(const QLabel *label)

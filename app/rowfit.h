@@ -2,6 +2,7 @@
 
 #include <QFont>
 #include <QHash>
+#include <QSet>
 
 #include <initializer_list>
 
@@ -16,7 +17,8 @@ public:
     explicit RowFit(const QWidget *page);
 
     /// Gives all \a labels, which stand in one row of the page, the largest font, up to the one
-    /// that they had at first, with which the row fits into the screen's width.
+    /// that they had at first, with which the row fits into the screen's width. Where even the
+    /// smallest one is too large the texts go on on a second line.
     void fit(std::initializer_list<QLabel *> labels);
 
 private:
@@ -24,4 +26,5 @@ private:
 
     const QWidget *pPage;
     QHash<const QLabel *, QFont> firstFonts;
+    QSet<QLabel *> wrapped; ///< by fit()
 };

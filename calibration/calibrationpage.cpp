@@ -13,6 +13,7 @@
 #include <QGuiApplication>
 #include <QHideEvent>
 #include <QScreen>
+#include <QStyle>
 
 namespace {
 
@@ -70,9 +71,27 @@ void CalibrationPage::adaptToScreen()
         - GroupBoxFrame;
     const QFont common = pForm->groupBox->font();
     pForm->groupBox->setFont(fittedFont(common, pForm->groupBox->title(), width));
+    fitButtons(width - horizontalMargins(pForm->verticalLayout_3));
     fitAcceptText(width - horizontalMargins(pForm->verticalLayout_3)
                       - pForm->horizontalLayout_2->spacing() - pForm->acceptTimeout->minimumWidth(),
                   screen.height());
+}
+
+// All three alike, and with room for the count-down that the first one shows.
+void CalibrationPage::fitButtons(int width)
+{
+    QPushButton *const buttons[] = {pForm->startCalibrationButton, pForm->acceptCalibrationButton,
+                                    pForm->cancelCalibrationButton};
+    const int padding = 2 * style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, this);
+    QFont fitted = buttons[0]->font();
+    for (const QPushButton *pButton : buttons) {
+        const bool bCounts = pButton == pForm->startCalibrationButton;
+        fitted = fittedFont(fitted, pButton->text() + (bCounts ? QLatin1String(" (5)") : QString()),
+                            width - padding);
+    }
+    for (QPushButton *pButton : buttons) {
+        pButton->setFont(fitted);
+    }
 }
 
 // The text takes the height that it needs, so that the buttons are as high as can be; where they

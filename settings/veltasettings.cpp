@@ -89,7 +89,9 @@ constexpr LiveValue LiveValues[] = {
 
 const QString &networkModeName(quint32 netMode)
 {
-    static const QString names[] = {QStringLiteral("Static"), QStringLiteral("DHCP")};
+    static const QString names[] = {
+        QString::fromLatin1(QT_TRANSLATE_NOOP("NetOpModeSettingsPage", "Static")),
+        QString::fromLatin1(QT_TRANSLATE_NOOP("NetOpModeSettingsPage", "DHCP"))};
     return names[netMode == StaticMode ? 0 : 1];
 }
 

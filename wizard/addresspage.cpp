@@ -62,7 +62,7 @@ void AddressPage::prepareForm(const QList<QWidget *> &placeholders, const PageFr
     fitRows(pSettings->working, rows);
     setCommonWidth(labels);
     shrinkSpacers(nIndex, frame.pAbove, frame.pBelow);
-    frame.pGroupBox->setTitle(utils.shortGroupBoxTitle(frame.pGroupBox));
+    fitTitle(pSettings->working, frame.pGroupBox);
 }
 
 IpEntry &AddressPage::entryOf(const AddressField &field) const

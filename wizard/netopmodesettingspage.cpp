@@ -27,9 +27,9 @@ NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *settings, VeltaWizar
     pForm->NetOpModeLabel->setText(tr("IP-Address: "));
     fitRows(pSettings->working,
             {{pForm->NetOpModeLabel, pForm->NetOpModeLineEdit, pForm->NetOpModeSelectButton,
-              networkModeName(StaticMode)}});
+              modeText(StaticMode)}});
     setCommonWidth({pForm->NetOpModeLabel, pForm->DummyLabel1, pForm->DummyLabel2});
-    pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
+    fitTitle(pSettings->working, pForm->groupBox);
     setAttribute(Qt::WA_AcceptTouchEvents);
     shrinkSpacers(nIndex, pForm->verticalSpacer, pForm->verticalSpacer_2);
     showMode();
@@ -55,7 +55,16 @@ void NetOpModeSettingsPage::Button_clicked()
 
 void NetOpModeSettingsPage::showMode()
 {
-    pForm->NetOpModeLineEdit->setText(tr("%1").arg(networkModeName(pSettings->working.nNetMode)));
+    const QString mode = modeText(pSettings->working.nNetMode);
+    // The form knows the English ones.
+    pForm->NetOpModeLineEdit->setMaxLength(
+        qMax(pForm->NetOpModeLineEdit->maxLength(), int(mode.size())));
+    pForm->NetOpModeLineEdit->setText(mode);
+}
+
+QString NetOpModeSettingsPage::modeText(quint32 netMode)
+{
+    return tr("%1").arg(tr(networkModeName(netMode).toLatin1().constData()));
 }
 
 void NetOpModeSettingsPage::DeselectText()

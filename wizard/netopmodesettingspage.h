@@ -22,6 +22,9 @@ public:
     NetOpModeSettingsPage(VeltaSettings *settings, VeltaWizard *wizard);
     ~NetOpModeSettingsPage() override;
 
+    /// The network mode's name in the operator's language, for the eye alone.
+    static QString modeText(quint32 netMode);
+
 public Q_SLOTS:
     void Button_clicked();
     void DeselectText();

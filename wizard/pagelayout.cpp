@@ -2,8 +2,10 @@
 
 #include "settings/fittedfont.h"
 #include "settings/settingsrecord.h"
+#include "settings/veltautils.h"
 
 #include <QFontMetrics>
+#include <QGroupBox>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLayout>
@@ -22,8 +24,11 @@ constexpr int WideScreen = 800;
 constexpr int TallScreen = 500;
 constexpr QSize WizardOnLargeScreen(640, 480);
 
+// Pixels of a group box's width in which its title does not stand.
+constexpr int TitleInset = 20;
+
 // Between a field's border and its text, both sides, at the usual density.
-constexpr int EditMargins = 8;
+constexpr int EditMargins = 4;
 constexpr int UsualDpi = 96;
 
 // The layout of a row, in that of its group box.
@@ -57,9 +62,8 @@ int gaps(const FieldRow &row)
 int pageMargins(const FieldRow &row)
 {
     const QWidget *pBox = row.pEdit->parentWidget();
-    const QMargins inside = pBox->layout()->contentsMargins();
-    const int nFrame = pBox->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, pBox);
-    return 2 * (wizardMargin(pBox) + nFrame) + inside.left() + inside.right() + gaps(row);
+    const QMargins inside = pBox->layout()->contentsMargins() + pBox->contentsMargins();
+    return 2 * wizardMargin(pBox) + inside.left() + inside.right() + gaps(row);
 }
 
 // One that is longer than its fixed width gets a smaller font.
@@ -123,6 +127,9 @@ void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows)
 {
     const int nWidth = wizardSize(record).width() - pageMargins(rows.constFirst());
     for (const FieldRow &row : rows) {
+        // However small the texts get, the finger that presses it stays the same.
+        row.pButton->setMinimumHeight(
+            qMax(row.pButton->minimumHeight(), row.pButton->sizeHint().height()));
         fitButton(row.pButton);
     }
     bool bSmaller = true;
@@ -137,6 +144,14 @@ void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows)
             }
         }
     }
+}
+
+void fitTitle(const SettingsRecord &record, QGroupBox *box)
+{
+    box->setTitle(record.pUtils->shortGroupBoxTitle(box));
+    const int nFrame = box->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, box);
+    const int nWidth = wizardSize(record).width() - 2 * (wizardMargin(box) + nFrame) - TitleInset;
+    box->setFont(fittedFont(box->font(), box->title(), nWidth));
 }
 
 void setCommonWidth(const QList<QLabel *> &labels)

@@ -44,7 +44,7 @@ ProtectionPage::ProtectionPage(VeltaSettings *settings, VeltaWizard *wizard)
     pLabel->hide(); // only the keyboard's caption
     pLabel->setText(tr("Password: "));
     setCommonWidth({pLabel});
-    pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
+    fitTitle(pSettings->working, pForm->groupBox);
     hideDigits();
     pButton->hide();
     keepAsSpace({pForm->DummyLabel1, pForm->DummyLineEdit1, pForm->DummyPushButton1,
@@ -153,7 +153,7 @@ void ProtectionPage::OnInputOk()
     }
     ++nFailedAttempts;
     const int nLeft = MaxAttempts - nFailedAttempts;
-    const QString tries = nLeft > 1 ? QStringLiteral("tries") : QStringLiteral("try");
+    const QString tries = nLeft > 1 ? tr("tries") : tr("try");
     if (reportWrongPassword(tr(" You have %1 %2 left.").arg(nLeft).arg(tries))) {
         QTimer::singleShot(EntryDelay, this, &ProtectionPage::EnterPassword);
     }

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScopeGuard>
+#include <QSignalSpy>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -386,6 +387,52 @@ private Q_SLOTS:
         pServer.reset();
         deliver();
         QCOMPARE(pSheet->take(), tapAt(10, 20));
+    }
+
+    /// What begins or ends while no window is there presses no button, and another program has it.
+    void windowHidden()
+    {
+        QPushButton button("Start", pSheet.get());
+        button.setGeometry(600, 400, 80, 40);
+        button.setFocusPolicy(Qt::NoFocus);
+        button.show();
+        QSignalSpy clicks(&button, &QPushButton::clicked);
+        start();
+        pTouchscreen->send({640, 420}, 1);
+        deliver();
+        QVERIFY(button.isDown());
+        pSheet->hide();
+        deliver();
+        QVERIFY(!button.isDown());
+        pTouchscreen->send({640, 420}, 0);
+        pTouchscreen->tap({640, 420});
+        deliver();
+        QFile reader(pTouchscreen->path);
+        QVERIFY(reader.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+        const QByteArray press = TouchscreenFifo::sample({640, 420}, 1);
+        const QByteArray lift = TouchscreenFifo::sample({640, 420}, 0);
+        QCOMPARE(reader.read(24), lift + press + lift);
+
+        pTouchscreen->send({640, 420}, 1);
+        pSheet->show();
+        waitOutDoubleTap();
+        pTouchscreen->send({640, 421}, 1); // held since then
+        deliver();
+        QVERIFY(!button.isDown());
+        pTouchscreen->send({640, 421}, 0);
+        deliver();
+        QCOMPARE(clicks.size(), 0);
+        pTouchscreen->send({640, 420}, 1);
+        deliver();
+        pSheet->hide();
+        Sheet other;
+        other.show();
+        waitOutDoubleTap();
+        pTouchscreen->send({640, 420}, 0);
+        pTouchscreen->tap({640, 420});
+        deliver();
+        QCOMPARE(other.take(), tapAt(640, 420));
+        QCOMPARE(clicks.size(), 0);
     }
 
     void cannotOpen_data()
