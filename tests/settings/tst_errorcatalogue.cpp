@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QSet>
 #include <QTranslator>
+
 class TestErrorCatalogue : public DeviceTest
 {
     Q_OBJECT
@@ -30,7 +31,6 @@ private Q_SLOTS:
                 withAbort.contains(code) ? QMessageBox::Abort : QMessageBox::NoButton;
             QCOMPARE(pEntry->nButtons, QMessageBox::Ok | abort);
         }
-        QCOMPARE(seen.size(), 55);
     }
 
     void findsOnlyMessages()
