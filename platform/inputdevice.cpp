@@ -3,11 +3,13 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
 #include <fcntl.h>
 #include <linux/input.h>
 #include <optional>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace {
@@ -19,6 +21,29 @@ std::optional<struct stat> statusOf(const QString &path)
         return std::nullopt;
     }
     return status;
+}
+
+bool isSimulated(const struct stat &status)
+{
+    return S_ISFIFO(status.st_mode) && !qEnvironmentVariableIsEmpty("PANEL_ROOT");
+}
+
+/// The descriptor of what speaks the kernel's input protocol, else -1.
+int openEventDevice(const QString &path)
+{
+    // Opening alone does things to some devices (a watchdog starts), so only what may be one.
+    const auto status = statusOf(path);
+    if (!status || !S_ISCHR(status->st_mode)) {
+        return -1;
+    }
+    const int nFd =
+        open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    int nVersion = 0;
+    if (nFd >= 0 && ioctl(nFd, EVIOCGVERSION, &nVersion) != 0) {
+        close(nFd);
+        return -1;
+    }
+    return nFd;
 }
 
 } // namespace
@@ -37,25 +62,35 @@ DeviceIdentity deviceIdentity(const QString &path)
 
 bool isEventDevice(const QString &path)
 {
-    // Opening alone does things to some devices (a watchdog starts), so only what may be one.
-    const auto status = statusOf(path);
-    if (!status || !S_ISCHR(status->st_mode)) {
-        return false;
+    const int nFd = openEventDevice(path);
+    if (nFd >= 0) {
+        close(nFd);
     }
-    const int nFd =
-        open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    return nFd >= 0;
+}
+
+bool isGrabbed(const QString &path)
+{
+    const int nFd = openEventDevice(path);
     if (nFd < 0) {
         return false;
     }
-    int nVersion = 0;
-    const bool bSpeaksIt = ioctl(nFd, EVIOCGVERSION, &nVersion) == 0;
-    close(nFd);
-    return bSpeaksIt;
+    const bool bGrabbed = ioctl(nFd, EVIOCGRAB, 1UL) != 0 && errno == EBUSY;
+    close(nFd); // and so gives up the grab, if it was to be had
+    return bGrabbed;
 }
 
 bool isKeyboard(const QString &path)
 {
     const auto status = statusOf(path);
-    const bool bSimulated = !qEnvironmentVariableIsEmpty("PANEL_ROOT");
-    return (status && bSimulated && S_ISFIFO(status->st_mode)) || isEventDevice(path);
+    return (status && isSimulated(*status)) || isEventDevice(path);
+}
+
+bool canBeTouchscreen(const QString &path)
+{
+    constexpr unsigned MemoryDevices = 1; // major number
+    const auto status = statusOf(path);
+    return status
+        && (isSimulated(*status)
+            || (S_ISCHR(status->st_mode) && major(status->st_rdev) != MemoryDevices));
 }

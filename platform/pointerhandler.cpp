@@ -11,6 +11,8 @@
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QSocketNotifier>
+#include <QWindow>
+#include <private/qguiapplication_p.h>
 #include <qpa/qwindowsysteminterface.h>
 
 #include <algorithm>
@@ -27,8 +29,14 @@ constexpr int BatchLimit = 512;
 /// More than any device queues up while nobody reads; a babbling one is left after so many.
 constexpr int DiscardLimit = 65536;
 /// Reads without a sample after which a device that always claims to have data counts as gone.
-/// tslib's filters swallow some samples of every touch, but never this many in a row.
-constexpr int FruitlessLimit = 4096;
+/// tslib's filters swallow some samples of every touch, but never this many in a row. Low, because
+/// a device that is none costs a line of tslib's at every read, which nobody can keep it from.
+constexpr int FruitlessLimit = 256;
+/// Until such a device gets another try, if it is still the same.
+constexpr std::chrono::minutes FruitlessRest{5};
+
+/// Outside of every window.
+constexpr QPointF Outside(-1, -1);
 
 short readiness(int fd)
 {
@@ -79,6 +87,10 @@ bool PointerHandler::openDevice()
 {
     sPath = touchscreenDevice();
     identity = deviceIdentity(sPath);
+    if (identity.exists() && !canBeTouchscreen(sPath)) {
+        warnOnce(QStringLiteral("%1 is not used: it is no touchscreen").arg(sPath));
+        return false;
+    }
     errno = 0;
     pDevice.reset(openTslibDevice(true));
     if (!pDevice) {
@@ -92,9 +104,10 @@ bool PointerHandler::openDevice()
     }
     pNotifier = std::make_unique<QSocketNotifier>(ts_fd(pDevice.get()), QSocketNotifier::Read);
     connect(pNotifier.get(), &QSocketNotifier::activated, this, &PointerHandler::readSamples);
-    pNotifier->setEnabled(!bSuspended);
+    pNotifier->setEnabled(isReading());
     nFruitlessReads = 0;
     bGrabReleased = false;
+    bAwaitsLift = false;
     return true;
 }
 
@@ -126,7 +139,15 @@ bool PointerHandler::isReplaced() const
 
 void PointerHandler::reopen()
 {
-    if (bSuspended || (pDevice && !isReplaced())) {
+    if (!isReading()) {
+        return;
+    }
+    const bool bSame = !isReplaced();
+    if (pDevice && bSame) {
+        retakeGrab();
+        return;
+    }
+    if (bSame && !fruitlessRest.hasExpired()) {
         return;
     }
     if (pDevice) {
@@ -167,10 +188,24 @@ void PointerHandler::reconfigure()
 void PointerHandler::suspend()
 {
     bSuspended = true;
+    bAwaitsLift = bAwaitsLift || bPressed;
+    sendRelease();
+    stopReading();
+}
+
+void PointerHandler::release()
+{
+    bReleased = true;
+    bAwaitsLift = bAwaitsLift || bPressed;
+    cancelPress();
+    stopReading();
+}
+
+void PointerHandler::stopReading()
+{
     if (pNotifier) {
         pNotifier->setEnabled(false);
     }
-    sendRelease();
     if (pDevice && releaseGrab(pDevice.get())) {
         bGrabReleased = true;
     }
@@ -178,7 +213,21 @@ void PointerHandler::suspend()
 
 void PointerHandler::resume()
 {
-    if (!std::exchange(bSuspended, false) && pDevice) {
+    if (std::exchange(bSuspended, false) || !pDevice) {
+        startReading();
+    }
+}
+
+void PointerHandler::take()
+{
+    if (std::exchange(bReleased, false)) {
+        startReading();
+    }
+}
+
+void PointerHandler::startReading()
+{
+    if (!isReading()) {
         return;
     }
     if (pDevice && isReplaced()) {
@@ -187,13 +236,25 @@ void PointerHandler::resume()
     if (!pDevice && !openDevice()) {
         return;
     }
-    if (std::exchange(bGrabReleased, false)) {
-        takeGrab(pDevice.get());
-    }
+    retakeGrab();
     drain(DiscardLimit, false);
     // One that has been plugged in anew meanwhile is another device.
     if (pDevice || openDevice()) {
+        // What went to another program that had the grab was not there to be drained.
+        bAwaitsLift = isTouched(pDevice.get()).value_or(bAwaitsLift);
         pNotifier->setEnabled(true);
+    }
+}
+
+void PointerHandler::retakeGrab()
+{
+    if (!bGrabReleased) {
+        return;
+    }
+    bGrabReleased = !takeGrab(pDevice.get());
+    if (bGrabReleased) {
+        warnOnce(QStringLiteral("Cannot take the touches back from other readers: %1")
+                     .arg(qt_error_string(errno)));
     }
 }
 
@@ -234,12 +295,16 @@ void PointerHandler::drain(int limit, bool deliver)
             bOutageReported = false;
             if (deliver) {
                 handleSample(sample);
+            } else {
+                bAwaitsLift = sample.pressure != 0;
             }
             continue;
         }
         const short state = readiness(ts_fd(pDevice.get()));
         const bool bFailed = count < 0 && (state & (POLLERR | POLLHUP | POLLNVAL));
-        if (bFailed || ((state & POLLIN) && ++nFruitlessReads >= FruitlessLimit)) {
+        const bool bFruitless = (state & POLLIN) && ++nFruitlessReads >= FruitlessLimit;
+        if (bFailed || bFruitless) {
+            fruitlessRest = QDeadlineTimer(bFruitless ? FruitlessRest : FruitlessRest.zero());
             warnOnce(QStringLiteral("The touchscreen is gone: no touches until it is back"));
             closeDevice();
             return;
@@ -255,7 +320,11 @@ void PointerHandler::handleSample(const ts_sample &sample)
 {
     nLastTime = timeOf(sample);
     if (sample.pressure == 0) {
+        bAwaitsLift = false;
         sendRelease();
+        return;
+    }
+    if (bAwaitsLift) {
         return;
     }
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
@@ -286,6 +355,22 @@ void PointerHandler::sendRelease()
         sendMove();
         bPressed = false;
         send(Qt::NoButton, Qt::LeftButton, QEvent::MouseButtonRelease);
+    }
+}
+
+// The window has gone from under the finger: a release at its place would find no window at all,
+// and leave a button pressed and Qt in the belief that the touch goes on.
+void PointerHandler::cancelPress()
+{
+    if (!std::exchange(bPressed, false)) {
+        return;
+    }
+    bMoved = false;
+    if (QWindow *pWindow =
+            std::exchange(QGuiApplicationPrivate::currentMousePressWindow, nullptr)) {
+        QWindowSystemInterface::handleMouseEvent(
+            pWindow, static_cast<ulong>(nLastTime), TapGuard::tapDevice(), Outside, Outside,
+            Qt::NoButton, Qt::LeftButton, QEvent::MouseButtonRelease);
     }
 }
 

@@ -20,6 +20,9 @@ class TapGuard;
 /// while the pointer is suspended. A window that has just come under the finger takes no touch (see
 /// TapGuard).
 ///
+/// While no window of the program is on the screen (see WindowStack), no input device is read or
+/// grabbed; what is typed and touched then, and what is held down since, does nothing afterwards.
+///
 /// One object per process, created after the QGuiApplication and destroyed before it; GUI thread
 /// only. Where there is no touchscreen device, there is no pointer handler and every pointer call
 /// is a harmless no-op.
@@ -52,11 +55,16 @@ public:
     void closeKeyboard();
     bool hasKeyboard() const;
 
-    /// Stops delivering and reading touches until resumePointer(). Nesting does not count.
+    /// Stops delivering and reading touches until resumePointer(), also those of a touchscreen that
+    /// comes meanwhile. Nesting does not count. Multi-touch screens are not concerned.
     void suspendPointer();
     /// Delivers touches again. Samples that queued up while suspended are thrown away.
     void resumePointer();
-    bool isPointerSuspended() const;
+    bool isPointerSuspended() const { return bPointerSuspended; }
+
+    /// No window of the program is on the screen: keyboards and touchscreen belong to whoever has
+    /// it.
+    bool isInputReleased() const { return bInputReleased; }
 
     /// Drops the calibration in force: touches are then delivered as the touchscreen reports them.
     /// The pointer calibration file stays.
@@ -90,11 +98,21 @@ public:
 Q_SIGNALS:
     /// The keyboard handler is gone: no release of a key that is held will come.
     void keyboardClosed();
+    /// No window of the program is left on the screen: what keeps a keyboard lets it go.
+    void inputReleased();
+    /// A window is about to be shown again: keyboards are the program's again.
+    void inputTaken();
     /// A touchscreen is in use: the first, or one after a time without.
     void touchscreenOpened();
 
+protected:
+    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+
 private:
+    void releaseInput();
+    void takeInput();
     bool createPointerHandler();
+    void closeMultiTouch();
     void lookForTouchscreen();
     void updateTouchscreenWatch();
 
@@ -105,6 +123,8 @@ private:
     std::unique_ptr<FolderWatch> pTouchscreenWatch;
     std::unique_ptr<TapGuard> pTapGuard; ///< there is one where there are touches
     bool bTouchscreenOpen = false;
+    bool bPointerSuspended = false;
+    bool bInputReleased = false;
     bool bCursorVisible = true;
     int nRotation = 0;
 };

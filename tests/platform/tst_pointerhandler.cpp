@@ -392,6 +392,8 @@ private Q_SLOTS:
         columns<QByteArray, QByteArray, QString>("device", "conf", "warning");
         row("no device", QByteArray("/nonexistent/touchscreen"), QByteArray("module linear"),
             "Cannot open the touchscreen /nonexistent");
+        row("no touchscreen", QByteArray("/dev/null"),
+            QByteArray("module_raw input\nmodule linear"), "^/dev/null is not used");
         row("unknown module", QByteArray(), QByteArray("module_raw nonsense\n"),
             "tslib cannot configure");
         row("empty configuration", QByteArray(), QByteArray(), "tslib cannot configure");
