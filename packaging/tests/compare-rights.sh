@@ -52,8 +52,9 @@ makesNode() {
 }
 
 probe() {
-    can mount-namespace test "$(readlink /proc/self/ns/mnt)" = "$(readlink /proc/1/ns/mnt)"
-    can network-namespace test "$(readlink /proc/self/ns/net)" = "$(readlink /proc/1/ns/net)"
+    for kind in mnt net pid ipc; do
+        echo "namespace-$kind $(readlink "/proc/self/ns/$kind")"
+    done
     can request-seen test -e "/tmp/compare-rights.$(cat "$work/number")"
     for folder in / /etc /usr /var /tmp /run /root /dev/shm; do
         can "write-$folder" writes "$folder"
@@ -89,7 +90,7 @@ probe() {
 # The unit with this script as its program: whatever it says of rights is kept.
 makeUnit() {
     systemctl cat operator-panel.service | sed -E '/^\[Install\]/,/^\[/d
-        /^(Type|NotifyAccess|ExecStart|Restart|RestartSec|RestartPreventExitStatus|WatchdogSec|TimeoutStartSec|OnFailure|StartLimit.*|Standard.*|After)=/d'
+        /^(Type|NotifyAccess|ExecStart|Restart|RestartSec|RestartPreventExitStatus|WatchdogSec|TimeoutStartSec|OnFailure|RuntimeDirectory.*|StartLimit.*|Standard.*|After)=/d'
     printf '[Service]\nType=oneshot\nExecStart=/bin/sh %s probe\nStandardOutput=truncate:%s\n' \
         "$1" "$work/unit"
 }
