@@ -55,7 +55,7 @@ probe() {
     for kind in mnt net pid ipc; do
         echo "namespace-$kind $(readlink "/proc/self/ns/$kind")"
     done
-    can request-seen test -e "/tmp/compare-rights.$(cat "$work/number")"
+    can request-seen test -e "/tmp/rights-request.$(cat "$work/number")"
     for folder in / /etc /usr /var /tmp /run /root /dev/shm; do
         can "write-$folder" writes "$folder"
     done
@@ -98,7 +98,7 @@ makeUnit() {
 cleanUp() {
     kill "$other" 2>/dev/null
     umount "$work/mount" 2>/dev/null
-    rm -rf "$work" /tmp/compare-rights.* "/run/systemd/system/$unit"
+    rm -rf "$work" /tmp/rights-request.* "/run/systemd/system/$unit"
     systemctl daemon-reload
 }
 
@@ -128,8 +128,8 @@ if [ "$(id -u)" != 0 ] || [ ! -d /run/systemd/system ]; then
     echo "compare-rights.sh: needs root and systemd" >&2
     exit 1
 fi
-script=$(readlink -f "$0")
 mkdir -p "$work/mount"
+cp "$0" "$work/probe" # wherever it lies, the unit may not see it there
 mount -t tmpfs none "$work/mount"
 setpriv --reuid 65534 --regid 65534 --clear-groups sleep 600 &
 other=$!
@@ -137,14 +137,14 @@ trap cleanUp EXIT
 trap 'exit 1' INT TERM
 echo "$other" >"$work/pid"
 echo "$$" >"$work/number"
-: >"/tmp/compare-rights.$$"
+: >"/tmp/rights-request.$$"
 echo text >"$work/others"
 chown 65534:65534 "$work/others"
 chmod 600 "$work/others"
 
 probe >"$work/shell"
 mount -o remount,rw "$work/mount"
-makeUnit "$script" >"/run/systemd/system/$unit"
+makeUnit "$work/probe" >"/run/systemd/system/$unit"
 systemctl daemon-reload
 systemctl start "$unit" || { systemctl status --no-pager "$unit"; exit 1; }
 status=0
