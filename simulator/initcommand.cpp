@@ -169,6 +169,16 @@ bool applyNetworkSettings(const DeviceFolder &device)
     return state.save();
 }
 
+/// True, after a line on stderr, when the device is no folder but all of a machine.
+bool isWholeMachine(const DeviceFolder &device)
+{
+    const bool bWhole = QDir(device.root()).isRoot();
+    if (bWhole) {
+        failure(QStringLiteral("an emulated device is made and started by emulate.sh"));
+    }
+    return bWhole;
+}
+
 bool makeDevice(const DeviceFolder &device, const InitOptions &options)
 {
     for (const QString &folder : deviceFolders()) {
@@ -226,6 +236,9 @@ ExitCode initCommand(const DeviceFolder &defaultDevice, Arguments &arguments)
         return usageError(arguments.error());
     }
     const DeviceFolder device(folder);
+    if (isWholeMachine(device)) {
+        return ExitCode::Failed;
+    }
     const QFileInfo info(device.root());
     if (info.exists() && !info.isDir()) {
         return failure(QStringLiteral("%1 is no folder").arg(device.root()));
@@ -247,6 +260,9 @@ ExitCode bootCommand(const DeviceFolder &device, Arguments &arguments)
 {
     if (!arguments.finish()) {
         return usageError(arguments.error());
+    }
+    if (isWholeMachine(device)) {
+        return ExitCode::Failed;
     }
     QDir(device.path(QStringLiteral("/tmp"))).removeRecursively();
     return device.makeFolder(QStringLiteral("/tmp/.system")) && applyNetworkSettings(device)

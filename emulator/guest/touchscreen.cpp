@@ -1,7 +1,8 @@
-// Makes the emulated device's touchscreen: /dev/uinput gives it, and the emulator's tablet, which has
-// no BTN_TOUCH and is therefore none, moves its finger. Where the finger is on the screen becomes
-// what the controller reports by the mapping in /simulator/touch.conf, the file of the simulated
-// device; without that file, raw positions are the screen's pixels stretched over the axes.
+// Makes the emulated device's touchscreen: /dev/uinput gives it, and the emulator's tablet, which
+// has no BTN_TOUCH and is therefore none, moves its finger. Where the finger is on the screen
+// becomes what the controller reports by the mapping in /simulator/touch.conf, the file of the
+// simulated device; without that file, raw positions are the screen's pixels stretched over the
+// axes.
 //
 // touchscreen single|multi WxH: until SIGTERM, with which the touchscreen is gone.
 
@@ -63,8 +64,7 @@ Mapping loadMapping(double width, double height)
     for (Axis &axis : mapping.axes) {
         file >> axis.factorX >> axis.factorY >> axis.offset;
     }
-    return file && mapping.width > 1 && mapping.height > 1 ? mapping
-                                                           : linearMapping(width, height);
+    return file && mapping.width > 1 && mapping.height > 1 ? mapping : linearMapping(width, height);
 }
 
 [[noreturn]] void fail(const char *what)
@@ -101,8 +101,7 @@ int openTablet()
 class Touchscreen
 {
 public:
-    explicit Touchscreen(bool multi)
-        : bMulti(multi), nFd(open("/dev/uinput", O_WRONLY | O_CLOEXEC))
+    explicit Touchscreen(bool multi) : bMulti(multi), nFd(open("/dev/uinput", O_WRONLY | O_CLOEXEC))
     {
         if (nFd < 0) {
             fail("/dev/uinput");

@@ -2,8 +2,8 @@
 // picture is one that no page of the panel has, and in which every single pixel tells if it was
 // overwritten: red grows to the right, green downwards, blue is what SEED says.
 //
-// visualisation DEVICE SEED [--before-next-read FILE DELAY_MS COMMAND]: with the latter it waits until
-// somebody has opened FILE, then DELAY_MS, then paints and, at once, runs COMMAND.
+// visualisation DEVICE SEED [--before-next-read FILE DELAY_MS COMMAND]: with the latter it waits
+// until somebody has opened FILE, then DELAY_MS, then paints and, at once, runs COMMAND.
 
 #include <cerrno>
 #include <chrono>
