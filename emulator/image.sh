@@ -158,6 +158,7 @@ END
     : | putText etc/fstab
     put "$tree/usr/share/base-passwd/passwd.master" etc/passwd
     put "$tree/usr/share/base-passwd/group.master" etc/group
+    ln -sf mawk "$root/usr/bin/awk" # an alternative, which nobody has installed
     mkdir -p "$root/flash/local" "$root/simulator"
 }
 

@@ -31,6 +31,10 @@ TABLET_RANGE = 32767
 KERNEL_WORDS = ("console=ttyAMA0 quiet loglevel=3 vt.global_cursor_default=0 consoleblank=0 "
                 "net.ifnames=0 systemd.show_status=0 systemd.log_color=0 rw")
 PR_SET_PDEATHSIG = 1
+# The kernel's driver of the keyboard, and its name for it: the third from the end of the board's
+# slots, which are given out in the order of the command line.
+DRIVER = "/sys/bus/virtio/drivers/virtio_input"
+KEYBOARD = "virtio4"
 
 
 @dataclass(frozen=True)

@@ -169,14 +169,10 @@ bool applyNetworkSettings(const DeviceFolder &device)
     return state.save();
 }
 
-/// True, after a line on stderr, when the device is no folder but all of a machine.
+/// True on the emulated device, which is no folder but all of a machine.
 bool isWholeMachine(const DeviceFolder &device)
 {
-    const bool bWhole = QDir(device.root()).isRoot();
-    if (bWhole) {
-        failure(QStringLiteral("an emulated device is made and started by emulate.sh"));
-    }
-    return bWhole;
+    return QDir(device.root()).isRoot();
 }
 
 bool makeDevice(const DeviceFolder &device, const InitOptions &options)
@@ -237,7 +233,7 @@ ExitCode initCommand(const DeviceFolder &defaultDevice, Arguments &arguments)
     }
     const DeviceFolder device(folder);
     if (isWholeMachine(device)) {
-        return ExitCode::Failed;
+        return failure(QStringLiteral("/ is no folder for a simulated device"));
     }
     const QFileInfo info(device.root());
     if (info.exists() && !info.isDir()) {
@@ -261,10 +257,9 @@ ExitCode bootCommand(const DeviceFolder &device, Arguments &arguments)
     if (!arguments.finish()) {
         return usageError(arguments.error());
     }
-    if (isWholeMachine(device)) {
-        return ExitCode::Failed;
+    if (!isWholeMachine(device)) { // whose own start empties tmp
+        QDir(device.path(QStringLiteral("/tmp"))).removeRecursively();
     }
-    QDir(device.path(QStringLiteral("/tmp"))).removeRecursively();
     return device.makeFolder(QStringLiteral("/tmp/.system")) && applyNetworkSettings(device)
         ? ExitCode::Done
         : ExitCode::Failed;
