@@ -46,7 +46,8 @@ root=$work/root
 # installed by nobody else.
 treePackages=(linux-image-armmp busybox-static systemd systemd-sysv udev kmod mount util-linux
     coreutils dash mawk sed grep findutils procps base-files base-passwd libqt6widgets6
-    qt6-qpa-plugins libts0 libts-bin libstdc++6 libsystemd0)
+    qt6-qpa-plugins libts0 libts-bin libstdc++6
+    libsystemd0 ttf-bitstream-vera)
 # In the order in which they are loaded; what they need comes with them.
 drivers=(virtio_mmio virtio_blk crc32c_generic ext4 crc32_generic f2fs virtio_console virtio_net
     virtio_gpu virtio_input evdev uinput)
@@ -84,9 +85,9 @@ makeTree() {
     printf '%s\n' "$stamp" >"$tree.stamp"
 }
 
-# wantedBy UNIT: the targets in whose .wants the unit's [Install] section puts it.
-wantedBy() {
-    sed -n 's/^WantedBy=//p' "$1"
+# valuesOf KEY UNIT: what the unit's file says behind KEY=.
+valuesOf() {
+    sed -n "s/^$1=//p" "$2"
 }
 
 # enableUnit NAME: as systemctl enable does.
@@ -94,9 +95,12 @@ enableUnit() {
     local unit target
     unit=$(find "$root/usr/lib/systemd/system" "$root/etc/systemd/system" -name "$1" | head -n 1)
     [[ -n $unit ]] || die "the packages have no unit $1"
-    for target in $(wantedBy "$unit"); do
+    for target in $(valuesOf WantedBy "$unit"); do
         mkdir -p "$root/etc/systemd/system/$target.wants"
         ln -sf "${unit#"$root"}" "$root/etc/systemd/system/$target.wants/$1"
+    done
+    for target in $(valuesOf Also "$unit"); do
+        enableUnit "$target"
     done
 }
 
@@ -117,7 +121,7 @@ makeRoot() {
     rm -rf -- "$root"
     cp -al "$tree" "$root"
     for package in "$@"; do
-        dpkg -x "$package" "$root"
+        dpkg-deb --fsys-tarfile "$package" | tar -x -p --keep-directory-symlink -C "$root"
     done
     for name in agent touchscreen visualisation; do
         put "build/armhf/emulator/guest/$name" "usr/lib/emulator/$name" 0755
@@ -183,16 +187,34 @@ makeFileSystem() {
     mv -- "$new" "$image/root.$fs"
 }
 
-# panelPackages: files of the panel's packages, which are built first.
+# panelPackages: files of the panel's packages.
 panelPackages() {
-    printf '%s\n' build/packages/*.deb
+    local version name
+    version=$(dpkg-parsechangelog --show-field Version)
+    for name in operator-panel operator-panel-simulator; do
+        printf '%s\n' "build/packages/${name}_${version}_$architecture.deb"
+    done
+}
+
+# checkDependencies PACKAGE...: dies when the tree lacks what one of them depends on.
+checkDependencies() {
+    local package name
+    for package; do
+        for name in $(dpkg-deb --field "$package" Depends | sed 's/([^)]*)//g; s/|[^,]*//g; s/,/ /g'); do
+            grep -q "^$name " "$tree.packages" \
+                || die "$(basename "$package") depends on $name, which is not among the tree's packages"
+        done
+    done
 }
 
 mkdir -p "$image"
 oneAtATime emulator
 makeTree
+packaging/build.sh --arch "$architecture"
 mapfile -t packages < <(panelPackages)
+checkDependencies "${packages[@]}"
 configureAndBuild armhf emulator-guest
+configureAndBuild debug panelctl
 stamp="$(sha256sum "${packages[@]}" build/armhf/emulator/guest/{agent,touchscreen,visualisation} \
     emulator/image.sh emulator/guest/units/* "$tree.stamp")"
 if [[ -e $image/root.$fs && $(cat "$image/$fs.stamp" 2>/dev/null) == "$stamp" ]]; then

@@ -112,7 +112,7 @@ def make_files(kind, target):
     panelctl = PROJECT / "build/debug/simulator/panelctl"
     run_tool(str(panelctl), "init", str(folder), "--screen", kind.screen, "--touch", kind.touch,
              *kind.options)
-    for name in ("dev", "proc", "sys", "tmp", "sbin", "bin/mount"):
+    for name in ("dev", "proc", "sys", "tmp", "sbin", "bin/mount", "usr/lib/fonts"):
         path = folder / name
         if path.is_dir():
             shutil.rmtree(path)

@@ -63,10 +63,14 @@ tree=$work/operator-panel-$version
 oneAtATime "packages-$architecture"
 mkdir -p "$work"
 # Neither what git holds nor what a build or a simulated device has left.
-tar --create --sort=name --owner=0 --group=0 --numeric-owner --mtime=@0 --exclude-vcs \
-    --exclude=./build --exclude=./device --exclude='*.orig' . >"$work/sources.tar" \
-    || die "the sources cannot be copied to $work"
-stamp=$(sha256sum <"$work/sources.tar")
+archiveSources() {
+    tar --create --sort=name --owner=0 --group=0 --numeric-owner --mtime=@0 --exclude-vcs \
+        --exclude=./build --exclude=./device --exclude='*.orig' --exclude=__pycache__ "$@" .
+}
+archiveSources >"$work/sources.tar" || die "the sources cannot be copied to $work"
+# What is never in a package is no reason to build anew.
+stamp=$(archiveSources --exclude=./emulator --exclude=./emulate.sh --exclude=./tests --exclude=./.ci \
+    --exclude=./benchmarks --exclude=./docs | sha256sum)
 changes=operator-panel_${version}_$architecture.changes
 isComplete() {
     [[ $(cat "$work/stamp" 2>/dev/null) == "$stamp $(cat build/sysroot/armhf.stamp 2>/dev/null)" ]] \
