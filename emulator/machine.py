@@ -206,8 +206,10 @@ class Machine:
             self.qmp = wait_for("the emulator answers", self._connect, CONNECT_LIMIT)
             self.agent = Agent(self.folder / "agent")
             if incoming:
-                wait_for("the machine goes on", lambda: self.qmp.command("query-status")["status"]
-                         == "running", CONNECT_LIMIT * 3)
+                wait_for("the saved machine is there",
+                         lambda: self.qmp.command("query-status")["status"] != "inmigrate",
+                         CONNECT_LIMIT * 3)
+                self.qmp.command("cont")
         except Failure:
             self.kill()
             raise

@@ -1,6 +1,19 @@
 """Pictures of the emulated screen."""
 
 from common import Failure
+from places import COLOURS, MARKS, TOLERANCE
+
+DARKEST = 140  # an average of the three colours below it is ink
+
+
+def is_ink(red, green, blue):
+    """A pixel of a text or of a dark picture."""
+    return red + green + blue < 3 * DARKEST
+
+
+def is_red(red, green, blue):
+    """A pixel of an error's title."""
+    return red > 200 and green < 60 and blue < 60
 
 
 class Picture:
@@ -40,6 +53,32 @@ class Picture:
             start = 3 * (row * self.width + x)
             rows.append(self.pixels[start:start + 3 * width])
         return b"".join(rows)
+
+    def count(self, rectangle, wanted):
+        """Number of pixels in (x, y, width, height) for which wanted(red, green, blue) is true."""
+        data = self.region(*rectangle)
+        return sum(1 for i in range(0, len(data), 3) if wanted(*data[i:i + 3]))
+
+    def has(self, mark):
+        """True when the mark (see places.py) is there."""
+        kind = mark[0]
+        if kind == "ink":
+            return self.count(mark[1:5], is_ink) >= mark[5]
+        if kind == "blank":
+            return self.count(mark[1:5], is_ink) == 0
+        if kind == "red":
+            return self.count(mark[1:5], is_red) >= mark[5]
+        return all(abs(have - want) <= TOLERANCE
+                   for have, want in zip(self.at(*mark[1:]), COLOURS[kind]))
+
+    def is_page(self, name):
+        """True when the screen shows the page of this name in places.py, and nothing over its marks."""
+        return all(self.has(mark) for mark in MARKS[self.width, self.height][name])
+
+    def page(self):
+        """Name of the page that the screen shows, for messages; "?" when it is none."""
+        names = [name for name in MARKS.get((self.width, self.height), {}) if self.is_page(name)]
+        return " or ".join(names) or "?"
 
     def differs_at(self, other):
         """The rectangle (left, top, right, bottom) that holds all differing pixels, or None."""
