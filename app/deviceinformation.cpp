@@ -25,11 +25,11 @@ FirmwareVersions readFirmwareVersions()
 {
     static bool bTold = false; // it is read again and again
     const IniFile info(FirmwareInfoFile);
-    const bool bUnreadable = info.state() == IniFile::Unreadable;
-    if (bUnreadable && !bTold) {
+    const bool bBad = !info.problem().isEmpty();
+    if (bBad && !bTold) {
         qWarning("%s %s", FirmwareInfoFile.data(), qPrintable(info.problem()));
     }
-    bTold = bUnreadable;
+    bTold = bBad;
     return {info.value(QLatin1String("firmware/version")).toString(),
             info.value(QLatin1String("codesys/version")).toString()};
 }

@@ -7,8 +7,8 @@ class QAbstractButton;
 /// Marks a button that has no frame of its own, as long as it has the focus and got it by a key: a
 /// coloured frame inside the button's border. A finger leaves no mark.
 ///
-/// Keys press the button only while it is seen to be marked, if it is made \a bOnlyMarked; all
-/// other presses of Space go on to the button's parent. Child of the button; GUI thread.
+/// A button that is made \a bOnlyMarked takes keys only while it is seen to be marked; without a
+/// mark all of them go on to its parent. Child of the button; GUI thread.
 class FocusMark : public QWidget
 {
     Q_OBJECT

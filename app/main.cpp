@@ -19,13 +19,17 @@
 
 int main(int argc, char *argv[])
 {
-    const StandardStreams standardStreams;
+    TerminationSignals::letThrough();
+    std::optional<StandardStreams> standardStreams(std::in_place);
     // Never called off: what ends after main(), in whatever library, may hang, too.
     [[maybe_unused]] static const auto *const pEndingLimit = new EndingLimit;
     prepareEnvironment();
     ServiceNotifier serviceNotifier;
     std::optional<FontConfiguration> fontConfiguration(std::in_place);
-    std::optional<DisplayCheck> displayCheck([&fontConfiguration] { fontConfiguration.reset(); });
+    std::optional<DisplayCheck> displayCheck([&] {
+        fontConfiguration.reset();
+        standardStreams.reset();
+    });
     QApplication application(argc, argv);
     if (!DisplayCheck::hasScreen()) {
         return DisplayCheck::ExitCode;

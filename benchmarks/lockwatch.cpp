@@ -30,6 +30,8 @@ LockWatch::LockWatch(MainWindow *pWatched, const DeviceRoot *pWatchedRoot)
                                 + QFile::encodeName(pRoot->path(QLatin1String(CommandLog))));
     }
     plain = picture();
+    connect(pStart, &QPushButton::released, this,
+            [this] { bMarked = std::exchange(bMarkedAtPress, false) && pStart->hasFocus(); });
     connect(pStart, &QPushButton::clicked, this, &LockWatch::seeStart);
     qApp->installEventFilter(this);
 }
@@ -77,10 +79,10 @@ void LockWatch::seeStart()
 {
     ++count.nStarts;
     bStarted = true;
-    if (!bMarkedAtPress || !pStart->hasFocus()) {
+    // Not its focus of now: where the application cannot be started the panel has moved it on.
+    if (!std::exchange(bMarked, false)) {
         report("a key started the PLC application while its button had no mark");
     }
-    bMarkedAtPress = false;
 }
 
 void LockWatch::look(bool bPlcStopped)

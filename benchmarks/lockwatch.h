@@ -57,6 +57,7 @@ private:
     qsizetype nTaken = 0; ///< of the faults
     Counts count;
     bool bMarkedAtPress = false; ///< when the button got its last key
+    bool bMarked = false; ///< from press to release, before anything came of it
     bool bStarted = false;
     bool bPassed = false;
 };

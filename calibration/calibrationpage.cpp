@@ -6,6 +6,7 @@
 #include "platform/regularfile.h"
 #include "platform/requestfiles.h"
 #include "platform/windowserver.h"
+#include "settings/fittedfont.h"
 #include "settings/veltautils.h"
 #include "ui_veltacalibrationinputform.h"
 
@@ -62,19 +63,35 @@ void CalibrationPage::adaptToScreen()
     // A display of segments has no use for a font; its size follows the one it would have.
     const int line = pForm->acceptTimeout->fontMetrics().height();
     pForm->acceptTimeout->setMinimumSize(3 * line, 2 * line);
-    // Nothing may stick out of a screen that is smaller than the form's minimum sizes, and the
-    // text takes the height that it needs, so that the buttons are as high as can be.
+    // Nothing may stick out of a screen that is smaller than the form's minimum sizes.
     setMinimumSize(minimumSize().boundedTo(screen));
-    QPlainTextEdit *pText = pForm->acceptCalTextEdit;
     const int width =
         qMin(screen.width() - horizontalMargins(layout()), pForm->groupBox->maximumWidth())
-        - horizontalMargins(pForm->verticalLayout_3) - pForm->horizontalLayout_2->spacing()
-        - pForm->acceptTimeout->minimumWidth() - GroupBoxFrame;
+        - GroupBoxFrame;
+    const QFont common = pForm->groupBox->font();
+    pForm->groupBox->setFont(fittedFont(common, pForm->groupBox->title(), width));
+    fitAcceptText(width - horizontalMargins(pForm->verticalLayout_3)
+                      - pForm->horizontalLayout_2->spacing() - pForm->acceptTimeout->minimumWidth(),
+                  screen.height());
+}
+
+// The text takes the height that it needs, so that the buttons are as high as can be; where they
+// leave less, its font gets smaller.
+void CalibrationPage::fitAcceptText(int width, int screenHeight)
+{
+    QPlainTextEdit *pText = pForm->acceptCalTextEdit;
     pText->setMinimumWidth(qMin(pText->minimumWidth(), width));
-    const int margin = static_cast<int>(pText->document()->documentMargin());
-    const QRect text = pText->fontMetrics().boundingRect(
-        QRect(0, 0, width - 2 * margin, screen.height()), Qt::TextWordWrap, acceptText());
-    pText->setMinimumHeight(qMax(pText->minimumHeight(), text.height() + 2 * margin));
+    const int leastHeight = pText->minimumHeight();
+    const int margins = 2 * static_cast<int>(pText->document()->documentMargin());
+    fittedFont(pText->font(), [&](const QFont &font) {
+        pText->setFont(font);
+        const QRect text = QFontMetrics(font).boundingRect(
+            QRect(0, 0, width - margins, screenHeight), Qt::TextWordWrap, acceptText());
+        // A rounding more: a text that ends with its room can be scrolled.
+        pText->setMinimumHeight(qMax(leastHeight, text.height() + margins + 2));
+        layout()->invalidate();
+        return layout()->totalMinimumSize().height() <= screenHeight;
+    });
 }
 
 QString CalibrationPage::acceptText()

@@ -51,6 +51,7 @@ protected:
 
 private:
     void adaptToScreen();
+    void fitAcceptText(int width, int screenHeight);
     static QString acceptText();
     void showState();
     void showCount(int seconds);

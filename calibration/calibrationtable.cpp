@@ -34,7 +34,7 @@ constexpr Row Rows[]{
     {CountingDown, Event::StartTick, CountingDown, Action::Count},
     {CountingDown, Event::Expired, CountingDown, Action::AskToStart},
     {CountingDown, Event::Applied, Awaiting, Action::BeginAcceptance},
-    {CountingDown, Event::Restore, CountingDown, Action::Restore},
+    {CountingDown, Event::Restore, Restoring, Action::Restore},
     {CountingDown, Event::Withdraw, Idle, Action::None},
 
     {Sampling, Event::Start, Sampling, Action::Begin},

@@ -379,7 +379,6 @@ void VeltaInfoBox::presentDialog()
     pDialog->setWindowModality(bModal ? Qt::ApplicationModal : Qt::NonModal);
     pDialog->show();
     pDialog->raise();
-    pDialog->activateWindow();
     if (QPushButton *pDefault = pMessageBox->defaultButton()) {
         pDefault->setFocus();
     }

@@ -72,6 +72,12 @@ void QVeltaLineEdit::mouseMoveEvent(QMouseEvent *event)
     event->accept();
 }
 
+// The base class would insert a desktop's selection at the middle button's release.
+void QVeltaLineEdit::mouseReleaseEvent(QMouseEvent *event)
+{
+    event->accept();
+}
+
 void QVeltaLineEdit::mouseDoubleClickEvent(QMouseEvent *event)
 {
     mousePressEvent(event);

@@ -125,7 +125,6 @@ void VeltaInputPanelContext::showPanel(QLabel *label)
     }
     bOpen = true;
     show();
-    activateWindow();
     if (bGrabKeyboard) {
         pPanel->grabKeyboard();
     }

@@ -9,6 +9,7 @@
 #include <optional>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace {
@@ -20,6 +21,11 @@ std::optional<struct stat> statusOf(const QString &path)
         return std::nullopt;
     }
     return status;
+}
+
+bool isSimulated(const struct stat &status)
+{
+    return S_ISFIFO(status.st_mode) && !qEnvironmentVariableIsEmpty("PANEL_ROOT");
 }
 
 /// The descriptor of what speaks the kernel's input protocol, else -1.
@@ -77,6 +83,14 @@ bool isGrabbed(const QString &path)
 bool isKeyboard(const QString &path)
 {
     const auto status = statusOf(path);
-    const bool bSimulated = !qEnvironmentVariableIsEmpty("PANEL_ROOT");
-    return (status && bSimulated && S_ISFIFO(status->st_mode)) || isEventDevice(path);
+    return (status && isSimulated(*status)) || isEventDevice(path);
+}
+
+bool canBeTouchscreen(const QString &path)
+{
+    constexpr unsigned MemoryDevices = 1; // major number
+    const auto status = statusOf(path);
+    return status
+        && (isSimulated(*status)
+            || (S_ISCHR(status->st_mode) && major(status->st_rdev) != MemoryDevices));
 }

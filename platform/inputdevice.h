@@ -33,3 +33,7 @@ bool isGrabbed(const QString &path);
 /// Whether \a path can be read as a keyboard: an event device, or a FIFO of a simulated device.
 /// Anything else would cost the processor (a device without an end) or block.
 bool isKeyboard(const QString &path);
+
+/// Whether \a path may be a touchscreen, of whatever protocol: a character device, but none of the
+/// system's memory such as /dev/null, or a FIFO of a simulated device.
+bool canBeTouchscreen(const QString &path);

@@ -29,8 +29,11 @@ constexpr int BatchLimit = 512;
 /// More than any device queues up while nobody reads; a babbling one is left after so many.
 constexpr int DiscardLimit = 65536;
 /// Reads without a sample after which a device that always claims to have data counts as gone.
-/// tslib's filters swallow some samples of every touch, but never this many in a row.
-constexpr int FruitlessLimit = 4096;
+/// tslib's filters swallow some samples of every touch, but never this many in a row. Low, because
+/// a device that is none costs a line of tslib's at every read, which nobody can keep it from.
+constexpr int FruitlessLimit = 256;
+/// Until such a device gets another try, if it is still the same.
+constexpr std::chrono::minutes FruitlessRest{5};
 
 /// Outside of every window.
 constexpr QPointF Outside(-1, -1);
@@ -84,6 +87,10 @@ bool PointerHandler::openDevice()
 {
     sPath = touchscreenDevice();
     identity = deviceIdentity(sPath);
+    if (identity.exists() && !canBeTouchscreen(sPath)) {
+        warnOnce(QStringLiteral("%1 is not used: it is no touchscreen").arg(sPath));
+        return false;
+    }
     errno = 0;
     pDevice.reset(openTslibDevice(true));
     if (!pDevice) {
@@ -135,8 +142,12 @@ void PointerHandler::reopen()
     if (!isReading()) {
         return;
     }
-    if (pDevice && !isReplaced()) {
+    const bool bSame = !isReplaced();
+    if (pDevice && bSame) {
         retakeGrab();
+        return;
+    }
+    if (bSame && !fruitlessRest.hasExpired()) {
         return;
     }
     if (pDevice) {
@@ -291,7 +302,9 @@ void PointerHandler::drain(int limit, bool deliver)
         }
         const short state = readiness(ts_fd(pDevice.get()));
         const bool bFailed = count < 0 && (state & (POLLERR | POLLHUP | POLLNVAL));
-        if (bFailed || ((state & POLLIN) && ++nFruitlessReads >= FruitlessLimit)) {
+        const bool bFruitless = (state & POLLIN) && ++nFruitlessReads >= FruitlessLimit;
+        if (bFailed || bFruitless) {
+            fruitlessRest = QDeadlineTimer(bFruitless ? FruitlessRest : FruitlessRest.zero());
             warnOnce(QStringLiteral("The touchscreen is gone: no touches until it is back"));
             closeDevice();
             return;

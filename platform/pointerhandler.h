@@ -3,6 +3,7 @@
 #include "platform/inputdevice.h"
 #include "platform/pointercalibration.h"
 
+#include <QDeadlineTimer>
 #include <QEvent>
 #include <QObject>
 #include <QPoint>
@@ -107,6 +108,7 @@ private:
     int nFruitlessReads = 0; ///< in a row, although the device said it had data
     QString sPath; ///< of the device, as it was opened
     DeviceIdentity identity; ///< that it had then
+    QDeadlineTimer fruitlessRest; ///< of that one, which gave no samples
     bool bOutageReported = false; ///< and no sample has come since
     QPoint lastPosition;
     qint64 nLastTime = 0; ///< of the sample behind lastPosition, TapGuard::eventClock()

@@ -189,8 +189,14 @@ bool removeName(const QString &path)
         return true;
     }
     // Linux says EISDIR, others EPERM.
-    const bool bMayBeFolder = errno == EISDIR || errno == EPERM;
-    return bMayBeFolder && rmdir(name.constData()) == 0;
+    const int nError = errno;
+    if ((nError == EISDIR || nError == EPERM) && rmdir(name.constData()) == 0) {
+        return true;
+    }
+    if (errno == ENOTDIR) {
+        errno = nError; // no folder: what the first call said is the reason
+    }
+    return false;
 }
 
 bool isWritableName(const QString &path)

@@ -6,6 +6,9 @@
 #include "platform/screengrab.h"
 
 #include <QBuffer>
+#include <QFileInfo>
+
+#include <cerrno>
 
 namespace {
 
@@ -30,8 +33,15 @@ void ScreenshotRequest::serve()
     }
     QBuffer picture;
     if (grabScreen().save(&picture, "PNG")) {
-        isRequested(pictureFile()); // takes away what is no file, such as a folder
-        replaceFile(pictureFile(), picture.data(), PictureMode);
+        const QFileInfo planted(pictureFile());
+        const bool bPlanted = planted.isSymLink() || (planted.exists() && !planted.isFile());
+        if (bPlanted && removeName(pictureFile())) {
+            qWarning("%s is no file and so no picture: removed", qPrintable(pictureFile()));
+        }
+        if (!replaceFile(pictureFile(), picture.data(), PictureMode)) {
+            qWarning("%s cannot be written: %s", qPrintable(pictureFile()),
+                     qPrintable(qt_error_string(errno)));
+        }
     }
     request.finish();
 }

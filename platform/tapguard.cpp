@@ -1,11 +1,14 @@
 #include "platform/tapguard.h"
 
+#include "platform/windowstack.h"
+
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPlatformSurfaceEvent>
 #include <QPointer>
 #include <QPointingDevice>
 #include <QTouchEvent>
+#include <QWidget>
 #include <QWindow>
 #include <qpa/qwindowsysteminterface_p.h>
 
@@ -67,6 +70,10 @@ const QPointingDevice *TapGuard::tapDevice()
 
 bool TapGuard::eventFilter(QObject *pReceiver, QEvent *pEvent)
 {
+    if (pEvent->type() == QEvent::ZOrderChange && pReceiver->isWidgetType()) {
+        noteRaise(static_cast<QWidget *>(pReceiver)->windowHandle());
+        return false;
+    }
     if (!pReceiver->isWindowType()) {
         return false;
     }
@@ -132,7 +139,7 @@ void TapGuard::notePlace(QWindow *pWindow)
 {
     const auto place = places.find(pWindow);
     if (place != places.end() && *place != pWindow->geometry()) {
-        addChange(QRegion(*place).xored(pWindow->geometry()), nullptr);
+        addChange(QRegion(*place).xored(pWindow->geometry()) - areaAbove(pWindow), nullptr);
         *place = pWindow->geometry();
     }
 }
@@ -142,15 +149,42 @@ void TapGuard::noteDeparture(QWindow *pWindow)
     droppedTouches.remove(pWindow);
     const auto place = places.constFind(pWindow);
     if (place != places.cend()) {
-        addChange(*place, nullptr);
+        addChange(QRegion(*place) - areaAbove(pWindow), nullptr);
         places.erase(place);
     }
     // Another window may get the same address.
     std::erase_if(changes, [pWindow](const Change &change) { return change.pShown == pWindow; });
 }
 
+// Seen in front of the window stack, which was made first: it still has the order from before.
+void TapGuard::noteRaise(const QWindow *pWindow)
+{
+    const auto place = places.constFind(pWindow);
+    if (place != places.cend()) {
+        addChange(areaAbove(pWindow) & *place, pWindow);
+    }
+}
+
+QRegion TapGuard::areaAbove(const QWindow *pWindow) const
+{
+    const QList<QWidget *> windows = visibleWindows();
+    const auto it = std::find_if(windows.cbegin(), windows.cend(), [pWindow](const QWidget *p) {
+        return p->windowHandle() == pWindow;
+    });
+    QRegion area;
+    for (auto above = it; above != windows.cend(); ++above) {
+        if (above != it) {
+            area += places.value((*above)->windowHandle());
+        }
+    }
+    return area;
+}
+
 void TapGuard::addChange(const QRegion &area, const QWindow *pShown)
 {
+    if (area.isEmpty()) {
+        return;
+    }
     const qint64 nOldest = clock() - LongestWaitMs - Delay.count();
     std::erase_if(changes, [nOldest](const Change &change) {
         return change.painted && *change.painted < nOldest;

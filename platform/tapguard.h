@@ -61,6 +61,9 @@ private:
     void noteExposure(QWindow *pWindow);
     void notePlace(QWindow *pWindow);
     void noteDeparture(QWindow *pWindow);
+    void noteRaise(const QWindow *pWindow);
+    /// What the windows above \a pWindow cover.
+    QRegion areaAbove(const QWindow *pWindow) const;
     void addChange(const QRegion &area, const QWindow *pShown);
     bool isTooEarly(QWindow *pWindow, QPoint position, qint64 nPressed);
     bool filterMouse(QWindow *pWindow, QMouseEvent *pEvent);

@@ -28,6 +28,25 @@ extern "C" void noteSignal(int)
 
 } // namespace
 
+sigset_t TerminationSignals::allSignals()
+{
+    sigset_t all;
+    sigemptyset(&all);
+    for (const int nSignal : Signals) {
+        sigaddset(&all, nSignal);
+    }
+    return all;
+}
+
+void TerminationSignals::letThrough()
+{
+    for (const int nSignal : {SIGTERM, SIGINT}) {
+        std::signal(nSignal, SIG_DFL);
+    }
+    const sigset_t all = allSignals();
+    pthread_sigmask(SIG_UNBLOCK, &all, nullptr);
+}
+
 TerminationSignals::TerminationSignals(QObject *parent) : QObject(parent)
 {
     const int nEvent = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
@@ -53,12 +72,8 @@ TerminationSignals::TerminationSignals(QObject *parent) : QObject(parent)
         }
     }
     // A mask is inherited, too. Of all threads this one is enough to take them.
-    sigset_t signalsOfEnd;
-    sigemptyset(&signalsOfEnd);
-    for (const int nSignal : Signals) {
-        sigaddset(&signalsOfEnd, nSignal);
-    }
-    pthread_sigmask(SIG_UNBLOCK, &signalsOfEnd, &previousMask);
+    const sigset_t all = allSignals();
+    pthread_sigmask(SIG_UNBLOCK, &all, &previousMask);
 }
 
 TerminationSignals::~TerminationSignals()

@@ -24,7 +24,13 @@ public:
     /// Gives the signals back to whom they belonged before.
     ~TerminationSignals() override;
 
+    /// Has SIGTERM and SIGINT end the process at once until there is an object, however they were
+    /// inherited: a start that hangs can be ended, too. To be called first of all.
+    static void letThrough();
+
 private:
+    static sigset_t allSignals();
+
     static constexpr std::array<int, 3> Signals{SIGTERM, SIGINT, SIGHUP};
 
     QSocketNotifier *pNotifier = nullptr;

@@ -127,6 +127,9 @@ bool WindowServer::createPointerHandler()
         return pMultiTouchHandler != nullptr;
     }
     pPointerHandler = std::make_unique<PointerHandler>(nRotation);
+    if (bPointerSuspended) {
+        pPointerHandler->suspend();
+    }
     connect(pPointerHandler.get(), &PointerHandler::lost, this,
             &WindowServer::updateTouchscreenWatch);
     return pPointerHandler->open();
@@ -185,7 +188,7 @@ bool WindowServer::eventFilter(QObject *pReceiver, QEvent *pEvent)
 
 void WindowServer::lookForTouchscreen()
 {
-    if (isPointerSuspended() || bInputReleased) {
+    if (bPointerSuspended || bInputReleased) {
         return;
     }
     const bool bNone = !pPointerHandler && !pMultiTouchHandler;
@@ -210,8 +213,7 @@ void WindowServer::updateTouchscreenWatch()
     const bool bMultiTouchOpen =
         pMultiTouchHandler && deviceIdentity(touchscreenDevice()) == multiTouchDevice;
     const bool bOpen = bMultiTouchOpen || (pPointerHandler && pPointerHandler->isOpen());
-    const bool bAwaited =
-        pMultiTouchHandler || (pPointerHandler && !pPointerHandler->isSuspended());
+    const bool bAwaited = pMultiTouchHandler || (pPointerHandler && !bPointerSuspended);
     const bool bWanting = !bOpen || (pPointerHandler && pPointerHandler->isGrabMissing());
     pTouchscreenWatch->setPolled(bAwaited && bWanting && !bInputReleased);
     if (!std::exchange(bTouchscreenOpen, bOpen) && bOpen) {
@@ -262,6 +264,7 @@ bool WindowServer::hasKeyboard() const
 
 void WindowServer::suspendPointer()
 {
+    bPointerSuspended = true; // also for a touchscreen that is still to come
     if (pPointerHandler) {
         pPointerHandler->suspend();
         updateTouchscreenWatch();
@@ -270,15 +273,13 @@ void WindowServer::suspendPointer()
 
 void WindowServer::resumePointer()
 {
+    bPointerSuspended = false;
     if (pPointerHandler) {
         pPointerHandler->resume();
         updateTouchscreenWatch();
+    } else if (pTouchscreenWatch) {
+        lookForTouchscreen();
     }
-}
-
-bool WindowServer::isPointerSuspended() const
-{
-    return pPointerHandler && pPointerHandler->isSuspended();
 }
 
 void WindowServer::clearCalibration()

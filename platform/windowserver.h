@@ -55,11 +55,12 @@ public:
     void closeKeyboard();
     bool hasKeyboard() const;
 
-    /// Stops delivering and reading touches until resumePointer(). Nesting does not count.
+    /// Stops delivering and reading touches until resumePointer(), also those of a touchscreen that
+    /// comes meanwhile. Nesting does not count. Multi-touch screens are not concerned.
     void suspendPointer();
     /// Delivers touches again. Samples that queued up while suspended are thrown away.
     void resumePointer();
-    bool isPointerSuspended() const;
+    bool isPointerSuspended() const { return bPointerSuspended; }
 
     /// No window of the program is on the screen: keyboards and touchscreen belong to whoever has
     /// it.
@@ -122,6 +123,7 @@ private:
     std::unique_ptr<FolderWatch> pTouchscreenWatch;
     std::unique_ptr<TapGuard> pTapGuard; ///< there is one where there are touches
     bool bTouchscreenOpen = false;
+    bool bPointerSuspended = false;
     bool bInputReleased = false;
     bool bCursorVisible = true;
     int nRotation = 0;

@@ -2,6 +2,7 @@
 
 #include "platform/devicepath.h"
 
+#include <QFileInfo>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -107,10 +108,21 @@ QString escaped(QString value)
     return bQuoted ? u'"' + value + u'"' : value;
 }
 
+/// A link that leads nowhere is a file that is not to be had, and not the absence of one: where
+/// the settings lie on a file system that is not mounted yet, they have a password all the same.
+FileContent contentOf(const QString &path)
+{
+    FileContent content = readRegularFile(path, Links::Follow);
+    if (content.state == FileContent::Absent && QFileInfo(path).isSymLink()) {
+        content = {FileContent::Unreadable, {}, QStringLiteral("a link that leads nowhere")};
+    }
+    return content;
+}
+
 } // namespace
 
 IniFile::IniFile(const QString &path, QSettings::Format format)
-    : IniFile(readRegularFile(devicePath(path), Links::Follow), format)
+    : IniFile(contentOf(devicePath(path)), format)
 { }
 
 IniFile::IniFile(const FileContent &file, QSettings::Format format)

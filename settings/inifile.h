@@ -22,7 +22,7 @@ public:
     };
 
     /// Reads \a path, a path on the device. A link leads to its target, as only the system writes
-    /// where the device keeps its files.
+    /// where the device keeps its files; one that leads nowhere is an unreadable file.
     explicit IniFile(const QString &path, QSettings::Format format = QSettings::IniFormat);
     /// Reads \a file, which has been read before.
     explicit IniFile(const FileContent &file, QSettings::Format format = QSettings::IniFormat);

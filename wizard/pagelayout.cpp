@@ -40,6 +40,11 @@ QLayout *rowLayout(const FieldRow &row)
 int gaps(const FieldRow &row)
 {
     QLayout *pLayout = rowLayout(row);
+    // A text that changes makes the page's own layout measure anew, but not those in it.
+    for (int i = 0; i < pLayout->count(); ++i) {
+        pLayout->itemAt(i)->invalidate();
+    }
+    pLayout->invalidate();
     int nGaps = pLayout->minimumSize().width();
     for (int i = 0; i < pLayout->count(); ++i) {
         nGaps -= pLayout->itemAt(i)->minimumSize().width();

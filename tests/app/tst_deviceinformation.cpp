@@ -72,9 +72,16 @@ private Q_SLOTS:
     void versions()
     {
         QFETCH(QByteArray, file);
+        QFETCH(QString, expected);
+        readFirmwareVersions(); // nothing is there, and nothing said
         root().write("/etc/fwinfo.ini", file);
-        const FirmwareVersions versions = readFirmwareVersions();
-        QTEST(versions.firmware + '|' + versions.runtime, "expected");
+        if (expected == "|") {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^/etc/fwinfo.ini is "));
+        }
+        for (int i = 0; i < 2; ++i) { // the second time without a word
+            const FirmwareVersions versions = readFirmwareVersions();
+            QCOMPARE(versions.firmware + '|' + versions.runtime, expected);
+        }
     }
 
     // What a call leaves in the record when it fails is no status; a closed link has none.

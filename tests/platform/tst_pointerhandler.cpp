@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScopeGuard>
+#include <QSignalSpy>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -387,11 +388,59 @@ private Q_SLOTS:
         QCOMPARE(pSheet->take(), tapAt(10, 20));
     }
 
+    /// What begins or ends while no window is there presses no button, and another program has it.
+    void windowHidden()
+    {
+        QPushButton button("Start", pSheet.get());
+        button.setGeometry(600, 400, 80, 40);
+        button.setFocusPolicy(Qt::NoFocus);
+        button.show();
+        QSignalSpy clicks(&button, &QPushButton::clicked);
+        start();
+        pTouchscreen->send({640, 420}, 1);
+        deliver();
+        QVERIFY(button.isDown());
+        pSheet->hide();
+        deliver();
+        QVERIFY(!button.isDown());
+        pTouchscreen->send({640, 420}, 0);
+        pTouchscreen->tap({640, 420});
+        deliver();
+        QFile reader(pTouchscreen->path);
+        QVERIFY(reader.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+        const QByteArray press = TouchscreenFifo::sample({640, 420}, 1);
+        const QByteArray lift = TouchscreenFifo::sample({640, 420}, 0);
+        QCOMPARE(reader.read(24), lift + press + lift);
+
+        pTouchscreen->send({640, 420}, 1);
+        pSheet->show();
+        waitOutDoubleTap();
+        pTouchscreen->send({640, 421}, 1); // held since then
+        deliver();
+        QVERIFY(!button.isDown());
+        pTouchscreen->send({640, 421}, 0);
+        deliver();
+        QCOMPARE(clicks.size(), 0);
+        pTouchscreen->send({640, 420}, 1);
+        deliver();
+        pSheet->hide();
+        Sheet other;
+        other.show();
+        waitOutDoubleTap();
+        pTouchscreen->send({640, 420}, 0);
+        pTouchscreen->tap({640, 420});
+        deliver();
+        QCOMPARE(other.take(), tapAt(640, 420));
+        QCOMPARE(clicks.size(), 0);
+    }
+
     void cannotOpen_data()
     {
         columns<QByteArray, QByteArray, QString>("device", "conf", "warning");
         row("no device", QByteArray("/nonexistent/touchscreen"), QByteArray("module linear"),
             "Cannot open the touchscreen /nonexistent");
+        row("no touchscreen", QByteArray("/dev/null"),
+            QByteArray("module_raw input\nmodule linear"), "^/dev/null is not used");
         row("unknown module", QByteArray(), QByteArray("module_raw nonsense\n"),
             "tslib cannot configure");
         row("empty configuration", QByteArray(), QByteArray(), "tslib cannot configure");

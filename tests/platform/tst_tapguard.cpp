@@ -43,7 +43,7 @@ constexpr QPoint Beside(500, 300);
 constexpr int WholeTap = 3;
 
 /// What changes at the time 0.
-enum Change { Nothing, BoxOpens, BoxCloses, BoxMoves };
+enum Change { Nothing, BoxOpens, BoxCloses, BoxMoves, LowestCloses, BoxRises };
 
 } // namespace
 
@@ -78,6 +78,9 @@ private Q_SLOTS:
         row("closed a while ago", BoxCloses, true, OnBox, 300, 300, true);
         row("beside one just closed", BoxCloses, true, Beside, 0, 0, true);
         row("just moved away", BoxMoves, true, OnBox, 100, 100, false);
+        row("one below has just closed", LowestCloses, true, OnBox, 0, 0, true);
+        row("just raised", BoxRises, true, OnBox, 100, 100, false);
+        row("beside one just raised", BoxRises, true, Beside, 0, 0, true);
         row("pressed early, delivered late", BoxCloses, true, OnBox, 100, 4000, false);
         row("pressed before, delivered late", BoxOpens, true, OnBox, -200, 4000, false);
         row("waited for long", BoxCloses, true, OnBox, 9000, 20000, true);
@@ -95,16 +98,35 @@ private Q_SLOTS:
             show(box);
             QCOMPARE(box.take(), 0);
         }
+        if (change == BoxRises) {
+            pBelow->raise();
+            settle();
+        }
         nNow = 0;
-        change == BoxOpens ? box.show() : change == BoxCloses ? box.hide() : void();
-        if (change == BoxMoves) {
+        switch (change) {
+        case Nothing:
+            break;
+        case BoxOpens:
+            box.show();
+            break;
+        case BoxCloses:
+            box.hide();
+            break;
+        case BoxMoves:
             box.move(Beside);
+            break;
+        case LowestCloses:
+            pBelow->hide();
+            break;
+        case BoxRises:
+            box.raise();
+            break;
         }
         if (painted) {
             settle();
         }
         nNow = delivered;
-        Sheet &target = change == BoxOpens && at == OnBox ? box : *pBelow;
+        Sheet &target = box.isVisible() && box.geometry().contains(at) ? box : *pBelow;
         tap(target, at, pressed);
         QCOMPARE(target.take(), arrives ? WholeTap : 0);
     }

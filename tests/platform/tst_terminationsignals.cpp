@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <functional>
+#include <optional>
 
 class TestTerminationSignals : public DeviceTest
 {
@@ -75,9 +76,10 @@ private Q_SLOTS:
         sigset_t mask;
         sigemptyset(&mask);
         sigaddset(&mask, number);
-        pthread_sigmask(SIG_BLOCK, &mask, nullptr);
-        {
-            const TerminationSignals terminationSignals;
+        for (const bool bEarly : {true, false}) {
+            pthread_sigmask(SIG_BLOCK, &mask, nullptr);
+            std::optional<TerminationSignals> terminationSignals;
+            bEarly ? TerminationSignals::letThrough() : void(terminationSignals.emplace());
             sigset_t inForce;
             pthread_sigmask(SIG_BLOCK, nullptr, &inForce);
             QCOMPARE(sigismember(&inForce, number), 0);
@@ -85,7 +87,6 @@ private Q_SLOTS:
             sigaction(number, nullptr, &action);
             QTEST(action.sa_handler == SIG_IGN, "stays");
         }
-        pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
         std::signal(number, before);
     }
 };

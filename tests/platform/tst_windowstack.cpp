@@ -68,6 +68,26 @@ private Q_SLOTS:
             w.pFirst->activateWindow();
             w.pFirst->hide();
         });
+        step("hidden and shown at once", "m1", [](Windows &w) {
+            w.pFirst->show();
+            QTRY_VERIFY(w.pFirst->isActiveWindow());
+            w.pFirst->hide();
+            w.pFirst->show();
+        });
+        step("a modal one made anew", "m1", [](Windows &w) {
+            w.pFirst->setModal(true);
+            w.pFirst->show();
+            QTRY_VERIFY(w.pFirst->isActiveWindow());
+            w.pFirst->setWindowFlag(Qt::FramelessWindowHint);
+            w.pFirst->show();
+        });
+        step("an active modal one destroyed", "m1", [](Windows &w) {
+            w.pFirst->show();
+            w.pSecond->setModal(true);
+            w.pSecond->show();
+            QTRY_VERIFY(w.pSecond->isActiveWindow());
+            w.pSecond.reset();
+        });
         step("the main window comes back below", "m12", [](Windows &w) {
             w.pMain->hide();
             for (QDialog *pBox : {w.pFirst.get(), w.pSecond.get()}) {

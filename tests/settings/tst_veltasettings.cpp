@@ -184,6 +184,7 @@ private Q_SLOTS:
         row("directory", QByteArray("directory"), -202, "Error -202", "");
         row("FIFO", QByteArray("fifo"), -202, "Error -202", "");
         row("read error", QByteArray("eio"), -202, "Error -202", "");
+        row("link that leads nowhere", QByteArray("dangling"), -202, "Error -202", "");
     }
     void badFiles()
     {
@@ -191,7 +192,7 @@ private Q_SLOTS:
         QFETCH(int, result);
         QFETCH(QString, box);
         QFETCH(QString, password);
-        if (QByteArrayList{"nothing", "directory", "fifo", "eio"}.contains(content)) {
+        if (QByteArrayList{"nothing", "directory", "fifo", "eio", "dangling"}.contains(content)) {
             plant(SettingsPath, content);
         } else {
             writeSettings(content);
