@@ -45,12 +45,17 @@ done
 
 installPackages "${BuildPackages[@]}" "${PackagingPackages[@]}"
 options=(--no-sign --build=full)
+sysrootStamp=''
 if [[ $architecture != "$own" ]]; then
     packaging/sysroot.sh
     export PANEL_SYSROOT=$PWD/build/sysroot/$architecture
+    sysrootStamp=$(cat "$PANEL_SYSROOT.stamp")
     # What it is built with is in the sysroot, of which dpkg knows nothing.
     options=(--no-sign --build=any --host-arch "$architecture" --no-check-builddeps)
 fi
+# Debug symbols double the time and are of use to who looks for a fault: ask for them with
+# DEB_BUILD_OPTIONS= in the environment.
+export DEB_BUILD_OPTIONS=${DEB_BUILD_OPTIONS-noautodbgsym}
 if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
 fi
@@ -59,21 +64,24 @@ fi
 results=$PWD/build/packages
 work=$results/$architecture
 version=$(dpkg-parsechangelog --show-field Version)
+SOURCE_DATE_EPOCH=$(dpkg-parsechangelog --show-field Timestamp)
+export SOURCE_DATE_EPOCH
 tree=$work/operator-panel-$version
 oneAtATime "packages-$architecture"
 mkdir -p "$work"
 # Neither what git holds nor what a build or a simulated device has left.
 archiveSources() {
-    tar --create --sort=name --owner=0 --group=0 --numeric-owner --mtime=@0 --exclude-vcs \
-        --exclude=./build --exclude=./device --exclude='*.orig' --exclude=__pycache__ "$@" .
+    tar --create --sort=name --owner=0 --group=0 --numeric-owner --mtime="@$SOURCE_DATE_EPOCH" \
+        --exclude-vcs --exclude=./build --exclude=./device --exclude='*.orig' \
+        --exclude=__pycache__ "$@" .
 }
 archiveSources >"$work/sources.tar" || die "the sources cannot be copied to $work"
 # What is never in a package is no reason to build anew.
-stamp=$(archiveSources --exclude=./emulator --exclude=./emulate.sh --exclude=./tests --exclude=./.ci \
-    --exclude=./benchmarks --exclude=./docs | sha256sum)
+stamp="$(archiveSources --exclude=./emulator --exclude=./emulate.sh --exclude=./tests --exclude=./.ci \
+    --exclude=./benchmarks --exclude=./docs | sha256sum) $DEB_BUILD_OPTIONS"
 changes=operator-panel_${version}_$architecture.changes
 isComplete() {
-    [[ $(cat "$work/stamp" 2>/dev/null) == "$stamp $(cat build/sysroot/armhf.stamp 2>/dev/null)" ]] \
+    [[ $(cat "$work/stamp" 2>/dev/null) == "$stamp $sysrootStamp" ]] \
         && (cd "$results" && sed -n '/^Checksums-Sha256:/,/^[^ ]/s/^ \([^ ]*\) [0-9]* /\1  /p' \
             "$changes" | sha256sum --check --status)
 }
@@ -90,4 +98,4 @@ rm "$work/sources.tar"
     || die "building the packages for $architecture failed: $(reasonIn "$work/log") (see $work/log)"
 rm -rf -- "$tree"
 mv -- "$work"/operator-panel* "$results"
-printf '%s %s\n' "$stamp" "$(cat build/sysroot/armhf.stamp 2>/dev/null)" >"$work/stamp"
+printf '%s %s\n' "$stamp" "$sysrootStamp" >"$work/stamp"

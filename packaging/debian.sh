@@ -65,7 +65,8 @@ debianTree() {
         --extract-hook='rm "$1/var/cache/apt/archives"' \
         --include="$*" '' "$new" - <<<"$sources" >"$log" 2>&1 \
         || die "unpacking packages for $architecture failed: $(reasonIn "$log") (see $log)"
-    sed -n 's/^Inst \([^ ]*\) (\([^ ]*\) .*\[\(.*\)\])$/\1 \2 \3/p' "$new.packages" \
+    # Behind the bracket apt may tell which dependencies are still open.
+    sed -n 's/^Inst \([^ ]*\) (\([^ ]*\) [^)]*\[\([^]]*\)\]).*/\1 \2 \3/p' "$new.packages" \
         >"$folder.packages"
     rm -rf -- "$folder" "$new.packages"
     mv -- "$new" "$folder"
