@@ -75,10 +75,10 @@ def idle_pages():
     with ready_panel("idle_pages") as panel:
         before = {"preview": panel.wait_still()}
         panel.touch("configure", "mode")
-        order = ["mode", "addresses", "name servers", "summary"]
+        order = ["mode", "addresses", "name servers", "nothing to save"]
         for index, name in enumerate(order):
             before[name] = panel.wait_still(seconds=GLANCE)
-            panel.watch_still(before[name], IDLE if name in ("mode", "summary") else 1)
+            panel.watch_still(before[name], IDLE if name in ("mode", order[-1]) else 1)
             if index + 1 < len(order):
                 panel.touch("next", order[index + 1])
         for name in reversed(order[:-1]):

@@ -105,7 +105,7 @@ class Panel(Machine):
 
     def touch(self, place, page=None, limit=PAGE_LIMIT):
         """Touches a place, like one who has had a glance at the page, and waits for the next page."""
-        time.sleep(GLANCE)
+        time.sleep(GLANCE * patience())
         self.tap(*PLACES[self.kind.size][place])
         return self.wait_page(page, limit) if page else None
 

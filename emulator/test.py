@@ -9,7 +9,10 @@ import subprocess
 import sys
 import time
 
+import check_calibration
 import check_pages
+import check_screen
+import check_service
 import check_wizard
 from checks import ALL, READY
 from common import patience, run_main
@@ -17,7 +20,7 @@ from machine import KINDS, RUNS, die_with_parent
 
 JOBS = 2
 LONGEST = 300  # seconds for one check; whatever it waits for has a limit of its own
-MODULES = (check_pages, check_wizard)
+MODULES = (check_pages, check_wizard, check_calibration, check_screen, check_service)
 
 
 def chosen_checks(words):

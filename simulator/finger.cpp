@@ -69,7 +69,13 @@ bool Finger::touch(const QPoint &from, const QPoint &to, std::chrono::millisecon
         return touchscreen.write(touchscreen.isEventDevice() ? touchEvents(raw, pressed)
                                                              : touchSample(raw, pressed));
     };
-    bool ok = report(from, true);
+    bool ok = true;
+    if (touchscreen.isEventDevice()) {
+        // The kernel tells only what has changed, and a panel that has just started would learn
+        // nothing of a finger where the last one was.
+        ok = report(from + QPoint(1, 1), true);
+    }
+    ok = ok && report(from, true);
     for (int i = 1; ok && i <= steps; ++i) {
         QThread::msleep(SamplePeriodMs);
         ok = report(from + (to - from) * i / steps, true);

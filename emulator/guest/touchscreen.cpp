@@ -131,12 +131,19 @@ public:
     Touchscreen(const Touchscreen &) = delete;
     Touchscreen &operator=(const Touchscreen &) = delete;
 
-    /// The finger is at a raw position, or has left the screen.
+    /// The finger is at a raw position, or has left the screen. As from a real controller no two
+    /// positions are quite the same: the kernel tells only what has changed, and a reader that was
+    /// not there before would learn of no position at all.
     void report(bool pressed, int rawX, int rawY)
     {
         if (!pressed && !bPressed) {
             return;
         }
+        if (pressed) {
+            nTremble = 1 - nTremble;
+        }
+        rawX = std::min(rawX + nTremble, LargestRaw);
+        rawY = std::min(rawY + nTremble, LargestRaw);
         const bool bChanged = pressed != bPressed;
         if (bMulti) {
             send(EV_ABS, ABS_MT_SLOT, 0);
@@ -197,6 +204,7 @@ private:
     const int nFd;
     bool bPressed = false;
     int nTrackingId = 0;
+    int nTremble = 0;
 };
 
 /// Follows the tablet's pointer for ever; its left button is the finger on the screen.
