@@ -30,11 +30,10 @@ def visualisation(size, seed):
 def is_heard(panel, device, act):
     """True when what the operator does reaches another reader of an input device: one that the panel
     has grabbed tells nobody else."""
-    panel.agent.check(f"timeout 3 cat {device} >/tmp/heard 2>/dev/null & exec >/dev/null 2>&1; "
-                      "sleep 0.3")
+    panel.agent.check(f"(timeout 5 cat {device} >/tmp/heard 2>/dev/null) & sleep 0.5")
     act()
     try:
-        wait_for("events", lambda: panel.agent.run("test -s /tmp/heard").status == 0, 1)
+        wait_for("events", lambda: panel.agent.run("test -s /tmp/heard").status == 0, 1.5)
     except Failure:
         return False
     return True
