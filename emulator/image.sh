@@ -80,7 +80,7 @@ makeTree() {
     cp "$(printf '%s\n' "$tree"/boot/vmlinuz-* | tail -n 1)" "$image/vmlinuz.new"
     mv "$image/vmlinuz.new" "$image/vmlinuz"
     python3 emulator/initrd.py modules "$tree" "$image/initrd.base" "${drivers[@]}"
-    # shellcheck disable=SC2048 # patterns, which are to match in there
+    # shellcheck disable=SC2048,SC2086 # patterns, which are to match in there
     (cd "$tree" && rm -rf -- ${unneeded[*]})
     printf '%s\n' "$stamp" >"$tree.stamp"
 }

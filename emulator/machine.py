@@ -124,7 +124,7 @@ def make_files(kind, target):
         (folder / "simulator/touchscreen.arguments").write_text(arguments)
     if kind.touch == "single":
         # A real input device, not the pipe of a simulated one.
-        (folder / "etc/ts.conf").write_text("module_raw input\nmodule linear\n")
+        (folder / "etc/ts.conf").write_text("module_raw input grab_events=1\nmodule linear\n")
     run_tool("python3", str(PROJECT / "emulator/initrd.py"), "files", str(folder), f"{target}.cpio",
              "device")
     shutil.rmtree(folder)
