@@ -72,7 +72,8 @@ masked=(systemd-sysctl.service getty@.service serial-getty@.service systemd-logi
 # makeTree: the packages of Debian, unpacked, with kernel and drivers apart.
 makeTree() {
     local stamp
-    stamp="$(debianSources) ${treePackages[*]} ${drivers[*]} ${unneeded[*]}"
+    stamp="$(debianSources) ${treePackages[*]} ${drivers[*]} ${unneeded[*]}
+$(sha256sum packaging/debian.sh emulator/initrd.py emulator/guest/init)"
     [[ $(cat "$tree.stamp" 2>/dev/null) != "$stamp" ]] || return 0
     say "Unpacking what the emulated device is made of"
     rm -f "$tree.stamp"
@@ -201,7 +202,8 @@ checkDependencies() {
     local package name
     for package; do
         for name in $(dpkg-deb --field "$package" Depends | sed 's/([^)]*)//g; s/|[^,]*//g; s/,/ /g'); do
-            grep -q "^$name " "$tree.packages" \
+            # What apt does not show is a name that others provide.
+            grep -q "^$name " "$tree.packages" || ! apt-cache show --no-all-versions "$name" >/dev/null 2>&1 \
                 || die "$(basename "$package") depends on $name, which is not among the tree's packages"
         done
     done
