@@ -58,6 +58,8 @@ fi
 export DEB_BUILD_OPTIONS=${DEB_BUILD_OPTIONS-noautodbgsym}
 if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
+    CCACHE_DIR=$(ccache --get-config cache_dir) # debhelper has a home of its own
+    export CCACHE_DIR
 fi
 
 # dpkg-buildpackage writes beside the folder that it works in: that is a copy.

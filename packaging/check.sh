@@ -92,6 +92,7 @@ checkPrograms() {
     local device=$work/simulated library panel command words
     library=$(dirname "$(find "$root/usr/lib" -name libfirmware.so)")
     "$root/usr/bin/panelctl" init "$device" --touch none
+    # shellcheck disable=SC1003
     words=$(gzip -dc "$root/usr/share/man/man1/panelctl.1.gz" | tr -d '\\')
     for command in $("$root/usr/bin/panelctl" --help | sed -n 's/^  \([a-z-]*\)$/\1/p'); do
         grep -q "^\.BR* $command\b" <<<"$words" || die "panelctl(1) does not tell of $command"

@@ -72,7 +72,7 @@ debianTree() {
     mv -- "$new" "$folder"
 }
 
-# reasonIn LOG: the line in which apt or mmdebstrap says why it failed.
+# reasonIn LOG: the line in which apt, a compiler or a packaging tool says why it failed.
 reasonIn() {
-    grep -m 1 '^E: ' "$1" || tail -n 1 "$1"
+    grep -m 1 -E '^E: |[Ee]rror: ' "$1" || tail -n 1 "$1"
 }
