@@ -169,7 +169,8 @@ def german_keyboard():
         before, after = typed(lambda: panel.press_key("a"))
         expect(before & after, "the letter A has typed something")
         before, seven = typed(lambda: panel.touch("7"))
-        expect(not before & seven, "the 7 on the screen has typed nothing")
+        seven -= before # at first the field looks as it did
+        expect(seven, "the 7 on the screen has typed nothing")
         new_settings(panel, "\n[input]\nkbd_mapping=DE\n")
         restart_unit(panel)
         expect(typed(lambda: panel.press_key("a"))[1] & seven, "the key map is not used")

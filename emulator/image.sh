@@ -203,7 +203,7 @@ checkDependencies() {
     for package; do
         for name in $(dpkg-deb --field "$package" Depends | sed 's/([^)]*)//g; s/|[^,]*//g; s/,/ /g'); do
             # What apt does not show is a name that others provide.
-            grep -q "^$name " "$tree.packages" || ! apt-cache show --no-all-versions "$name" >/dev/null 2>&1 \
+            grep -q "^$name " "$tree.packages" || [[ -z $(apt-cache show "$name" 2>/dev/null) ]] \
                 || die "$(basename "$package") depends on $name, which is not among the tree's packages"
         done
     done
