@@ -25,7 +25,7 @@ class Agent:
         try:
             self.connection = connect(path)
         except OSError as error:
-            raise Failure(f"the emulator does not run ({error})") from None
+            raise Failure(f"no emulated device runs here ({error.strerror})") from None
         self.buffer = b""
         self.next_id = random.randrange(1 << 60)
 

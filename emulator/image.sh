@@ -127,6 +127,7 @@ makeRoot() {
     for name in agent touchscreen visualisation; do
         put "build/armhf/emulator/guest/$name" "usr/lib/emulator/$name" 0755
     done
+    put emulator/guest/network usr/lib/emulator/network 0755
     for name in emulator/guest/units/*; do
         put "$name" "usr/lib/systemd/system/${name##*/}"
         enableUnit "${name##*/}"
@@ -218,7 +219,7 @@ checkDependencies "${packages[@]}"
 configureAndBuild armhf emulator-guest
 configureAndBuild debug panelctl
 stamp="$(sha256sum "${packages[@]}" build/armhf/emulator/guest/{agent,touchscreen,visualisation} \
-    emulator/image.sh emulator/guest/units/* "$tree.stamp")"
+    emulator/image.sh emulator/guest/network emulator/guest/units/* "$tree.stamp")"
 if [[ -e $image/root.$fs && $(cat "$image/$fs.stamp" 2>/dev/null) == "$stamp" ]]; then
     exit 0
 fi

@@ -92,25 +92,34 @@ def run_all(checks, jobs):
     return results.count(True), results.count(False)
 
 
+class Arguments(argparse.ArgumentParser):
+    """Wrong usage is one line and exit code 2."""
+
+    def error(self, message):
+        print(f"{self.prog}: {message}", file=sys.stderr)
+        sys.exit(2)
+
+
 def main(arguments):
-    parser = argparse.ArgumentParser(prog="test.sh")
+    parser = Arguments(prog="test.sh")
     parser.add_argument("--one", help=argparse.SUPPRESS)
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--jobs", type=int, default=JOBS)
     parser.add_argument("words", nargs="*")
     options = parser.parse_args(arguments)
+    if options.jobs < 1:
+        parser.error(f"--jobs {options.jobs} is no number of devices")
     if options.one:
         next(check for check in ALL if check.name == options.one).run()
-        return 0
-    if options.list:
-        for check in sorted(ALL, key=lambda check: check.group):
-            print(f"{check.group} {check.name}: {check.run.__doc__.splitlines()[0]}")
         return 0
     try:
         checks = chosen_checks(options.words)
     except ValueError as error:
-        print(f"test.sh: {error}", file=sys.stderr)
-        return 2
+        parser.error(str(error))
+    if options.list:
+        for check in sorted(checks, key=lambda check: check.group):
+            print(f"{check.group} {check.name}: {check.run.__doc__.splitlines()[0]}")
+        return 0
     (KINDS / f"{READY}.state").unlink(missing_ok=True)
     for check in checks:
         for name in ("failure.png", "failure.log"):

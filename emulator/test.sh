@@ -23,5 +23,8 @@ for word in "$@"; do
     *) printf "test.sh: unknown argument '%s' (see emulator/test.sh --help)\n" "$word" >&2; exit 2 ;;
     esac
 done
-[[ " $* " == *' --list '* ]] || emulator/image.sh
+if [[ " $* " != *' --list '* ]]; then
+    python3 emulator/test.py --list "$@" >/dev/null || exit # before minutes have gone into an image
+    emulator/image.sh
+fi
 exec python3 emulator/test.py "$@"

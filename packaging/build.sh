@@ -79,8 +79,8 @@ archiveSources() {
 }
 archiveSources >"$work/sources.tar" || die "the sources cannot be copied to $work"
 # What is never in a package is no reason to build anew.
-stamp="$(archiveSources --exclude=./emulator --exclude=./emulate.sh --exclude=./tests --exclude=./.ci \
-    --exclude=./benchmarks --exclude=./docs | sha256sum) $DEB_BUILD_OPTIONS"
+stamp="$(archiveSources --exclude=./emulator --exclude=./emulate.sh --exclude=./tests \
+    --exclude=./benchmarks --exclude=./docs --exclude='./*.md' --exclude='./.*' | sha256sum) $DEB_BUILD_OPTIONS"
 changes=operator-panel_${version}_$architecture.changes
 isComplete() {
     [[ $(cat "$work/stamp" 2>/dev/null) == "$stamp $sysrootStamp" ]] \
