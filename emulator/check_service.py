@@ -8,16 +8,18 @@ from common import LOOK, Failure, patience, wait_for
 DROP_IN = "/run/systemd/system/operator-panel.service.d/limit.conf"
 SHORT_LIMIT = 4  # seconds: a watchdog that bites sooner, for what waits for a multiple of it
 STOP_LIMIT = 3
+HOUR = 3600
 GPU_DRIVER = "/sys/bus/virtio/drivers/virtio_gpu"
 WATCHDOG_SLACK = 2
 
 
-def shorten_watchdog(panel):
-    """Starts the panel with a shorter limit; returns its process."""
+def shorten_watchdog(panel, page="preview"):
+    """Starts the panel with a shorter limit, up to a page; returns its process."""
     panel.agent.check(f"mkdir -p {DROP_IN.rsplit('/', 1)[0]} && "
                       f"printf '[Service]\\nWatchdogSec={SHORT_LIMIT}\\n' >{DROP_IN}")
     panel.systemctl("daemon-reload")
-    restart_unit(panel)
+    panel.systemctl("restart operator-panel.service", 60)
+    panel.wait_page(page, 30)
     return panel.pid()
 
 
@@ -74,7 +76,7 @@ def plc_never_answers(name, seconds):
     """A PLC without a link for so long: the program stays the same, on its start page."""
     with ready_panel(name) as panel:
         panel.control("plc no-link")
-        process = shorten_watchdog_without_page(panel)
+        process = shorten_watchdog(panel, "start page")
         end = time.monotonic() + seconds
         while time.monotonic() < end:
             expect_equal(panel.pid(), process, "process")
@@ -85,19 +87,16 @@ def plc_never_answers(name, seconds):
         panel.wait_page("preview")
 
 
-def shorten_watchdog_without_page(panel):
-    """The same for a panel that does not get to its preview page."""
-    try:
-        shorten_watchdog(panel)
-    except Failure:
-        pass
-    return panel.pid()
-
-
-@check(6, 45)
+@check(6, 30)
 def plc_without_answer():
     """No link to the runtime, for five times the watchdog's limit."""
     plc_never_answers("plc_without_answer", 5 * SHORT_LIMIT)
+
+
+@check(6, HOUR, apart=True)
+def plc_without_answer_for_an_hour():
+    """The same for an hour; only when it is named."""
+    plc_never_answers("plc_without_answer_for_an_hour", HOUR)
 
 
 def stop_seconds(panel):
