@@ -98,6 +98,6 @@ tar -x -f "$work/sources.tar" -C "$tree"
 rm "$work/sources.tar"
 (cd "$tree" && dpkg-buildpackage "${options[@]}") >"$work/log" 2>&1 \
     || die "building the packages for $architecture failed: $(reasonIn "$work/log") (see $work/log)"
-rm -rf -- "$tree"
+rm -rf -- "$tree" "$results"/operator-panel*_*_"$architecture".*
 mv -- "$work"/operator-panel* "$results"
 printf '%s %s\n' "$stamp" "$sysrootStamp" >"$work/stamp"

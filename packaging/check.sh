@@ -59,7 +59,7 @@ checkUnits() {
             "$root/lib/systemd/system/$unit.service" 2>&1) || fails "$unit.service is too open" "$found"
     done
     # Any of these would hide /tmp from the panel, or its mounts from the others.
-    ! grep -E '^(Private(Tmp|Devices|Mounts)|Protect(System|Home|Proc|Kernel|Control)|(Read|Inaccessible|Bind|Temporary|Exec|NoExec).*(Paths|FileSystem)|Root(Directory|Image)|MountFlags|.*Directory|DynamicUser)' \
+    ! grep -E '^(Private(Tmp|Devices|Mounts)|Protect(System|Home|Proc|Kernel|Control)|(Read|Inaccessible|Bind|Temporary|Exec|NoExec).*(Paths|FileSystem)|Root(Directory|Image)|MountFlags|(State|Cache|Logs)Directory|DynamicUser)' \
         "$root/lib/systemd/system/operator-panel.service" \
         || die "operator-panel.service would get a mount namespace"
     ! grep -E 'network|settle' "$root"/lib/systemd/system/operator-panel.service | grep -E '^(After|Wants|Requires)=' \

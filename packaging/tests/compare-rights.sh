@@ -52,9 +52,10 @@ makesNode() {
 }
 
 probe() {
-    can mount-namespace test "$(readlink /proc/self/ns/mnt)" = "$(readlink /proc/1/ns/mnt)"
-    can network-namespace test "$(readlink /proc/self/ns/net)" = "$(readlink /proc/1/ns/net)"
-    can request-seen test -e "/tmp/compare-rights.$(cat "$work/number")"
+    for kind in mnt net pid ipc; do
+        echo "namespace-$kind $(readlink "/proc/self/ns/$kind")"
+    done
+    can request-seen test -e "/tmp/rights-request.$(cat "$work/number")"
     for folder in / /etc /usr /var /tmp /run /root /dev/shm; do
         can "write-$folder" writes "$folder"
     done
@@ -89,7 +90,7 @@ probe() {
 # The unit with this script as its program: whatever it says of rights is kept.
 makeUnit() {
     systemctl cat operator-panel.service | sed -E '/^\[Install\]/,/^\[/d
-        /^(Type|NotifyAccess|ExecStart|Restart|RestartSec|RestartPreventExitStatus|WatchdogSec|TimeoutStartSec|OnFailure|StartLimit.*|Standard.*|After)=/d'
+        /^(Type|NotifyAccess|ExecStart|Restart|RestartSec|RestartPreventExitStatus|WatchdogSec|TimeoutStartSec|OnFailure|RuntimeDirectory.*|StartLimit.*|Standard.*|After)=/d'
     printf '[Service]\nType=oneshot\nExecStart=/bin/sh %s probe\nStandardOutput=truncate:%s\n' \
         "$1" "$work/unit"
 }
@@ -97,7 +98,7 @@ makeUnit() {
 cleanUp() {
     kill "$other" 2>/dev/null
     umount "$work/mount" 2>/dev/null
-    rm -rf "$work" /tmp/compare-rights.* "/run/systemd/system/$unit"
+    rm -rf "$work" /tmp/rights-request.* "/run/systemd/system/$unit"
     systemctl daemon-reload
 }
 
@@ -127,8 +128,8 @@ if [ "$(id -u)" != 0 ] || [ ! -d /run/systemd/system ]; then
     echo "compare-rights.sh: needs root and systemd" >&2
     exit 1
 fi
-script=$(readlink -f "$0")
 mkdir -p "$work/mount"
+cp "$0" "$work/probe" # wherever it lies, the unit may not see it there
 mount -t tmpfs none "$work/mount"
 setpriv --reuid 65534 --regid 65534 --clear-groups sleep 600 &
 other=$!
@@ -136,14 +137,14 @@ trap cleanUp EXIT
 trap 'exit 1' INT TERM
 echo "$other" >"$work/pid"
 echo "$$" >"$work/number"
-: >"/tmp/compare-rights.$$"
+: >"/tmp/rights-request.$$"
 echo text >"$work/others"
 chown 65534:65534 "$work/others"
 chmod 600 "$work/others"
 
 probe >"$work/shell"
 mount -o remount,rw "$work/mount"
-makeUnit "$script" >"/run/systemd/system/$unit"
+makeUnit "$work/probe" >"/run/systemd/system/$unit"
 systemctl daemon-reload
 systemctl start "$unit" || { systemctl status --no-pager "$unit"; exit 1; }
 status=0

@@ -244,6 +244,12 @@ private Q_SLOTS:
         root().setFirmware("eth0.ip=10.9.8.7");
         pWindow->controlVisibility();
         QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 10.9.8.7 (dhcp)"));
+        // Another language brings the examples of the form, and nobody tells the address any more.
+        root().breakFirmware();
+        QEvent languageChange(QEvent::LanguageChange);
+        QCoreApplication::sendEvent(pWindow.get(), &languageChange);
+        QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 10.9.8.7 (dhcp)"));
+        QCOMPARE(text("label_appname"), QStringLiteral("no codesys application"));
     }
 
     // Nothing that stands in for a file keeps the panel from starting.

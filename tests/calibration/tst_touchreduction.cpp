@@ -106,11 +106,11 @@ private Q_SLOTS:
             record.screenX[index] = targets[index].x();
             record.screenY[index] = targets[index].y();
         }
-        const PointerCalibrationData data = calibrationPairs(record, rotation);
+        const CalibrationPairs pairs = pairsOf(record, rotation);
         for (std::size_t i = 0; i < CalibrationRecord::PointCount; ++i) {
             const int index = device[qsizetype(i)] - '0';
-            QCOMPARE(data.devPoints[i], (RawPoint{1000 + index, 2000 + index}));
-            QCOMPARE(data.screenPoints[i], screen[qsizetype(i)]);
+            QCOMPARE(pairs.devicePoints[i], (RawPoint{1000 + index, 2000 + index}));
+            QCOMPARE(pairs.screenPoints[i], screen[qsizetype(i)]);
         }
     }
 };

@@ -91,7 +91,7 @@ private Q_SLOTS:
             const auto name = qPrintable(pKey->objectName());
             const auto spec =
                 std::find_if(inputKeys().begin(), inputKeys().end(), [pKey](auto &key) {
-                    return pKey->objectName() == QLatin1String(key.name);
+                    return pKey->objectName() == QLatin1String(key.pName);
                 });
             const QRect place = placeIn(pKey, pPage);
             used |= place;

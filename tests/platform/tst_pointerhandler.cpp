@@ -93,21 +93,21 @@ void deliver()
     }
 }
 
-PointerCalibrationData targetsOnly()
+CalibrationPairs targetsOnly()
 {
-    PointerCalibrationData data;
-    data.screenPoints = Targets;
-    return data;
+    CalibrationPairs pairs;
+    pairs.screenPoints = Targets;
+    return pairs;
 }
 
 /// The pairs of a touchscreen that reports 4 units for a pixel, \a offset units off.
-PointerCalibrationData scaledPairs(int offset)
+CalibrationPairs scaledPairs(int offset)
 {
-    PointerCalibrationData data = targetsOnly();
-    std::ranges::transform(Targets, data.devPoints.begin(), [offset](QPoint target) {
+    CalibrationPairs pairs = targetsOnly();
+    std::ranges::transform(Targets, pairs.devicePoints.begin(), [offset](QPoint target) {
         return RawPoint{4 * target.x() + offset, 4 * target.y() + offset};
     });
-    return data;
+    return pairs;
 }
 
 } // namespace
@@ -308,9 +308,10 @@ private Q_SLOTS:
             root().write(CalibrationFile, content);
         }
         start();
-        PointerCalibrationData data = targetsOnly();
-        data.devPoints = {RawPoint{3700, 390}, {420, 310}, {380, 3610}, {3660, 3720}, {2041, 2007}};
-        QVERIFY(!content.isEmpty() || isStored(data));
+        CalibrationPairs pairs = targetsOnly();
+        pairs.devicePoints = {
+            RawPoint{3700, 390}, {420, 310}, {380, 3610}, {3660, 3720}, {2041, 2007}};
+        QVERIFY(!content.isEmpty() || isStored(pairs));
 
         TouchscreenFifo copy(root(), "/tmp/copy");
         QProcess print;
@@ -629,11 +630,11 @@ private Q_SLOTS:
     {
         start();
         const SavedCalibration backup = pServer->saveCalibration();
-        PointerCalibrationData data = targetsOnly();
-        std::ranges::transform(Targets, data.devPoints.begin(), [](QPoint target) {
+        CalibrationPairs pairs = targetsOnly();
+        std::ranges::transform(Targets, pairs.devicePoints.begin(), [](QPoint target) {
             return RawPoint{target.x(), target.y()};
         });
-        QVERIFY(isStored(data));
+        QVERIFY(isStored(pairs));
         QVERIFY(root().exists(CalibrationFile));
         QCOMPARE(tap({100, 200}), tapAt(100, 200));
         QVERIFY(pServer->restoreCalibration(backup));
@@ -760,8 +761,8 @@ private Q_SLOTS:
             root().write(CalibrationFile, change);
         }
         // A run that is refused leaves in force what was, not what the file says now.
-        PointerCalibrationData line = targetsOnly();
-        line.devPoints.fill({2000, 2000});
+        CalibrationPairs line = targetsOnly();
+        line.devicePoints.fill({2000, 2000});
         pServer->clearCalibration();
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("calibration refused"));
         QVERIFY(!isStored(line));
@@ -974,9 +975,9 @@ private:
         deliver();
         return pSheet->take();
     }
-    bool isStored(const PointerCalibrationData &data)
+    bool isStored(const CalibrationPairs &pairs)
     {
-        return pServer->calibrate(data, pServer->saveCalibration()) == CalibrationOutcome::Stored;
+        return pServer->calibrate(pairs, pServer->saveCalibration()) == CalibrationOutcome::Stored;
     }
     QByteArray file() { return root().read(CalibrationFile); }
 };

@@ -35,25 +35,25 @@ struct Panel
     }
 };
 
-PointerCalibrationData pairs(const std::array<RawPoint, 5> &raw,
-                             const std::array<QPoint, 5> &screen = Targets)
+CalibrationPairs pairs(const std::array<RawPoint, 5> &raw,
+                       const std::array<QPoint, 5> &screen = Targets)
 {
     return {raw, screen};
 }
 
-PointerCalibrationData pairs(const Panel &panel)
+CalibrationPairs pairs(const Panel &panel)
 {
-    PointerCalibrationData data;
-    data.screenPoints = Targets;
-    std::ranges::transform(Targets, data.devPoints.begin(),
+    CalibrationPairs pairs;
+    pairs.screenPoints = Targets;
+    std::ranges::transform(Targets, pairs.devicePoints.begin(),
                            [&](QPoint target) { return panel.touch(target); });
-    return data;
+    return pairs;
 }
 
 } // namespace
 
 Q_DECLARE_METATYPE(Panel)
-Q_DECLARE_METATYPE(PointerCalibrationData)
+Q_DECLARE_METATYPE(CalibrationPairs)
 
 class TestPointerTransform : public DeviceTest
 {
@@ -101,11 +101,11 @@ private Q_SLOTS:
     {
         // One of five touches 10 raw units off: the error is shared by all five, as the sum of
         // squares wants it, and not taken by any three of them.
-        PointerCalibrationData data =
+        CalibrationPairs measured =
             pairs({RawPoint{-100, -100}, {100, -100}, {100, 100}, {-100, 100}, {0, 0}},
                   {QPoint(0, 0), {200, 0}, {200, 200}, {0, 200}, {100, 100}});
-        data.screenPoints[4] = {110, 100};
-        const auto transform = PointerTransform::fit(data);
+        measured.screenPoints[4] = {110, 100};
+        const auto transform = PointerTransform::fit(measured);
         QVERIFY(transform);
         QCOMPARE(transform->map({-100, -100}), QPoint(2, 0));
         QCOMPARE(transform->map({0, 0}), QPoint(102, 100));
@@ -114,7 +114,7 @@ private Q_SLOTS:
 
     void refuses_data()
     {
-        columns<PointerCalibrationData>("data");
+        columns<CalibrationPairs>("pairs");
         row("one point", pairs({RawPoint{7, 9}, {7, 9}, {7, 9}, {7, 9}, {7, 9}}));
         row("horizontal",
             pairs({RawPoint{0, 900}, {900, 900}, {2000, 900}, {3000, 900}, {4000, 900}}));
@@ -136,8 +136,8 @@ private Q_SLOTS:
     }
     void refuses()
     {
-        QFETCH(PointerCalibrationData, data);
-        QVERIFY(!PointerTransform::fit(data));
+        QFETCH(CalibrationPairs, pairs);
+        QVERIFY(!PointerTransform::fit(pairs));
     }
 
     void parses_data()
