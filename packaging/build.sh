@@ -72,10 +72,15 @@ tree=$work/operator-panel-$version
 oneAtATime "packages-$architecture"
 mkdir -p "$work"
 # Neither what git holds nor what a build or a simulated device has left.
-tar --create --sort=name --owner=0 --group=0 --numeric-owner --mtime="@$SOURCE_DATE_EPOCH" --exclude-vcs \
-    --exclude=./build --exclude=./device --exclude='*.orig' . >"$work/sources.tar" \
-    || die "the sources cannot be copied to $work"
-stamp="$(sha256sum <"$work/sources.tar") $DEB_BUILD_OPTIONS"
+archiveSources() {
+    tar --create --sort=name --owner=0 --group=0 --numeric-owner --mtime="@$SOURCE_DATE_EPOCH" \
+        --exclude-vcs --exclude=./build --exclude=./device --exclude='*.orig' \
+        --exclude=__pycache__ "$@" .
+}
+archiveSources >"$work/sources.tar" || die "the sources cannot be copied to $work"
+# What is never in a package is no reason to build anew.
+stamp="$(archiveSources --exclude=./emulator --exclude=./emulate.sh --exclude=./tests \
+    --exclude=./benchmarks --exclude=./docs --exclude='./*.md' --exclude='./.*' | sha256sum) $DEB_BUILD_OPTIONS"
 changes=operator-panel_${version}_$architecture.changes
 isComplete() {
     [[ $(cat "$work/stamp" 2>/dev/null) == "$stamp $sysrootStamp" ]] \
