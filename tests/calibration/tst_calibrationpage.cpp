@@ -10,18 +10,11 @@
 #include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFile>
 #include <QLCDNumber>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QRegularExpression>
-#include <QTimer>
-
-#include <memory>
 
 namespace {
 
@@ -128,7 +121,6 @@ private Q_SLOTS:
     void nobodyAccepts_data()
     {
         // "writable" is the calibration file when the count has run out.
-        columns<bool, bool, QString>("writable", "secondRun", "box");
         row("restored", true, false, "old calibration data restored");
         row("restored at the end of the program", false, false, "Error -212");
         row("second run accepted", false, true, "Error -212");
@@ -136,9 +128,7 @@ private Q_SLOTS:
     /// 10 to 0, the old calibration, and a count-down to the next run.
     void nobodyAccepts()
     {
-        QFETCH(bool, writable);
-        QFETCH(bool, secondRun);
-        QFETCH(QString, box);
+        FETCH(bool, writable, bool, secondRun, QString, box);
         const QPoint before = landing({1000, 1000});
         const QString path = root().path(CalibrationFile);
         startPage();
@@ -243,15 +233,14 @@ private Q_SLOTS:
 
     void endsInTheMiddle_data()
     {
-        columns<int, bool>("touches", "withdrawn"); // the page is hidden, else destroyed
+        // the page is hidden, else destroyed
         row("withdrawn at the first point", 0, true);
         row("program ends at the third point", 2, false);
         row("program ends before acceptance", 5, false);
     }
     void endsInTheMiddle()
     {
-        QFETCH(int, touches);
-        QFETCH(bool, withdrawn);
+        FETCH(int, touches, bool, withdrawn);
         const QPoint before = landing({1000, 1000});
         const qsizetype open = openTouchscreens();
         startPage();
@@ -282,14 +271,12 @@ private Q_SLOTS:
     {
         // "device" in the environment, empty: the built-in one. "wordless": the thread ends, but
         // says nothing. "box" is how its text begins.
-        columns<QString, QByteArray, bool, QList<QByteArray>, QString>(
-            "device", "configuration", "wordless", "messages", "box");
         using Messages = QList<QByteArray>;
         const QByteArray good = "module_raw waveshare len=8\nmodule linear\n";
         const QByteArray end = "CalibrationPanel CalThreadError\n";
         row("no device", "/nowhere", good, false, Messages{"ts_open error"}, "Error -207");
-        row("broken configuration", "", QByteArray("module_raw nosuch\n"), false,
-            Messages{"ts_config error"}, "Error -208");
+        row("broken configuration", "", "module_raw nosuch\n", false, Messages{"ts_config error"},
+            "Error -208");
         row("empty configuration", "", QByteArray(), false, Messages{"ts_config error"},
             "Error -208");
         row("read error", "/dev/input/broken", good, false,
@@ -301,11 +288,8 @@ private Q_SLOTS:
     /// before.
     void runFails()
     {
-        QFETCH(QString, device);
-        QFETCH(QByteArray, configuration);
-        QFETCH(bool, wordless);
-        QFETCH(QList<QByteArray>, messages);
-        QFETCH(QString, box);
+        FETCH(QString, device, QByteArray, configuration, bool, wordless, QList<QByteArray>,
+              messages, QString, box);
         const QPoint before = landing({1000, 1000});
         root().write("/dev/input/broken",
                      TouchscreenFifo::sample({1000, 1000}, 1)
@@ -393,7 +377,6 @@ private Q_SLOTS:
 
     void paints_data()
     {
-        columns<QColor, QColor>("asked", "shown");
         row("black", QColor(Qt::black), QColor(Qt::white));
         for (const auto *pName : {"white", "yellow", "lime", "red"}) {
             row(pName, QColor(pName), QColor(pName));
@@ -401,8 +384,7 @@ private Q_SLOTS:
     }
     void paints()
     {
-        QFETCH(QColor, asked);
-        QFETCH(QColor, shown);
+        FETCH(QColor, asked, QColor, shown);
         startPage();
         QCoreApplication::processEvents();
         crosshairs()->updateScreen(400, 240, asked);

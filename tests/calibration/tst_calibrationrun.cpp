@@ -3,18 +3,13 @@
 #include "tests/calibration/simulatedpanel.h"
 #include "tests/platform/touchscreenfifo.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QEventLoop>
-#include <QFile>
 #include <QMap>
-#include <QRegularExpression>
 
 #include <array>
 #include <functional>
-#include <memory>
 #include <utility>
 
 namespace {
@@ -72,7 +67,6 @@ private Q_SLOTS:
 
     void steps_data()
     {
-        columns<CalibrationState, int, CalibrationState>("state", "event", "next");
         const QMap<std::pair<CalibrationState, Event>, CalibrationState> steps{
             {{Idle, Event::Request}, CountingDown},
             {{Idle, Event::Start}, Sampling},
@@ -110,17 +104,15 @@ private Q_SLOTS:
         for (int i = 0; i < CalibrationStates * CalibrationEvents; ++i) {
             const auto state = static_cast<CalibrationState>(i / CalibrationEvents);
             const int event = i % CalibrationEvents;
-            QTest::addRow("%s, %s", StateNames[std::size_t(state)], EventNames[std::size_t(event)])
-                << state << event << steps.value({state, static_cast<Event>(event)}, state);
+            row(QByteArray(StateNames[std::size_t(state)]) + ", " + EventNames[std::size_t(event)],
+                state, event, steps.value({state, static_cast<Event>(event)}, state));
         }
     }
     /// Every event in every state: where it leads, and that touchscreen, pointer, file, note and
     /// count-down are those of that state, also when the program ends there.
     void steps()
     {
-        QFETCH(CalibrationState, state);
-        QFETCH(int, event);
-        QFETCH(CalibrationState, next);
+        FETCH(CalibrationState, state, int, event, CalibrationState, next);
         const auto fired = static_cast<Event>(event);
         bringTo(state, [&] {
             fire(fired);
@@ -165,30 +157,25 @@ private Q_SLOTS:
     void tells_data()
     {
         // The boxes of a run, of its acceptance and of its restore, each with what it names.
-        columns<QByteArray, QStringList, QStringList, QStringList>("fault", "applied", "accepted",
-                                                                   "restored");
         const QStringList none;
         const QStringList restored{"0 "};
         const QStringList file{"-212 /etc/pointercal"};
         row("none", QByteArray(), none, none, restored);
-        row("no command to remount", QByteArray("mount"),
-            QStringList{"-233 /nonexistent", "-234 /nonexistent"}, none,
+        row("no command to remount", "mount", QStringList{"-233 /nonexistent", "-234 /nonexistent"},
+            none,
             QStringList{"-233 /nonexistent", "-234 /nonexistent", "-212 /nonexistent/pointercal"});
-        row("file cannot be written", QByteArray("file"), file, none, restored);
-        row("file cannot be restored", QByteArray("restore"), none, none, file);
-        row("touches on one line", QByteArray("line"), QStringList{"-235 /etc/pointercal"}, none,
+        row("file cannot be written", "file", file, none, restored);
+        row("file cannot be restored", "restore", none, none, file);
+        row("touches on one line", "line", QStringList{"-235 /etc/pointercal"}, none, restored);
+        row("touchscreen closed by somebody", "close", QStringList{"-210 closeTouchscreen"}, none,
             restored);
-        row("touchscreen closed by somebody", QByteArray("close"),
-            QStringList{"-210 closeTouchscreen"}, none, restored);
-        row("note stays", QByteArray("note"), none, QStringList{"-230 /etc/pointercal"}, restored);
+        row("note stays", "note", none, QStringList{"-230 /etc/pointercal"}, restored);
     }
     /// Nothing that was not applied goes without a box.
     void tells()
     {
-        QFETCH(QByteArray, fault);
-        QFETCH(QStringList, applied);
-        QFETCH(QStringList, accepted);
-        QFETCH(QStringList, restored);
+        FETCH(QByteArray, fault, QStringList, applied, QStringList, accepted, QStringList,
+              restored);
         const QString path = root().path(CalibrationFile);
         const QString note = path + ".unaccepted";
         const auto plantDirectory = [](const QString &where) {

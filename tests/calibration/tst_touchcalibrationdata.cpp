@@ -7,12 +7,6 @@
 #include "tests/platform/touchscreenfifo.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
-
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QRegularExpression>
 
 #include <array>
 #include <atomic>
@@ -20,7 +14,6 @@
 #include <cstdarg>
 #include <cstring>
 #include <linux/input.h>
-#include <memory>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <tslib.h>
@@ -147,19 +140,13 @@ private Q_SLOTS:
 
     void touchLandsWhereFingerIs_data()
     {
-        columns<bool, bool, bool, int>("exchanged", "mirroredX", "mirroredY", "rotation");
         for (int i = 0; i < 32; ++i) {
-            QTest::addRow("rotation %d%s%s%s", i / 8, i & 1 ? ", mirrored x" : "",
-                          i & 2 ? ", mirrored y" : "", i & 4 ? ", exchanged" : "")
-                << bool(i & 4) << bool(i & 1) << bool(i & 2) << i / 8;
+            row("way " + QByteArray::number(i), bool(i & 4), bool(i & 1), bool(i & 2), i / 8);
         }
     }
     void touchLandsWhereFingerIs()
     {
-        QFETCH(bool, exchanged);
-        QFETCH(bool, mirroredX);
-        QFETCH(bool, mirroredY);
-        QFETCH(int, rotation);
+        FETCH(bool, exchanged, bool, mirroredX, bool, mirroredY, int, rotation);
         const SimulatedPanel panel{exchanged, mirroredX, mirroredY, rotation};
         const QSize screen = panel.picture();
         setScreen(screen);
@@ -187,8 +174,6 @@ private Q_SLOTS:
     {
         // "file" in the environment, empty: the built-in one. "mount" is what the command does,
         // empty: there is none. "log" of the command, and the file's state when it came.
-        columns<QString, bool, QByteArray, int, QByteArray, bool>("file", "writable", "mount",
-                                                                  "result", "log", "fails");
         const QByteArray works = "if [ $2 = remount,rw ]; then chmod 755 $3; else chmod 555 $3; fi";
         const QByteArray asked = "-o remount,rw DIR old\n-o remount,ro DIR ";
         const QByteArray empty;
@@ -196,9 +181,9 @@ private Q_SLOTS:
         const QString file = "/flash/cal/pointercal";
         row("writable", file, true, works, 0, empty, false);
         row("read-only", file, false, works, 0, asked + "new\n", false);
-        row("mount without effect", file, false, QByteArray("exit 32"), int(ERR_FILE_WRITE),
-            asked + "old\n", false);
-        row("mount crashes", file, false, QByteArray("kill -9 $$"), remount, asked + "old\n", true);
+        row("mount without effect", file, false, "exit 32", int(ERR_FILE_WRITE), asked + "old\n",
+            false);
+        row("mount crashes", file, false, "kill -9 $$", remount, asked + "old\n", true);
         row("no mount", file, false, empty, remount, empty, true);
         row("built-in, read-only", "", false, works, 0, asked + "new\n", false);
         row("built-in, no mount", "", false, empty, remount, empty, true);
@@ -206,12 +191,8 @@ private Q_SLOTS:
     /// Whatever becomes of the remount: after the restore everything is as it was.
     void readOnlyDirectory()
     {
-        QFETCH(QString, file);
-        QFETCH(bool, writable);
-        QFETCH(QByteArray, mount);
-        QFETCH(int, result);
-        QFETCH(QByteArray, log);
-        QFETCH(bool, fails);
+        FETCH(QString, file, bool, writable, QByteArray, mount, int, result, QByteArray, log, bool,
+              fails);
 
         if (!file.isEmpty()) {
             calibrationFile = file;

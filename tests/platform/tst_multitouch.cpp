@@ -1,14 +1,12 @@
 #include "platform/tapguard.h"
 #include "platform/windowserver.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <QPushButton>
 
 #include <cstdarg>
 #include <cstring>
 #include <linux/input.h>
-#include <memory>
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
@@ -124,13 +122,13 @@ class TestMultiTouch : public DeviceTest
 private Q_SLOTS:
     void pluggedInAnew_data()
     {
-        columns<bool>("held"); // a finger is on the screen that is unplugged
+        // a finger is on the screen that is unplugged
         row("nothing touched", false);
         row("finger on it", true);
     }
     void pluggedInAnew()
     {
-        QFETCH(bool, held);
+        FETCH(bool, held);
         const QString link = root().path("/dev/input/touchscreen");
         const EventDevice device(link);
         std::unique_ptr<EventDevice> next; // outlives the driver, too

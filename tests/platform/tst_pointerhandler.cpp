@@ -3,20 +3,15 @@
 #include "platform/windowserver.h"
 #include "tests/platform/touchscreenfifo.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
-#include <QDir>
 #include <QMouseEvent>
-#include <QProcess>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QScopeGuard>
 #include <QStandardPaths>
 
 #include <algorithm>
 #include <array>
 #include <csignal>
-#include <memory>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -235,16 +230,14 @@ private Q_SLOTS:
     void rotatedScreen_data()
     {
         // The device position 30,40 on a picture of 800 x 480 that is turned on the panel.
-        columns<QByteArray, QPoint>("rotation", "expected");
-        row("0", QByteArray("0"), QPoint(30, 40));
-        row("90", QByteArray("90"), QPoint(759, 30));
-        row("180", QByteArray("180"), QPoint(769, 439));
-        row("270", QByteArray("270"), QPoint(40, 449));
+        row("0", "0", QPoint(30, 40));
+        row("90", "90", QPoint(759, 30));
+        row("180", "180", QPoint(769, 439));
+        row("270", "270", QPoint(40, 449));
     }
     void rotatedScreen()
     {
-        QFETCH(QByteArray, rotation);
-        QFETCH(QPoint, expected);
+        FETCH(QByteArray, rotation, QPoint, expected);
         qputenv("QT_QPA_PLATFORM", "offscreen:rotation=" + rotation);
         start();
         QCOMPARE(tap({30, 40}), tapAt(expected.x(), expected.y()));
@@ -269,15 +262,14 @@ private Q_SLOTS:
 
     void brokenCalibrationFile_data()
     {
-        columns<QByteArray>("content");
         row("empty", QByteArray());
-        row("divisor 0", QByteArray("65536 0 0 0 65536 0 0\n"));
+        row("divisor 0", "65536 0 0 0 65536 0 0\n");
         row("binary", QByteArray("\0\xff\0\x01", 4));
         row("2 MB", QByteArray(2 << 20, '1'));
     }
     void brokenCalibrationFile()
     {
-        QFETCH(QByteArray, content);
+        FETCH(QByteArray, content);
         root().write(CalibrationFile, content);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("pointercal is broken"));
         start();
@@ -291,18 +283,18 @@ private Q_SLOTS:
 
     void agreesWithTsPrint_data()
     {
-        columns<QByteArray>("content"); // empty: computed here
+        // empty: computed here
         row("own", QByteArray());
-        row("of ts_calibrate", QByteArray("-13826 62 53000000 -147 8300 -2300000 65536 800 480 0"));
-        row("of ts_calibrate, turned", QByteArray("8192 0 0 0 12288 -655360 65536 480 800 1"));
+        row("of ts_calibrate", "-13826 62 53000000 -147 8300 -2300000 65536 800 480 0");
+        row("of ts_calibrate, turned", "8192 0 0 0 12288 -655360 65536 480 800 1");
     }
     void agreesWithTsPrint()
     {
+        FETCH(QByteArray, content);
         const QString tool = QStandardPaths::findExecutable("ts_print");
         if (tool.isEmpty()) {
             QSKIP("ts_print is not installed");
         }
-        QFETCH(QByteArray, content);
         if (!content.isEmpty()) {
             root().write(CalibrationFile, content);
         }
@@ -389,22 +381,18 @@ private Q_SLOTS:
 
     void cannotOpen_data()
     {
-        columns<QByteArray, QByteArray, QString>("device", "conf", "warning");
-        row("no device", QByteArray("/nonexistent/touchscreen"), QByteArray("module linear"),
+        row("no device", "/nonexistent/touchscreen", "module linear",
             "Cannot open the touchscreen /nonexistent");
-        row("no touchscreen", QByteArray("/dev/null"),
-            QByteArray("module_raw input\nmodule linear"), "^/dev/null is not used");
-        row("unknown module", QByteArray(), QByteArray("module_raw nonsense\n"),
-            "tslib cannot configure");
+        row("no touchscreen", "/dev/null", "module_raw input\nmodule linear",
+            "^/dev/null is not used");
+        row("unknown module", QByteArray(), "module_raw nonsense\n", "tslib cannot configure");
         row("empty configuration", QByteArray(), QByteArray(), "tslib cannot configure");
-        row("FIFO", QByteArray(), QByteArray("fifo"),
+        row("FIFO", QByteArray(), "fifo",
             "tslib cannot configure .*ts.conf cannot be read: not a regular file");
     }
     void cannotOpen()
     {
-        QFETCH(QByteArray, device);
-        QFETCH(QByteArray, conf);
-        QFETCH(QString, warning);
+        FETCH(QByteArray, device, QByteArray, conf, QString, warning);
         if (!device.isEmpty()) {
             qputenv("TSLIB_TSDEVICE", device);
         }
@@ -525,13 +513,12 @@ private Q_SLOTS:
     /// Another device under the same name, although the old one says nothing of its end.
     void replaced_data()
     {
-        columns<bool>("suspended");
         row("in use", false);
         row("suspended", true);
     }
     void replaced()
     {
-        QFETCH(bool, suspended);
+        FETCH(bool, suspended);
         start();
         QCOMPARE(tap({10, 20}), tapAt(10, 20));
         if (suspended) {
@@ -621,16 +608,14 @@ private Q_SLOTS:
 
     void reinstates_data()
     {
-        columns<QByteArray, bool, QString>("content", "exists",
-                                           "link"); // of the file, if it is one
+        // of the file, if it is one
         const QByteArray swapped(SwappedFile);
         row("own file", swapped, true, "");
-        row("of ts_calibrate", QByteArray("13107 0 -65536 0 8738 -131072 65536 800 480 1"), true,
-            "");
-        row("coarser than the screen, own layout",
-            QByteArray("700000 11 -7\r\n12 400000 33\r\n65536\r\n"), true, "");
-        row("almost singular", QByteArray("1 0 0 0 1 0 65536\n"), true, "");
-        row("broken", QByteArray("1 2 3"), true, "");
+        row("of ts_calibrate", "13107 0 -65536 0 8738 -131072 65536 800 480 1", true, "");
+        row("coarser than the screen, own layout", "700000 11 -7\r\n12 400000 33\r\n65536\r\n",
+            true, "");
+        row("almost singular", "1 0 0 0 1 0 65536\n", true, "");
+        row("broken", "1 2 3", true, "");
         row("none", QByteArray(), false, "");
         row("link", swapped, true, "/rw/flash/pointercal");
         row("dangling link", QByteArray(), false, "/rw/flash/pointercal");
@@ -639,9 +624,7 @@ private Q_SLOTS:
     }
     void reinstates()
     {
-        QFETCH(QByteArray, content);
-        QFETCH(bool, exists);
-        QFETCH(QString, link);
+        FETCH(QByteArray, content, bool, exists, QString, link);
         const bool bLinked = !link.isEmpty();
         const QString path = root().path(CalibrationFile);
         const QString etc = root().path("/etc");
@@ -683,22 +666,19 @@ private Q_SLOTS:
     void fileChangesBehindProgram_data()
     {
         // The file as it was loaded, and after a run and its restore.
-        columns<QByteArray, QByteArray, QByteArray>("before", "change", "restored");
         const QByteArray swapped(SwappedFile);
         const QByteArray zero("65536 0 0 0 65536 0 0\n");
         row("broken", swapped, zero, swapped);
-        row("replaced", swapped, QByteArray("65536 0 9 0 65536 9 65536"), swapped);
+        row("replaced", swapped, "65536 0 9 0 65536 9 65536", swapped);
         row("deleted", swapped, QByteArray(), swapped);
         row("broken, none before", QByteArray(), zero, zero);
         // A directory stands for a file that cannot be read.
-        row("unreadable", QByteArray(), QByteArray("DIR"), QByteArray("DIR"));
+        row("unreadable", QByteArray(), "DIR", "DIR");
     }
     /// tslib never gets what has not been checked, and a restore is what was in force.
     void fileChangesBehindProgram()
     {
-        QFETCH(QByteArray, before);
-        QFETCH(QByteArray, change);
-        QFETCH(QByteArray, restored);
+        FETCH(QByteArray, before, QByteArray, change, QByteArray, restored);
         if (!before.isEmpty()) {
             root().write(CalibrationFile, before);
         }
@@ -776,31 +756,25 @@ private Q_SLOTS:
     {
         // What stands at the file before the run, or nothing; what happens between the run and the
         // next start; and the file after it: old, new or somebody else's.
-        columns<QByteArray, QByteArray, QByteArray>("old", "event", "file");
         row("cut", QByteArray(SwappedFile), QByteArray(), QByteArray(SwappedFile));
         row("cut, none before", QByteArray(), QByteArray(), QByteArray());
-        row("cut, broken before", QByteArray("1 2 3"), QByteArray(), QByteArray("1 2 3"));
-        row("cut, unreadable before", QByteArray("FIFO"), QByteArray(), QByteArray());
-        row("cut, behind a link", QByteArray("LINK"), QByteArray(), QByteArray(SwappedFile));
-        row("accepted", QByteArray(SwappedFile), QByteArray("accept"), QByteArray("new"));
-        row("restored", QByteArray(SwappedFile), QByteArray("restore"), QByteArray(SwappedFile));
-        row("somebody else's", QByteArray(SwappedFile), QByteArray("9 0 0 0 9 0 9"),
-            QByteArray("9 0 0 0 9 0 9"));
+        row("cut, broken before", "1 2 3", QByteArray(), "1 2 3");
+        row("cut, unreadable before", "FIFO", QByteArray(), QByteArray());
+        row("cut, behind a link", "LINK", QByteArray(), QByteArray(SwappedFile));
+        row("accepted", QByteArray(SwappedFile), "accept", "new");
+        row("restored", QByteArray(SwappedFile), "restore", QByteArray(SwappedFile));
+        row("somebody else's", QByteArray(SwappedFile), "9 0 0 0 9 0 9", "9 0 0 0 9 0 9");
         row("cut before the file", QByteArray(SwappedFile), QByteArray(SwappedFile),
             QByteArray(SwappedFile));
-        row("second run, cut", QByteArray(SwappedFile), QByteArray("again"),
-            QByteArray(SwappedFile));
-        row("cut after the second note", QByteArray(SwappedFile), QByteArray("note"),
-            QByteArray(SwappedFile));
-        row("emptied note", QByteArray(SwappedFile), QByteArray("empty"), QByteArray("new"));
-        row("broken note", QByteArray(SwappedFile), QByteArray("broken"), QByteArray("new"));
+        row("second run, cut", QByteArray(SwappedFile), "again", QByteArray(SwappedFile));
+        row("cut after the second note", QByteArray(SwappedFile), "note", QByteArray(SwappedFile));
+        row("emptied note", QByteArray(SwappedFile), "empty", "new");
+        row("broken note", QByteArray(SwappedFile), "broken", "new");
     }
     /// The next start goes back to what was there before a run that nobody has accepted.
     void nobodyAccepted()
     {
-        QFETCH(QByteArray, old);
-        QFETCH(QByteArray, event);
-        QFETCH(QByteArray, file);
+        FETCH(QByteArray, old, QByteArray, event, QByteArray, file);
         const QString path = root().path(CalibrationFile);
         const bool bUsable = old == SwappedFile || old == "LINK";
         if (old == "FIFO") {
@@ -872,16 +846,15 @@ private Q_SLOTS:
 
     void unusualFile_data()
     {
-        columns<QByteArray>("kind");
-        row("FIFO", QByteArray("FIFO"));
-        row("directory", QByteArray("directory"));
-        row("link to FIFO", QByteArray("link to FIFO"));
-        row("link to itself", QByteArray("link to itself"));
+        row("FIFO", "FIFO");
+        row("directory", "directory");
+        row("link to FIFO", "link to FIFO");
+        row("link to itself", "link to itself");
     }
     /// It neither hangs the start nor leads anywhere else.
     void unusualFile()
     {
-        QFETCH(QByteArray, kind);
+        FETCH(QByteArray, kind);
         const QString path = root().path(CalibrationFile);
         const QString other = root().path("/tmp/other");
         if (kind.startsWith("link")) {

@@ -1,6 +1,5 @@
 #include "platform/regularfile.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -35,23 +34,20 @@ private:
 private Q_SLOTS:
     void reads_data()
     {
-        columns<QByteArray, int, int>("kind", "refuse", "follow");
         row("nothing", QByteArray(), int(FileContent::Absent), int(FileContent::Absent));
-        row("file", QByteArray("file"), int(FileContent::Readable), int(FileContent::Readable));
-        row("fifo", QByteArray("fifo"), int(FileContent::Unreadable), int(FileContent::Unreadable));
-        row("link", QByteArray("link"), int(FileContent::Unreadable), int(FileContent::Readable));
-        row("dangling", QByteArray("dangling"), int(FileContent::Unreadable),
-            int(FileContent::Absent));
-        row("directory", QByteArray("directory"), int(FileContent::Unreadable),
-            int(FileContent::Unreadable));
+        row("file", "file", int(FileContent::Readable), int(FileContent::Readable));
+        row("fifo", "fifo", int(FileContent::Unreadable), int(FileContent::Unreadable));
+        row("link", "link", int(FileContent::Unreadable), int(FileContent::Readable));
+        row("dangling", "dangling", int(FileContent::Unreadable), int(FileContent::Absent));
+        row("directory", "directory", int(FileContent::Unreadable), int(FileContent::Unreadable));
     }
     void reads()
     {
-        QFETCH(QByteArray, kind);
+        FETCH(QByteArray, kind, int, refuse, int, follow);
         plant(kind);
-        QTEST(int(readRegularFile(path(), Links::Refuse).state), "refuse");
+        QCOMPARE(int(readRegularFile(path(), Links::Refuse).state), refuse);
         const FileContent followed = readRegularFile(path(), Links::Follow);
-        QTEST(int(followed.state), "follow");
+        QCOMPARE(int(followed.state), follow);
         QCOMPARE(followed.content.isEmpty(), followed.state != FileContent::Readable);
         QCOMPARE(followed.sError.isEmpty(), followed.state != FileContent::Unreadable);
     }
@@ -65,20 +61,17 @@ private Q_SLOTS:
 
     void requests_data()
     {
-        columns<QByteArray, bool, bool>("kind", "requested", "stays");
         row("nothing", QByteArray(), false, false);
-        row("file", QByteArray("file"), true, true);
-        row("fifo", QByteArray("fifo"), false, false);
-        row("link", QByteArray("link"), false, false);
-        row("dangling", QByteArray("dangling"), false, false);
-        row("directory", QByteArray("directory"), false, false);
-        row("full directory", QByteArray("full directory"), false, true);
+        row("file", "file", true, true);
+        row("fifo", "fifo", false, false);
+        row("link", "link", false, false);
+        row("dangling", "dangling", false, false);
+        row("directory", "directory", false, false);
+        row("full directory", "full directory", false, true);
     }
     void requests()
     {
-        QFETCH(QByteArray, kind);
-        QFETCH(bool, requested);
-        QFETCH(bool, stays);
+        FETCH(QByteArray, kind, bool, requested, bool, stays);
         plant(kind);
         if (!requested && !kind.isEmpty()) {
             QTest::ignoreMessage(
@@ -93,23 +86,22 @@ private Q_SLOTS:
 
     void writes_data()
     {
-        columns<QByteArray, bool, bool>("kind", "anew", "replaced");
         row("nothing", QByteArray(), true, true);
-        row("file", QByteArray("file"), true, true);
-        row("fifo", QByteArray("fifo"), true, true);
-        row("link", QByteArray("link"), true, true);
-        row("dangling", QByteArray("dangling"), true, true);
-        row("directory", QByteArray("directory"), true, false);
-        row("full directory", QByteArray("full directory"), false, false);
+        row("file", "file", true, true);
+        row("fifo", "fifo", true, true);
+        row("link", "link", true, true);
+        row("dangling", "dangling", true, true);
+        row("directory", "directory", true, false);
+        row("full directory", "full directory", false, false);
     }
     void writes()
     {
-        QFETCH(QByteArray, kind);
+        FETCH(QByteArray, kind, bool, anew, bool, replaced);
         for (const bool bAnew : {true, false}) {
             plant(kind);
             const bool bDone =
                 bAnew ? writeNewFile(path(), "new") : replaceFile(path(), "new", 0640);
-            QTEST(bDone, bAnew ? "anew" : "replaced");
+            QCOMPARE(bDone, bAnew ? anew : replaced);
             QCOMPARE(root().read("/tmp/target"), QByteArray("target"));
             struct stat status = {};
             if (bDone) {

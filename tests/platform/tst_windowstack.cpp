@@ -1,6 +1,5 @@
 #include "platform/windowstack.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <QDialog>
 
@@ -34,7 +33,6 @@ private Q_SLOTS:
     // The topmost one, the last of the order, has the keys.
     void topmostHasTheKeys_data()
     {
-        columns<Step, QByteArray>("step", "order");
         const auto step = [](const char *name, const QByteArray &order, const Step &taken) {
             row(name, taken, order);
         };
@@ -114,8 +112,7 @@ private Q_SLOTS:
     }
     void topmostHasTheKeys()
     {
-        QFETCH(Step, step);
-        QFETCH(QByteArray, order);
+        FETCH(Step, step, QByteArray, order);
         Windows windows;
         windows.pMain->show();
         QTRY_VERIFY(windows.pMain->isActiveWindow()); // though nobody asked for it

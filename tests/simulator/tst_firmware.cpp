@@ -1,6 +1,5 @@
 #include "platform/libfirmware.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <array>
 #include <cstring>
@@ -86,7 +85,6 @@ private Q_SLOTS:
 
     void texts_data()
     {
-        columns<QString, QString>("value", "expected");
         row("no escape", "\\x", "\\x");
         row("fits with its NUL", QString(19, '1'), QString(19, '1'));
         row("fills the buffer", QString(20, '1'), QString(20, '1'));
@@ -94,13 +92,13 @@ private Q_SLOTS:
     }
     void texts()
     {
-        QFETCH(QString, value);
+        FETCH(QString, value, QString, expected);
         Buffer<20> ip;
         QVERIFY(sysif_GetInterfaceIp(ip.data(), "eth2") != 0);
         QVERIFY(ip.isUntouched());
         root().setFirmware("eth2.ip", value);
         QCOMPARE(sysif_GetInterfaceIp(ip.data(), "eth2"), 0);
-        QTEST(QString(ip.text()), "expected");
+        QCOMPARE(QString(ip.text()), expected);
         QVERIFY(ip.isGuardIntact());
 
         Buffer<84> mode;
@@ -122,13 +120,12 @@ private Q_SLOTS:
 
     void brokenStateFailsEverything_data()
     {
-        columns<bool>("missing");
         row("missing", true);
         row("garbage", false);
     }
     void brokenStateFailsEverything()
     {
-        QFETCH(bool, missing);
+        FETCH(bool, missing);
         root().breakFirmware();
         if (missing) {
             root().remove("/simulator/firmware.state");

@@ -4,13 +4,10 @@
 #include "platform/windowserver.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
 
 #include <QDirIterator>
 #include <QLineEdit>
 #include <QMouseEvent>
-#include <QProcess>
-#include <QTimer>
 
 namespace {
 
@@ -68,7 +65,7 @@ class TestPanelctl : public DeviceTest
 private Q_SLOTS:
     void badUsageChangesNothing_data()
     {
-        columns<QString>("named"); // in the error, by the line
+        // in the error, by the line
         row("explode", "explode");
         row("--colour plc stop", "--colour");
         row("plc stop now", "now");
@@ -93,7 +90,7 @@ private Q_SLOTS:
     }
     void badUsageChangesNothing()
     {
-        QFETCH(QString, named);
+        FETCH(QString, named);
         QCOMPARE(panelctl("init").code, 0);
         const auto content = [this] {
             QByteArray all;
@@ -174,7 +171,6 @@ private Q_SLOTS:
 
     void touchLandsWhereTheFingerIs_data()
     {
-        columns<QString, QSize, int>("mapping", "screen", "tolerance");
         row("skewed", "skewed", QSize(800, 480), 0);
         row("plain", "plain", QSize(320, 240), 0);
         row("swapped", "swapped", QSize(1920, 1080), 0);
@@ -184,9 +180,7 @@ private Q_SLOTS:
     }
     void touchLandsWhereTheFingerIs()
     {
-        QFETCH(QString, mapping);
-        QFETCH(QSize, screen);
-        QFETCH(int, tolerance);
+        FETCH(QString, mapping, QSize, screen, int, tolerance);
         setScreen(screen);
         const QString size = QStringLiteral("%1x%2").arg(screen.width()).arg(screen.height());
         QCOMPARE(panelctl({"init", "--mapping", mapping, "--screen", size}).code, 0);
@@ -230,8 +224,6 @@ private Q_SLOTS:
     void calibratePlaysTheOperator_data()
     {
         // Whether the new calibration is kept; tolerance in pixels.
-        columns<QString, QString, QSize, bool, int>("options", "mapping", "screen", "kept",
-                                                    "tolerance");
         // Exit is disabled until Accept is hit, so the request's end shows that both were, through
         // the new calibration.
         row("accepts and leaves", "--exit", "swapped,mirror-y", QSize(320, 240), true, 1);
@@ -241,11 +233,7 @@ private Q_SLOTS:
     /// The real pages on the real touchscreen driver, the operator in another process.
     void calibratePlaysTheOperator()
     {
-        QFETCH(QString, options);
-        QFETCH(QString, mapping);
-        QFETCH(QSize, screen);
-        QFETCH(bool, kept);
-        QFETCH(int, tolerance);
+        FETCH(QString, options, QString, mapping, QSize, screen, bool, kept, int, tolerance);
         const QString request = "/tmp/.system/TouchCalibration";
         const QString file = "/etc/pointercal";
         setScreen(screen);
@@ -298,7 +286,6 @@ private Q_SLOTS:
 
     void keyboardTypes_data()
     {
-        columns<QString, QString, QString>("options", "typed", "seen");
         row("US", QString(), "yZ-:;a<Left>B<lt><Home><Delete>", "Z-:;B<a");
         row("German", ":keymap=/etc/kbd/de.qmap", "yZ-[&<AltGr+q><Shift+Tab>a<Left>s<Backspace>",
             "zY\u00df\u00fc/@a");
@@ -306,9 +293,7 @@ private Q_SLOTS:
     }
     void keyboardTypes()
     {
-        QFETCH(QString, options);
-        QFETCH(QString, typed);
-        QFETCH(QString, seen);
+        FETCH(QString, options, QString, typed, QString, seen);
         QCOMPARE(panelctl("init").code, 0);
         QCOMPARE(panelctl("keyboard plug").code, 0);
         QVERIFY(QFileInfo(root().path("/dev/input/keyboard0")).isSymLink());
@@ -354,24 +339,22 @@ private Q_SLOTS:
 
     void syscfgMerges_data()
     {
-        columns<QByteArray, QByteArray>("settings", "merged");
         row("replaces",
             QByteArray("[options]\neth0.mode=keep\n\n[network]\n; note\n"
                        "eth0.mode=static\neth0.ip=1.2.3.4\n"),
             QByteArray("[options]\neth0.mode=keep\n\n[network]\n; note\n"
                        "eth0.mode=dhcp\neth0.ip=1.2.3.4\ndnsserver1=a\\\\b&\n"));
         row("adds to its group, duplicates go",
-            QByteArray("[network]\r\neth0.mode=a\r\neth0.mode=b\r\n\r\n[input]\r\nk=1\r\n"),
-            QByteArray("[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n\n[input]\nk=1\n"));
-        row("adds the group", QByteArray("[input]\nk=1\n"),
+            "[network]\r\neth0.mode=a\r\neth0.mode=b\r\n\r\n[input]\r\nk=1\r\n",
+            "[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n\n[input]\nk=1\n");
+        row("adds the group", "[input]\nk=1\n",
             QByteArray("[input]\nk=1\n[network]\neth0.mode=dhcp\n"
                        "dnsserver1=a\\\\b&\n"));
-        row("empty", QByteArray(), QByteArray("[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n"));
+        row("empty", QByteArray(), "[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n");
     }
     void syscfgMerges()
     {
-        QFETCH(QByteArray, settings);
-        QFETCH(QByteArray, merged);
+        FETCH(QByteArray, settings, QByteArray, merged);
         QCOMPARE(panelctl("init").code, 0);
         root().write("/etc/settings.ini", settings);
         const QByteArray changes = "[network]\neth0.mode=dhcp\ndnsserver1=a\\\\b&\n";
@@ -388,15 +371,13 @@ private Q_SLOTS:
 
     void syscfgMisbehaves_data()
     {
-        columns<QString, int>("mode", "code");
         row("fails", "fail 3", 3);
         row("crashes", "crash", -1);
         row("missing", "missing", -1);
     }
     void syscfgMisbehaves()
     {
-        QFETCH(QString, mode);
-        QFETCH(int, code);
+        FETCH(QString, mode, int, code);
         QCOMPARE(panelctl("init").code, 0);
         QCOMPARE(panelctl(QStringList{"syscfg"} + mode.split(u' ')).code, 0);
         const QByteArray settings = root().read("/etc/settings.ini");

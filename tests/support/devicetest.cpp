@@ -20,3 +20,22 @@ void DeviceTest::cleanup()
     closeWindows();
     pRoot.reset();
 }
+
+void DeviceTest::addRow(const QByteArray &name, const QVariantList &values)
+{
+    if (columnsOf != QTest::currentTestFunction()) {
+        columnsOf = QTest::currentTestFunction();
+        bNamed = false;
+        QTest::addColumn<QVariantList>("values");
+    }
+    QTest::newRow(name.constData()) << values;
+}
+
+QVariant DeviceTest::fetchedValue(qsizetype nIndex)
+{
+    QFETCH(QVariantList, values);
+    if (nIndex >= values.size()) {
+        qFatal("the row has no value %d", int(nIndex));
+    }
+    return values[nIndex];
+}
