@@ -272,35 +272,6 @@ private Q_SLOTS:
         QCOMPARE(settings.saveSettings(false), int(ERR_INI_ACCESS));
     }
 
-    // A full disk takes nothing, or the beginning.
-    void noRoom_data()
-    {
-        row("none", 0);
-        row("some", 15);
-    }
-    void noRoom()
-    {
-        FETCH(int, bytes);
-        writeSettings(StaticSettings);
-        root().writeCommand("/bin/syscfg", "touch $PANEL_ROOT/run");
-        auto pSettings = load();
-        pSettings->working.nNetMode = DhcpMode;
-        ignoreLine("^/tmp/newsettings.ini cannot be written: ");
-        ignoreLine("nothing is applied");
-        rlimit before = {};
-        QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
-        const auto oldHandler = signal(SIGXFSZ, SIG_IGN);
-        const rlimit room = {rlim_t(bytes), before.rlim_max};
-        QCOMPARE(setrlimit(RLIMIT_FSIZE, &room), 0);
-        const int nResult = pSettings->saveSettings(true);
-        QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
-        signal(SIGXFSZ, oldHandler);
-        QCOMPARE(nResult, int(ERR_INI_ACCESS));
-        pSettings.reset(); // nothing is written later, either
-        QCOMPARE(folder("/tmp"), QStringList(".system"));
-        QVERIFY(!root().exists("/run"));
-    }
-
     void save_data()
     {
         const QByteArray badNetmask =
