@@ -1,8 +1,5 @@
 #include "calibration/calibrationrun.h"
-#include "platform/windowserver.h"
-#include "tests/calibration/simulatedpanel.h"
-#include "tests/platform/touchscreenfifo.h"
-#include "tests/support/devicetest.h"
+#include "tests/calibration/calibrationtest.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -16,11 +13,6 @@ namespace {
 
 using enum CalibrationState;
 using Event = CalibrationEvent;
-
-constexpr char OldFile[] = "16384 0 0 0 8192 0 65536\n";
-const QString CalibrationFile = "/etc/pointercal";
-constexpr SimulatedPanel Glass{true, false, true, 0};
-constexpr int RunLimitMs = 30000; // far more than any machine takes
 
 constexpr std::array<const char *, CalibrationStates> StateNames{
     "Idle",         "Resting",  "CountingDown", "Sampling",  "Applying",
@@ -45,7 +37,7 @@ extern "C" int fsync(int /*fd*/)
 
 /// In place of the page, the panel and the operator, for a run on a touchscreen that real tslib
 /// reads.
-class TestCalibrationRun : public DeviceTest
+class TestCalibrationRun : public CalibrationTest
 {
     Q_OBJECT
 
@@ -53,10 +45,7 @@ private Q_SLOTS:
     void init()
     {
         DeviceTest::init();
-        pFifo = std::make_unique<TouchscreenFifo>(root());
-        root().write(CalibrationFile, OldFile);
-        pServer = std::make_unique<WindowServer>();
-        QVERIFY(pServer->openPointer());
+        openPointer();
         pRun = std::make_unique<CalibrationRun>(
             CalibrationPace{std::chrono::milliseconds(0), std::chrono::milliseconds(0)});
         bCloseEarly = false;
@@ -237,9 +226,7 @@ private:
     void closeWindows() override
     {
         pRun.reset();
-        pServer.reset();
-        pFifo.reset();
-        qunsetenv("POINTERCAL_FILE");
+        CalibrationTest::closeWindows();
     }
 
     /// As panel and page do it.
@@ -346,13 +333,10 @@ private:
 
     void measure()
     {
-        for (const QPoint target : crosshairTargets(Glass.picture())) {
-            pFifo->tap(Glass.touch(target));
-        }
+        touchTargets();
         waitForEnd();
     }
 
-    const QRegularExpression CannotWrite{"Cannot write the pointer calibration file"};
     void waitForEnd()
     {
         QEventLoop loop;
@@ -366,8 +350,6 @@ private:
         QVERIFY(pRun->state() != Sampling);
     }
 
-    std::unique_ptr<TouchscreenFifo> pFifo;
-    std::unique_ptr<WindowServer> pServer;
     std::unique_ptr<CalibrationRun> pRun;
     std::unique_ptr<QObject> pReceiver; ///< of the thread's signals
     std::function<void()> whileBoxIsOpen; ///< what the operator does with the next box

@@ -1,19 +1,16 @@
 #include "calibration/veltacalibrationthread.h"
 #include "tests/platform/touchscreenfifo.h"
 #include "tests/support/devicetest.h"
+#include "tests/support/ioctlhook.h"
 
 #include <QMap>
 
 #include <chrono>
-#include <cstdarg>
 #include <limits>
 #include <linux/input.h>
 #include <pty.h>
-#include <sys/ioctl.h>
-#include <sys/syscall.h>
 #include <thread>
 #include <tslib.h>
-#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -66,19 +63,15 @@ public:
 
 } // namespace
 
-/// In place of the C library's: a file "axes4000" passes for a touchscreen with such axes.
-extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
+/// A file "axes4000" passes for a touchscreen with such axes.
+bool answerIoctl(int fd, unsigned long request, void *pArgument, int &)
 {
-    va_list arguments;
-    va_start(arguments, request);
-    void *pArgument = va_arg(arguments, void *);
-    va_end(arguments);
     const QString file = QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(fd)).symLinkTarget();
-    if (file.endsWith(QLatin1String("axes4000")) && _IOC_TYPE(request) == 'E') {
+    const bool bAxis = file.endsWith(QLatin1String("axes4000")) && _IOC_TYPE(request) == 'E';
+    if (bAxis) {
         static_cast<input_absinfo *>(pArgument)->maximum = 4000;
-        return 0;
     }
-    return static_cast<int>(syscall(SYS_ioctl, fd, request, pArgument));
+    return bAxis;
 }
 
 /// The sampling thread on a touchscreen that real tslib reads.

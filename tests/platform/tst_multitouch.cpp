@@ -1,17 +1,14 @@
 #include "platform/tapguard.h"
 #include "platform/windowserver.h"
 #include "tests/support/devicetest.h"
+#include "tests/support/ioctlhook.h"
 
 #include <QPushButton>
 
-#include <cstdarg>
 #include <cstring>
 #include <linux/input.h>
 #include <pty.h>
-#include <sys/ioctl.h>
-#include <sys/syscall.h>
 #include <termios.h>
-#include <unistd.h>
 
 namespace {
 
@@ -104,15 +101,11 @@ private:
 
 } // namespace
 
-/// In place of the C library's, for Qt's driver too.
-extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
+bool answerIoctl(int, unsigned long request, void *pArgument, int &result)
 {
-    va_list arguments;
-    va_start(arguments, request);
-    void *pArgument = va_arg(arguments, void *);
-    va_end(arguments);
-    return _IOC_TYPE(request) == 'E' ? answer(request, pArgument)
-                                     : static_cast<int>(syscall(SYS_ioctl, fd, request, pArgument));
+    const bool bAnswered = _IOC_TYPE(request) == 'E';
+    result = bAnswered ? answer(request, pArgument) : 0;
+    return bAnswered;
 }
 
 class TestMultiTouch : public DeviceTest
