@@ -14,8 +14,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// What the panel shows a touch for: the way to the next cross and, after the last, its verdict.
-constexpr auto PauseBetweenCrosses = 800ms;
 constexpr auto LongestVerdict = 5s;
 // A glance at the page before it is touched; the panel drops what is touched sooner.
 constexpr auto PageUp = 500ms;
@@ -53,6 +51,7 @@ struct Options
     double noise = 0; ///< pixels, standard deviation
     std::chrono::seconds wait{};
     std::chrono::milliseconds hold{};
+    std::chrono::milliseconds pause{}; ///< before each cross: its way there and a verdict
     unsigned seed = 0;
 };
 
@@ -76,6 +75,8 @@ Options takeOptions(Arguments &arguments)
         std::chrono::seconds(arguments.takeNumberOption(QStringLiteral("--wait"), 20, 1, 600));
     options.hold = std::chrono::milliseconds(
         arguments.takeNumberOption(QStringLiteral("--ms"), 120, 0, 60000));
+    options.pause = std::chrono::milliseconds(
+        arguments.takeNumberOption(QStringLiteral("--pause"), 800, 0, 60000));
     return options;
 }
 
@@ -130,7 +131,7 @@ public:
                                              {Distance, bottom},
                                              {screen.width() / 2, screen.height() / 2}}};
         for (const QPoint &cross : crosses) {
-            std::this_thread::sleep_for(PauseBetweenCrosses);
+            std::this_thread::sleep_for(options.pause);
             const QPoint position = cross + tremble();
             if (!finger.touch(position, position, options.hold)) {
                 return false;

@@ -68,15 +68,9 @@ inline std::string watchedFile(int fd)
     return length > 0 ? watchedPart({path, static_cast<std::size_t>(length)}) : std::string();
 }
 
-inline std::string watchedName(int folder, const char *path)
+inline std::string watchedName(const char *path)
 {
-    if (!bArmed || !path) {
-        return {};
-    }
-    if (path[0] == '/' || folder == AT_FDCWD) {
-        return watchedPart(path);
-    }
-    return watchedFile(folder) + '/' + path;
+    return bArmed && path ? watchedPart(path) : std::string();
 }
 
 /// Whether the plan strikes call number \a nCall.

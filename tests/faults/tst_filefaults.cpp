@@ -20,10 +20,6 @@ class TestFileFaults : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        // Hundreds of devices are made, and the journal knows what of them would be on a disk.
-        if (QFileInfo(QStringLiteral("/dev/shm")).isWritable()) {
-            qputenv("TMPDIR", "/dev/shm");
-        }
         setScreen(Calibrating::ScreenSize);
         void *pShared = mmap(nullptr, sizeof(Journal), PROT_READ | PROT_WRITE,
                              MAP_SHARED | MAP_ANONYMOUS, -1, 0);
