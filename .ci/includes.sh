@@ -31,12 +31,20 @@ checkIncludeOrder() {
         END { exit found }'
 }
 
-# landedState: the commit that changes are counted from; nothing where all files are to be checked,
-# because there is no such commit or nothing differs from it.
+# landedState: the commit that changes are counted from: where this branch left origin/main, or,
+# in a clone of what is to land, the one that .ci/landed names. Nothing where all files are to be
+# checked, because there is no such commit.
 landedState() {
-    local base
-    base=$(git merge-base HEAD refs/remotes/origin/main 2>/dev/null) || return 0
-    git diff --quiet "$base" -- || printf '%s\n' "$base"
+    local base recorded
+    if base=$(git merge-base HEAD refs/remotes/origin/main 2>/dev/null) \
+        && ! git diff --quiet "$base" --; then
+        printf '%s\n' "$base"
+        return
+    fi
+    recorded=$(cat .ci/landed 2>/dev/null) || return 0
+    if git merge-base --is-ancestor "$recorded" HEAD 2>/dev/null; then
+        printf '%s\n' "$recorded"
+    fi
 }
 
 # changedSources COMMIT: the .cpp files that differ from COMMIT, and those that include, by however

@@ -44,9 +44,20 @@ void KeyboardWatcher::start()
     const QString folder = devicePath(InputFolder);
     pInputWatch = new FolderWatch(folder, this);
     connect(pInputWatch, &FolderWatch::changed, this, &KeyboardWatcher::rescan);
+    if (const WindowServer *pServer = WindowServer::instance()) {
+        connect(pServer, &WindowServer::inputReleased, this, &KeyboardWatcher::releaseAll);
+        connect(pServer, &WindowServer::inputTaken, this, [this, folder] { rescan(folder); });
+    }
+    releaseAll();
+    rescan(folder);
+}
+
+void KeyboardWatcher::releaseAll()
+{
     releaseKeyboard();
     installed.clear();
-    rescan(folder);
+    grabbed.clear();
+    pInputWatch->setPolled(false);
 }
 
 QList<KeyboardWatcher::Entry> KeyboardWatcher::entriesOf(const QString &folder)
@@ -64,20 +75,39 @@ QList<KeyboardWatcher::Entry> KeyboardWatcher::entriesOf(const QString &folder)
 
 void KeyboardWatcher::rescan(const QString &folder)
 {
+    if (const WindowServer *pServer = WindowServer::instance();
+        pServer && pServer->isInputReleased()) {
+        return;
+    }
     const QList<Entry> entries = entriesOf(folder);
     QList<Entry> sorted = entries; // a folder has no order of its own
     std::ranges::sort(sorted, {}, &Entry::name);
-    if (entries.size() > MaxKeyboards || sorted == installed) {
+    const auto isFree = [&folder](const QString &name) {
+        return !isGrabbed(folder + QLatin1Char('/') + name);
+    };
+    if (entries.size() > MaxKeyboards
+        || (sorted == installed && std::ranges::none_of(grabbed, isFree))) {
         return;
     }
     if (!installed.isEmpty()) {
         releaseKeyboard();
     }
+    const bool bReported = !grabbed.isEmpty();
+    grabbed.clear();
+    for (const Entry &entry : entries) { // before one of them is grabbed here
+        if (entry.bLink && !isFree(entry.name)) {
+            grabbed += entry.name;
+        }
+    }
     for (const Entry &entry : entries) {
-        if (entry.bLink) {
+        if (entry.bLink && !grabbed.contains(entry.name)) {
             setKeyboard(QFileInfo(entry.name).baseName());
         }
     }
+    if (!grabbed.isEmpty() && !bReported) {
+        qWarning("Another program has grabbed %s", qPrintable(grabbed.join(u' ')));
+    }
+    pInputWatch->setPolled(!grabbed.isEmpty());
     installed = std::move(sorted);
 }
 

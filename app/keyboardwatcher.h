@@ -5,12 +5,15 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 class FolderWatch;
 
 /// Keeps the handler of the keyboard that was plugged in, while keyboards come and go as links
 /// "keyboard*" in "/dev/input". Of two the handler of the second is the one installed; while there
-/// are more, nothing changes. GUI thread.
+/// are more, nothing changes. While no window of the program is on the screen there is no handler.
+/// A keyboard that another program keeps for itself then is tried again until it is free. GUI
+/// thread.
 class KeyboardWatcher : public QObject
 {
     Q_OBJECT
@@ -36,6 +39,7 @@ private:
         friend bool operator==(const Entry &, const Entry &) = default;
     };
 
+    void releaseAll();
     static bool readKeyboardMapping();
     static QList<Entry> entriesOf(const QString &folder);
     void setKeyboard(const QString &deviceName) const;
@@ -43,5 +47,6 @@ private:
 
     bool bKeyboardMapping;
     FolderWatch *pInputWatch = nullptr; // child of this
+    QStringList grabbed; ///< names of keyboards that another program has for itself
     QList<Entry> installed; ///< entries last seen, when there were not too many, by name
 };

@@ -6,6 +6,8 @@
 #include "platform/displaycheck.h"
 #include "platform/endinglimit.h"
 #include "platform/fontconfiguration.h"
+#include "platform/screenhandover.h"
+#include "platform/servicenotifier.h"
 #include "platform/standardstreams.h"
 #include "platform/terminationsignals.h"
 #include "platform/windowserver.h"
@@ -22,6 +24,7 @@ int main(int argc, char *argv[])
     // Never called off: what ends after main(), in whatever library, may hang, too.
     [[maybe_unused]] static const auto *const pEndingLimit = new EndingLimit;
     prepareEnvironment();
+    ServiceNotifier serviceNotifier;
     std::optional<FontConfiguration> fontConfiguration(std::in_place);
     std::optional<DisplayCheck> displayCheck([&] {
         fontConfiguration.reset();
@@ -43,6 +46,9 @@ int main(int argc, char *argv[])
     // A calibration that nobody has accepted is taken back by a destructor.
     const TerminationSignals terminationSignals;
     WindowServer windowServer;
+    const ScreenHandover screenHandover;
+    QObject::connect(&screenHandover, &ScreenHandover::firstFrame, &application,
+                     [&serviceNotifier] { serviceNotifier.ready(); });
     MainWindow window;
 
     QApplication::setOverrideCursor(Qt::BlankCursor);
@@ -52,5 +58,7 @@ int main(int argc, char *argv[])
 
     window.show();
     const std::unique_ptr<VeltaInfoBox> pFontWarning = bFontsLoaded ? nullptr : showFontWarning();
-    return QApplication::exec();
+    const int nResult = QApplication::exec();
+    serviceNotifier.stopping();
+    return nResult;
 }

@@ -8,6 +8,7 @@
 #include "infobox/veltainfobox.h"
 #include "platform/devicepath.h"
 #include "platform/requestfiles.h"
+#include "platform/servicenotifier.h"
 #include "platform/touchtype.h"
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
@@ -268,6 +269,7 @@ void MainWindow::doProgressBar()
 void MainWindow::controlVisibility()
 {
     if (!runtimeLink.isOpen()) {
+        ServiceNotifier::setStatus(QStringLiteral("Waiting for the PLC runtime"));
         runtimeLink = RuntimeLink::open();
         bConfigRequested = false;
         scheduleNextTick();
@@ -309,6 +311,7 @@ void MainWindow::controlVisibility()
 
 void MainWindow::showWhileStopped()
 {
+    ServiceNotifier::setStatus(QStringLiteral("PLC stopped, the panel has the screen"));
     if (sIpShown.contains(NoAddress)) {
         updateDeviceInfo(); // a late lease becomes visible
     }
@@ -321,6 +324,7 @@ void MainWindow::showWhileStopped()
 
 void MainWindow::showWhileRunning()
 {
+    ServiceNotifier::setStatus(QStringLiteral("PLC running, its visualisation has the screen"));
     if (bKeepVisible) {
         showFullScreenOnce();
     } else {
@@ -386,6 +390,7 @@ void MainWindow::showCalibrationMessage()
 void MainWindow::runConfiguration()
 {
     pVisibilityTimer->stop();
+    ServiceNotifier::setStatus(QStringLiteral("Configuration open"));
     VeltaWizard wizard(this);
     showPage(pUi->localConfigPage);
     const bool bSaved = wizard.Run();
@@ -401,6 +406,7 @@ void MainWindow::runConfiguration()
 
 void MainWindow::startRestartCountdown()
 {
+    ServiceNotifier::setStatus(QStringLiteral("Configuration saved, restarting the device"));
     showPage(pUi->rebootPage);
     bRestartPending = true;
     Q_EMIT triggerLcd(nRestartSeconds);

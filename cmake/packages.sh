@@ -6,6 +6,11 @@ BuildPackages=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-bas
     libgl-dev libts-dev ttf-bitstream-vera)
 # What the tests need besides.
 TestPackages=(libts-bin)
+# What it takes to make the Debian packages, for this machine and for ARM.
+PackagingPackages=(debhelper lintian)
+CrossPackages=(crossbuild-essential-armhf fakeroot gpg mmdebstrap)
+# What a program for ARM is compiled against, but for the compiler's own C++ library.
+SysrootPackages=(libc6-dev qt6-base-dev qt6-base-private-dev libgl-dev libvulkan-dev libts-dev)
 # What .ci/run needs besides.
 CheckPackages=(git clang-format clang-tidy shellcheck libbenchmark-dev)
 
@@ -16,6 +21,22 @@ say() {
 die() {
     printf '%s: %s\n' "${0##*/}" "$*" >&2
     exit 1
+}
+
+# asRoot COMMAND...: what only root may do.
+asRoot() {
+    if ((EUID == 0)); then
+        "$@"
+    else
+        command -v sudo >/dev/null || die "not root and no sudo here to run: $*"
+        sudo "$@"
+    fi
+}
+
+# refreshPackageLists: has apt look at what there is.
+refreshPackageLists() {
+    asRoot apt-get update -q </dev/null \
+        || say "apt-get update failed; trying with the package lists that are here"
 }
 
 # installPackages NAME...: installs those that are not there yet; asks nothing.
@@ -31,16 +52,11 @@ installPackages() {
     fi
     command -v apt-get >/dev/null \
         || die "this is no Debian; install the equivalents of: ${missing[*]}"
-    local asRoot=()
-    if ((EUID != 0)); then
-        command -v sudo >/dev/null \
-            || die "not root and no sudo here; have these installed: ${missing[*]}"
-        asRoot=(sudo)
-    fi
+    ((EUID == 0)) || command -v sudo >/dev/null \
+        || die "not root and no sudo here; have these installed: ${missing[*]}"
     say "Installing ${missing[*]}"
-    "${asRoot[@]}" apt-get update -q </dev/null \
-        || say "apt-get update failed; trying with the package lists that are here"
-    "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive \
+    refreshPackageLists
+    asRoot env DEBIAN_FRONTEND=noninteractive \
         apt-get install -q -y --no-install-recommends "${missing[@]}" </dev/null \
         || die "apt could not install: ${missing[*]}"
 }

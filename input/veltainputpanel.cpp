@@ -8,7 +8,6 @@
 
 #include <QApplication>
 #include <QFontMetrics>
-#include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
@@ -16,70 +15,28 @@
 #include <QStackedWidget>
 
 #include <algorithm>
-#include <chrono>
-#include <map>
 #include <utility>
 
-using namespace std::chrono_literals;
-
 namespace {
-
-constexpr char ButtonValue[] = "buttonValue";
-
-// A held key repeats after a first delay, then slowly, then fast. Touched keys are repeated by
-// their buttons, without the third phase.
-constexpr std::chrono::milliseconds FirstRepeat = 500ms;
-constexpr std::chrono::milliseconds SlowRepeat = 200ms;
-constexpr std::chrono::milliseconds FastRepeat = 100ms;
-constexpr int FastFromCount = 5;
-
-constexpr std::chrono::milliseconds TimeoutStep = 1000ms;
 
 constexpr char16_t AsteriskOperator = 0x2217;
 constexpr char16_t Bullet = 0x2022;
 
-/// What a button's frame takes of its width and height, both sides together.
-constexpr int ButtonFrame = 4;
-/// A wide button keeps one part in so many of its width free of the label.
-constexpr int ButtonPadding = 10;
 /// What the display's frame takes of its height.
 constexpr int DisplayFrame = 4;
 /// What frame and cursor take of its width.
 constexpr int DisplayMargins = 12;
 constexpr int HeadSpacing = 6;
 
-int fontSize(const QFont &font)
+KeyPads::Pages padPages(const Ui::VeltaInputPanelForm &form)
 {
-    return font.pointSize() > 0 ? font.pointSize() : font.pixelSize();
-}
-
-void setFontSize(QFont *pFont, int size)
-{
-    if (pFont->pointSize() > 0) {
-        pFont->setPointSize(size);
-    } else {
-        pFont->setPixelSize(size);
-    }
-}
-
-/// Labels of one kind have one font size on a pad: the long words would make the arrows tiny.
-enum class KeyLabel { Character, Symbol, Word };
-
-KeyLabel keyLabel(KeyAction action)
-{
-    switch (action) {
-    case KeyAction::Character:
-        return KeyLabel::Character;
-    case KeyAction::Backspace:
-    case KeyAction::Left:
-    case KeyAction::Right:
-    case KeyAction::Mode:
-        return KeyLabel::Symbol;
-    case KeyAction::Cancel:
-    case KeyAction::Ok:
-        return KeyLabel::Word;
-    }
-    return KeyLabel::Character;
+    KeyPads::Pages pages;
+    pages[static_cast<std::size_t>(KeyPad::Hex)] = {form.Hexpad, form.hexblock_layout,
+                                                    form.gridLayout_2};
+    pages[static_cast<std::size_t>(KeyPad::Num)] = {form.Numpad, form.numberblock_layout,
+                                                    form.gridLayout};
+    pages[static_cast<std::size_t>(KeyPad::AlphaNum)] = {form.AlphaNumpad, nullptr, nullptr};
+    return pages;
 }
 
 } // namespace
@@ -87,108 +44,50 @@ KeyLabel keyLabel(KeyAction action)
 VeltaInputPanel::VeltaInputPanel(QWidget *parent, bool highlightFocus, const QString &mode,
                                  quint8 timeoutSeconds)
     : QWidget(parent), pForm(std::make_unique<Ui::VeltaInputPanelForm>()),
-      inputMode(inputModeFromName(mode))
+      inputMode(inputModeFromName(mode)), keyRepeat(this),
+      countdown(modeSpec().bPassword ? timeoutSeconds : 0, this)
 {
     pForm->setupUi(this);
-    repeatTimer.setObjectName(QStringLiteral("repeatTimer"));
-    connect(&repeatTimer, &QTimer::timeout, this, &VeltaInputPanel::DoAutoRepeat);
-    timeoutTimer.setObjectName(QStringLiteral("timeoutTimer"));
-    connect(&timeoutTimer, &QTimer::timeout, this, [this] { UpdateTimeout(); });
-    if (const WindowServer *pServer = WindowServer::instance()) {
-        // An unplugged keyboard releases nothing any more.
-        connect(pServer, &WindowServer::keyboardClosed, this, &VeltaInputPanel::stopRepeat);
-    }
-    connect(pForm->panelLineEdit, &QLineEdit::returnPressed, this, &VeltaInputPanel::EnterPressed);
-
-    createKeys();
+    pPads = std::make_unique<KeyPads>(padPages(*pForm), nullptr);
+    connectAll();
     scaleFonts();
     if (highlightFocus) {
-        highlightFocusedKey(mode);
+        pPads->highlightFocus(mode == QLatin1String(inputModes()[AlphaNumInput].name));
     }
     // The count-down label takes its share of the head row before the row is laid out.
-    setUpTimeout(timeoutSeconds);
+    pForm->timeoutLabel->setVisible(countdown.isUsed());
+    countdown.restart();
     layOut(QGuiApplication::primaryScreen()->geometry().size());
     if (modeSpec().bPassword) {
         setUpPassword();
     }
-    pForm->stackedWidget->setCurrentWidget(page(modeSpec().pad));
+    pForm->stackedWidget->setCurrentWidget(pPads->page(modeSpec().pad));
     focusFirstKey();
 }
 
 VeltaInputPanel::~VeltaInputPanel() = default;
 
-void VeltaInputPanel::createKeys()
+void VeltaInputPanel::connectAll()
 {
-    std::map<int, QBoxLayout *> alphaRows;
-    const auto place = [this, &alphaRows](const KeySpec &spec, QPushButton *pButton) {
-        const bool bSpecial = spec.look().bSpecialBlock;
-        switch (spec.pad()) {
-        case KeyPad::Hex:
-            (bSpecial ? pForm->gridLayout_2 : pForm->hexblock_layout)
-                ->addWidget(pButton, spec.nRow, spec.nColumn, 1, spec.nColumnSpan);
-            return;
-        case KeyPad::Num:
-            (bSpecial ? pForm->gridLayout : pForm->numberblock_layout)
-                ->addWidget(pButton, spec.nRow, spec.nColumn);
-            return;
-        case KeyPad::AlphaNum:
-            // The last row has its cursor keys beside the space key.
-            if (bSpecial && spec.action != KeyAction::Left && spec.action != KeyAction::Right) {
-                pForm->gridLayout_4->addWidget(pButton, spec.nRow, 1);
-                return;
-            }
-            QBoxLayout *&pRow = alphaRows[spec.nRow];
-            if (!pRow) {
-                pRow = new QHBoxLayout;
-                pForm->gridLayout_4->addLayout(pRow, spec.nRow, 0, Qt::AlignCenter);
-            }
-            pRow->addWidget(pButton);
-            return;
-        }
-    };
-
-    keys.reserve(inputKeys().size());
-    for (const KeySpec &spec : inputKeys()) {
-        auto *pButton = new QPushButton(spec.text(nShiftLevel), page(spec.pad()));
-        pButton->setObjectName(QLatin1String(spec.name));
-        switch (spec.action) {
-        case KeyAction::Character:
-        case KeyAction::Mode:
-        case KeyAction::Backspace:
-            pButton->setProperty(ButtonValue, spec.value(nShiftLevel));
-            break;
-        case KeyAction::Left:
-        case KeyAction::Right:
-        case KeyAction::Cancel:
-        case KeyAction::Ok:
-            break;
-        }
-        if (spec.action == KeyAction::Backspace || spec.action == KeyAction::Left
-            || spec.action == KeyAction::Right) {
-            pButton->setAutoRepeat(true);
-            pButton->setAutoRepeatDelay(int(FirstRepeat.count()));
-            pButton->setAutoRepeatInterval(int(SlowRepeat.count()));
-        }
-        pButton->setAttribute(Qt::WA_AcceptTouchEvents);
-        // The button would take cursor keys and Space for itself.
-        pButton->installEventFilter(this);
-        connect(pButton, &QPushButton::clicked, this, [this, pButton] { buttonClicked(pButton); });
-        place(spec, pButton);
-        keys.push_back({&spec, pButton, {}});
+    for (QPushButton *pButton : pPads->buttons()) {
+        pButton->installEventFilter(this); // it would take cursor keys and Space for itself
     }
+    connect(pPads.get(), &KeyPads::clicked, this, &VeltaInputPanel::buttonClicked);
+    connect(&countdown, &InputCountdown::remaining, this, &VeltaInputPanel::showRemaining);
+    connect(&countdown, &InputCountdown::expired, this,
+            [this] { buttonClicked(button(KeyAction::Cancel)); });
+    if (const WindowServer *pServer = WindowServer::instance()) {
+        // An unplugged keyboard releases nothing any more.
+        connect(pServer, &WindowServer::keyboardClosed, &keyRepeat, &KeyRepeat::stop);
+    }
+    connect(pForm->panelLineEdit, &QLineEdit::returnPressed, this, &VeltaInputPanel::EnterPressed);
 }
 
 void VeltaInputPanel::scaleFonts()
 {
     const QSize screen = QGuiApplication::primaryScreen()->geometry().size();
     const int resolution = VeltaUtils::resolutionIndex(screen.width(), screen.height());
-    for (Key &key : keys) {
-        QFont font = this->font();
-        font.setPointSize(key.pSpec->look().nPointSize);
-        key.pButton->setFont(font);
-        fontScaler.scaleFont(key.pButton, resolution);
-        key.scaledFont = key.pButton->font();
-    }
+    pPads->scaleFonts(font(), &fontScaler, resolution);
     for (QWidget *pWidget :
          {static_cast<QWidget *>(pForm->panelLineEdit), static_cast<QWidget *>(pForm->panelLabel),
           static_cast<QWidget *>(pForm->timeoutLabel)}) {
@@ -197,25 +96,6 @@ void VeltaInputPanel::scaleFonts()
     captionFont = pForm->panelLabel->font();
     timeoutFont = pForm->timeoutLabel->font();
     nDisplayFontSize = fontSize(pForm->panelLineEdit->font());
-}
-
-void VeltaInputPanel::highlightFocusedKey(const QString &mode)
-{
-    for (const Key &key : keys) {
-        if (key.pSpec->action == KeyAction::Mode
-            && mode != QLatin1String(inputModes()[AlphaNumInput].name)) {
-            continue;
-        }
-        key.pButton->setStyleSheet(
-            QStringLiteral("QPushButton:focus { background-color:rgb(170,170,170);; } "));
-    }
-}
-
-void VeltaInputPanel::setUpTimeout(quint8 seconds)
-{
-    nTimeoutSeconds = modeSpec().bPassword ? seconds : 0;
-    pForm->timeoutLabel->setVisible(nTimeoutSeconds > 0);
-    restartTimeout();
 }
 
 void VeltaInputPanel::setUpPassword()
@@ -240,7 +120,7 @@ void VeltaInputPanel::layOut(const QSize &screen)
 
     const QSize contents =
         (pForm->panelGBox->contentsRect() - pForm->verticalLayout->contentsMargins()).size();
-    if (nTimeoutSeconds == 0) {
+    if (!countdown.isUsed()) {
         pForm->panelLabel->setMaximumWidth(frame.panel.width() - 20);
     }
     layOutHead(contents.width());
@@ -249,9 +129,13 @@ void VeltaInputPanel::layOut(const QSize &screen)
                      contents.height() - frame.nCaptionHeight - frame.nDisplayHeight
                          - 2 * pForm->verticalLayout->spacing());
     for (const KeyPad pad : {KeyPad::Hex, KeyPad::Num, KeyPad::AlphaNum}) {
-        layOutPad(pad, area, pad == KeyPad::AlphaNum ? frame.nPadHeadroom : 0);
+        const QSize page =
+            pPads->layOut(pad, area, pad == KeyPad::AlphaNum ? frame.nPadHeadroom : 0);
+        if (pad == modeSpec().pad) {
+            pForm->stackedWidget->setFixedSize(page);
+        }
     }
-    fitKeyFonts();
+    pPads->fitFonts();
 }
 
 void VeltaInputPanel::layOutHead(int width)
@@ -260,86 +144,18 @@ void VeltaInputPanel::layOutHead(int width)
     setLineEditFontSize(nDisplayFontSize);
     // Caption and count-down share their row evenly where their minimum widths do not fit into it.
     const int half = (width - HeadSpacing) / 2;
-    pForm->panelLabel->setMinimumWidth(nTimeoutSeconds > 0 ? std::min(300, half)
-                                                           : std::min(300, width));
+    pForm->panelLabel->setMinimumWidth(countdown.isUsed() ? std::min(300, half)
+                                                          : std::min(300, width));
     pForm->timeoutLabel->setMinimumWidth(std::min(290, half));
     fitLabelFont(pForm->panelLabel, captionFont);
     fitLabelFont(pForm->timeoutLabel, timeoutFont);
-}
-
-void VeltaInputPanel::layOutPad(KeyPad pad, const QSize &area, int headroom)
-{
-    QWidget *pPage = page(pad);
-    const QSize pageSize = area.boundedTo(pPage->maximumSize());
-    pPage->setMinimumSize(QSize(300, 160).boundedTo(pageSize));
-    if (pad == modeSpec().pad) {
-        pForm->stackedWidget->setFixedSize(pageSize);
-    }
-    const InputPadLayout layout = inputPadLayout(pad, pageSize, headroom);
-
-    for (const Key &key : keys) {
-        if (key.pSpec->pad() != pad) {
-            continue;
-        }
-        const bool bCursorKey =
-            key.pSpec->action == KeyAction::Left || key.pSpec->action == KeyAction::Right;
-        if (bCursorKey) {
-            key.pButton->setFixedSize(layout.arrow);
-        } else if (key.pSpec->look().bSpecialBlock) {
-            key.pButton->setFixedSize(layout.special);
-        } else if (key.pSpec->style == KeyStyle::AlphaSpace) {
-            key.pButton->setFixedSize(layout.nSpaceWidth, layout.key.height());
-        } else {
-            key.pButton->setFixedSize(layout.key);
-        }
-    }
-
-    auto *pGrid = qobject_cast<QGridLayout *>(pPage->layout());
-    pGrid->setContentsMargins(layout.margins);
-    pGrid->setHorizontalSpacing(layout.nBlockGap);
-    pGrid->setVerticalSpacing(layout.nRowGap);
-    for (QLayout *pBlock : pGrid->findChildren<QLayout *>()) {
-        if (auto *pKeyGrid = qobject_cast<QGridLayout *>(pBlock)) {
-            pKeyGrid->setHorizontalSpacing(layout.nGap);
-            pKeyGrid->setVerticalSpacing(layout.nRowGap);
-        } else {
-            pBlock->setSpacing(layout.nGap);
-        }
-    }
-    if (pad == KeyPad::AlphaNum) {
-        pForm->verticalSpacer->changeSize(20, headroom, QSizePolicy::Minimum, QSizePolicy::Fixed);
-    }
-    pGrid->invalidate();
-}
-
-void VeltaInputPanel::fitKeyFonts()
-{
-    std::map<std::pair<KeyPad, KeyLabel>, int> sizes;
-    for (const Key &key : keys) {
-        const QSize size = key.pButton->minimumSize();
-        const QSize room =
-            size - QSize(std::max(ButtonFrame, size.width() / ButtonPadding), ButtonFrame);
-        for (int level = 0; level < ShiftLevels; ++level) {
-            const QString text =
-                key.pSpec->text(level).replace(QLatin1String("&&"), QLatin1String("&"));
-            const int fitted = fontSize(fittedFont(key.scaledFont, text, room));
-            const auto [found, bNew] =
-                sizes.try_emplace({key.pSpec->pad(), keyLabel(key.pSpec->action)}, fitted);
-            found->second = std::min(found->second, fitted);
-        }
-    }
-    for (const Key &key : keys) {
-        QFont font = key.scaledFont;
-        setFontSize(&font, sizes[{key.pSpec->pad(), keyLabel(key.pSpec->action)}]);
-        key.pButton->setFont(font);
-    }
 }
 
 void VeltaInputPanel::fitLabelFont(QLabel *label, const QFont &scaledFont)
 {
     // Without a count-down the caption has the whole row.
     const int width =
-        nTimeoutSeconds > 0 ? label->minimumWidth() : pForm->panelLineEdit->minimumWidth();
+        countdown.isUsed() ? label->minimumWidth() : pForm->panelLineEdit->minimumWidth();
     label->setFont(fittedFont(scaledFont, label->text(), {width, label->minimumHeight()}));
 }
 
@@ -404,32 +220,9 @@ const InputModeSpec &VeltaInputPanel::modeSpec() const
     return inputModes()[inputMode];
 }
 
-QWidget *VeltaInputPanel::page(KeyPad pad) const
-{
-    switch (pad) {
-    case KeyPad::Hex:
-        return pForm->Hexpad;
-    case KeyPad::Num:
-        return pForm->Numpad;
-    case KeyPad::AlphaNum:
-        return pForm->AlphaNumpad;
-    }
-    return nullptr;
-}
-
-const VeltaInputPanel::Key *VeltaInputPanel::keyOf(const QWidget *widget) const
-{
-    const auto found = std::find_if(keys.begin(), keys.end(),
-                                    [widget](const Key &key) { return key.pButton == widget; });
-    return found == keys.end() ? nullptr : &*found;
-}
-
 QPushButton *VeltaInputPanel::button(KeyAction action) const
 {
-    const auto found = std::find_if(keys.begin(), keys.end(), [this, action](const Key &key) {
-        return key.pSpec->pad() == modeSpec().pad && key.pSpec->action == action;
-    });
-    return found->pButton;
+    return pPads->button(modeSpec().pad, action);
 }
 
 QPushButton *VeltaInputPanel::firstButton() const
@@ -439,23 +232,23 @@ QPushButton *VeltaInputPanel::firstButton() const
 
 bool VeltaInputPanel::buttonClicked(QWidget *w)
 {
-    const Key *pKey = keyOf(w);
+    const KeySpec *pKey = pPads->specOf(w);
     if (!pKey) {
         return true;
     }
     QChar character;
-    switch (pKey->pSpec->action) {
+    switch (pKey->action) {
     case KeyAction::Mode:
         ChangeButtons();
         return true;
     case KeyAction::Cancel:
-        stopTimeout();
-        stopRepeat();
+        countdown.stop();
+        keyRepeat.stop();
         Q_EMIT input_canceled();
         return false;
     case KeyAction::Ok:
-        stopTimeout();
-        stopRepeat();
+        countdown.stop();
+        keyRepeat.stop();
         Q_EMIT input_ok();
         return false;
     case KeyAction::Backspace:
@@ -468,13 +261,13 @@ bool VeltaInputPanel::buttonClicked(QWidget *w)
         character = InputCode::Right;
         break;
     case KeyAction::Character:
-        character = w->property(ButtonValue).toChar();
+        character = KeyPads::value(w);
         if (character.isNull()) {
             return true;
         }
         break;
     }
-    extendTimeout();
+    countdown.extend();
     Q_EMIT characterGenerated(character);
     return true;
 }
@@ -482,113 +275,80 @@ bool VeltaInputPanel::buttonClicked(QWidget *w)
 void VeltaInputPanel::EnterPressed()
 {
     QWidget *pFocused = QApplication::focusWidget();
-    if (pFocused && keyOf(pFocused) && buttonClicked(pFocused)
+    if (pFocused && pPads->specOf(pFocused) && buttonClicked(pFocused)
         && pFocused->property("autoRepeat").toBool()) {
-        startRepeat(pFocused, 0);
+        repeatWhileHeld([this, pFocused] { buttonClicked(pFocused); });
     }
 }
 
 void VeltaInputPanel::ChangeButtons()
 {
-    nShiftLevel = (nShiftLevel + 1) % ShiftLevels;
-    for (const Key &key : keys) {
-        if (key.pSpec->isLetter()) {
-            key.pButton->setText(key.pSpec->text(nShiftLevel));
-            key.pButton->setProperty(ButtonValue, key.pSpec->value(nShiftLevel));
-        }
-    }
+    pPads->shift();
 }
 
 void VeltaInputPanel::restartTimeout()
 {
-    if (nTimeoutSeconds == 0) {
-        return;
-    }
-    nRemainingSeconds = nTimeoutSeconds;
-    timeoutTimer.start(TimeoutStep);
-    UpdateTimeout(true);
-}
-
-void VeltaInputPanel::extendTimeout()
-{
-    // The release of the key that pressed OK must not wake the count-down up again.
-    if (timeoutTimer.isActive()) {
-        restartTimeout();
-    }
-}
-
-void VeltaInputPanel::stopTimeout()
-{
-    timeoutTimer.stop();
+    countdown.restart();
 }
 
 void VeltaInputPanel::UpdateTimeout(bool bShowOnly)
 {
-    if (!bShowOnly && nRemainingSeconds > 0) {
-        --nRemainingSeconds;
-    }
-    pForm->timeoutLabel->setText(tr("Timeout: %1").arg(nRemainingSeconds, 2, 10, QLatin1Char('0')));
-    if (nRemainingSeconds == 0) {
-        buttonClicked(button(KeyAction::Cancel));
-    }
+    countdown.step(bShowOnly);
 }
 
-void VeltaInputPanel::startRepeat(QWidget *pButton, int key)
+void VeltaInputPanel::showRemaining(int seconds)
+{
+    pForm->timeoutLabel->setText(tr("Timeout: %1").arg(seconds, 2, 10, QLatin1Char('0')));
+}
+
+void VeltaInputPanel::repeatWhileHeld(std::function<void()> effect)
 {
     // A hidden panel does not see the release that ends the repeat.
-    if (repeatTimer.isActive() || !isVisible()) {
-        return;
+    if (isVisible()) {
+        keyRepeat.start(std::move(effect));
     }
-    pRepeatedButton = pButton;
-    nRepeatKey = key;
-    nRepeatCount = 0;
-    repeatTimer.start(FirstRepeat);
-}
-
-void VeltaInputPanel::stopRepeat()
-{
-    repeatTimer.stop();
-    pRepeatedButton = nullptr;
-    nRepeatKey = 0;
-    nRepeatCount = 0;
 }
 
 void VeltaInputPanel::DoAutoRepeat()
 {
-    ++nRepeatCount;
-    repeatTimer.setInterval(nRepeatCount < FastFromCount ? SlowRepeat : FastRepeat);
-    if (pRepeatedButton) {
-        buttonClicked(pRepeatedButton);
-        return;
-    }
-    switch (nRepeatKey) {
-    case Qt::Key_S:
-    case Qt::Key_T:
-        moveFocus(nRepeatKey == Qt::Key_S);
-        break;
-    case Qt::Key_R:
-    case Qt::Key_Backspace:
-        buttonClicked(button(KeyAction::Backspace));
-        break;
-    default:
-        break;
-    }
+    keyRepeat.repeat();
 }
 
-void VeltaInputPanel::pressCharacter(QChar character)
+void VeltaInputPanel::press(const KeypadKey &key)
 {
-    const auto found = std::find_if(keys.begin(), keys.end(), [this, character](const Key &key) {
-        return key.pSpec->pad() == modeSpec().pad && key.pSpec->value(0) == character;
-    });
-    if (found != keys.end()) {
-        buttonClicked(found->pButton);
+    switch (key.effect) {
+    case KeypadEffect::None:
+        break;
+    case KeypadEffect::Character:
+        if (QPushButton *pKey = pPads->button(modeSpec().pad, QChar(key.nKey))) {
+            buttonClicked(pKey);
+        }
+        break;
+    case KeypadEffect::Backspace:
+        buttonClicked(button(KeyAction::Backspace));
+        break;
+    case KeypadEffect::Left:
+        buttonClicked(button(KeyAction::Left));
+        break;
+    case KeypadEffect::Right:
+        buttonClicked(button(KeyAction::Right));
+        break;
+    case KeypadEffect::Press:
+        EnterPressed();
+        break;
+    case KeypadEffect::NextKey:
+        moveFocus(true);
+        break;
+    case KeypadEffect::PreviousKey:
+        moveFocus(false);
+        break;
     }
 }
 
 void VeltaInputPanel::moveFocus(bool next)
 {
     focusNextPrevChild(next);
-    extendTimeout();
+    countdown.extend();
 }
 
 void VeltaInputPanel::markFocus(bool marked)
@@ -601,7 +361,7 @@ bool VeltaInputPanel::event(QEvent *event)
 {
     // The release of a held key goes to the window that is active then.
     if (event->type() == QEvent::WindowDeactivate) {
-        stopRepeat();
+        keyRepeat.stop();
     }
     return QWidget::event(event);
 }
@@ -632,95 +392,43 @@ bool VeltaInputPanel::eventFilter(QObject *watched, QEvent *event)
 
 void VeltaInputPanel::hideEvent(QHideEvent *event)
 {
-    stopRepeat();
-    // A touched key would go on repeating: its release no longer reaches it.
-    for (const Key &key : keys) {
-        key.pButton->setDown(false);
-    }
+    keyRepeat.stop();
+    pPads->release(); // a touched key would go on repeating: its release no longer reaches it
     QWidget::hideEvent(event);
 }
 
 void VeltaInputPanel::keyPressEvent(QKeyEvent *event)
 {
     event->accept();
-    const int key = event->key();
-    // The panel repeats held keys by itself, but for the cursor keys: those the keyboard repeats. A
-    // digit under a resting glove must not fill the field.
-    if (event->isAutoRepeat() && key != Qt::Key_Left && key != Qt::Key_Right) {
+    const KeypadKey key = keypadKey(event->key(), modeSpec().pad);
+    if (event->isAutoRepeat() && !key.bKeyboardRepeats) {
         return;
     }
-    switch (key) {
-    case Qt::Key_Period:
-        if (modeSpec().pad == KeyPad::Num) {
-            pressCharacter(u'.');
-        }
-        break;
-    case Qt::Key_Space:
-        if (modeSpec().pad != KeyPad::AlphaNum) {
-            EnterPressed();
-        }
-        break;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        EnterPressed();
-        break;
-    case Qt::Key_Backspace:
-    case Qt::Key_R:
-        buttonClicked(button(KeyAction::Backspace));
-        startRepeat(nullptr, Qt::Key_Backspace);
-        break;
-    case Qt::Key_S:
-    case Qt::Key_T:
-        moveFocus(key == Qt::Key_S);
-        startRepeat(nullptr, key);
-        break;
-    case Qt::Key_Left:
-        buttonClicked(button(KeyAction::Left));
-        break;
-    case Qt::Key_Right:
-        buttonClicked(button(KeyAction::Right));
-        break;
-    default:
-        if (key >= Qt::Key_0 && key <= Qt::Key_9) {
-            pressCharacter(QChar(key));
-        }
-        break;
+    const auto effect = [this, key] { press(key); };
+    effect();
+    if (key.bRepeats) {
+        repeatWhileHeld(effect);
     }
 }
 
 void VeltaInputPanel::keyReleaseEvent(QKeyEvent *event)
 {
-    switch (event->key()) {
-    case Qt::Key_Space:
-        if (modeSpec().pad == KeyPad::AlphaNum) {
-            event->ignore();
-            return;
-        }
-        break;
-    case Qt::Key_R:
-    case Qt::Key_S:
-    case Qt::Key_T:
-    case Qt::Key_Backspace:
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        break;
-    default:
+    if (!keypadKey(event->key(), modeSpec().pad).bReleaseCounts) {
         event->ignore();
         return;
     }
     event->accept();
-    if (event->isAutoRepeat()) {
-        return;
+    if (!event->isAutoRepeat()) {
+        countdown.extend();
+        keyRepeat.stop();
     }
-    extendTimeout();
-    stopRepeat();
 }
 
 bool VeltaInputPanel::focusNextPrevChild(bool next)
 {
     const QWidget *pFocused = parentWidget() ? parentWidget()->focusWidget() : nullptr;
-    if (const Key *pKey = keyOf(pFocused)) {
-        if (next && pKey->pSpec->action == KeyAction::Ok) {
+    if (const KeySpec *pKey = pPads->specOf(pFocused)) {
+        if (next && pKey->action == KeyAction::Ok) {
             firstButton()->setFocus(Qt::TabFocusReason);
             return true;
         }

@@ -1,14 +1,17 @@
 #pragma once
 
+#include "input/inputcountdown.h"
 #include "input/inputkeys.h"
+#include "input/keypadkey.h"
+#include "input/keypads.h"
+#include "input/keyrepeat.h"
 #include "settings/veltautils.h"
 
 #include <QFont>
-#include <QTimer>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
-#include <vector>
 
 class QLabel;
 class QPushButton;
@@ -81,53 +84,30 @@ private Q_SLOTS:
     void UpdateTimeout(bool bShowOnly = false);
 
 private:
-    struct Key
-    {
-        const KeySpec *pSpec;
-        QPushButton *pButton;
-        QFont scaledFont; ///< as large as the key may have it on this screen
-    };
-
-    void createKeys();
+    void connectAll();
     void scaleFonts();
-    void highlightFocusedKey(const QString &mode);
-    void setUpTimeout(quint8 seconds);
     void setUpPassword();
     void layOutHead(int width);
-    void layOutPad(KeyPad pad, const QSize &area, int headroom);
-    void fitKeyFonts();
     void fitLabelFont(QLabel *label, const QFont &scaledFont);
 
     const InputModeSpec &modeSpec() const;
-    QWidget *page(KeyPad pad) const;
-    const Key *keyOf(const QWidget *widget) const;
     /// The first key of the shown pad that does \a action.
     QPushButton *button(KeyAction action) const;
     QPushButton *firstButton() const;
-    void pressCharacter(QChar character);
+    void press(const KeypadKey &key);
     void moveFocus(bool next);
     void markFocus(bool marked);
-    void startRepeat(QWidget *pButton, int key);
-    void stopRepeat();
-    void extendTimeout();
-    void stopTimeout();
+    void repeatWhileHeld(std::function<void()> effect);
+    void showRemaining(int seconds);
 
     std::unique_ptr<Ui::VeltaInputPanelForm> pForm;
     VeltaUtils fontScaler;
-    std::vector<Key> keys;
     InputMode inputMode;
+    std::unique_ptr<KeyPads> pPads;
+    KeyRepeat keyRepeat;
+    InputCountdown countdown;
     bool bFocusMarked = true; ///< the focused key can be seen
-    int nShiftLevel = 0;
     QFont captionFont;
     QFont timeoutFont;
     int nDisplayFontSize = 0; ///< as asked for; the display may have room for less
-
-    QTimer repeatTimer{this};
-    QWidget *pRepeatedButton = nullptr; ///< null while a key of the keypad is repeated
-    int nRepeatKey = 0; ///< Qt::Key, 0 while a button is repeated
-    int nRepeatCount = 0;
-
-    QTimer timeoutTimer{this};
-    quint8 nTimeoutSeconds = 0; ///< 0: no count-down
-    quint8 nRemainingSeconds = 0;
 };

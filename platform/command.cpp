@@ -1,6 +1,7 @@
 #include "platform/command.h"
 
 #include "platform/endinglimit.h"
+#include "platform/servicenotifier.h"
 
 #include <QDeadlineTimer>
 #include <QDebug>
@@ -85,6 +86,7 @@ bool Command::waitForEnd(std::chrono::milliseconds limit)
         }
         const auto wait =
             std::min<std::chrono::nanoseconds>(LookInterval, deadline.remainingTimeAsDuration());
+        ServiceNotifier::feedWatchdog(); // the limit of the wait is the command's own
         pProcess->waitForFinished(
             static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(wait).count()));
     }

@@ -32,9 +32,9 @@ public:
     /// CommandCrashed when it crashed.
     int result() const { return nResult; }
 
-    /// Waits for the end, without processing events. False when it has not come within \a limit, or
-    /// the program has been told to end meanwhile. What the program's end itself waits for gets no
-    /// more than EndingLimit::ForCommands.
+    /// Waits for the end, without processing events; the service manager's watchdog is fed. False
+    /// when it has not come within \a limit, or the program has been told to end meanwhile. What
+    /// the program's end itself waits for gets no more than EndingLimit::ForCommands.
     bool waitForEnd(std::chrono::milliseconds limit);
     /// Asks the command to end and, 5 s later, kills it, both with all that it has started.
     void stop();

@@ -1,5 +1,7 @@
 #include "platform/displaycheck.h"
 
+#include "platform/servicenotifier.h"
+
 #include <QGuiApplication>
 
 #include <cstdio>
@@ -12,7 +14,9 @@ DisplayCheck *pCheck = nullptr;
 
 void report(const QString &reason)
 {
-    std::fprintf(stderr, "No display, the panel cannot start: %s\n", qPrintable(reason));
+    const QString line = QStringLiteral("No display, the panel cannot start: %1").arg(reason);
+    std::fprintf(stderr, "%s\n", qPrintable(line));
+    ServiceNotifier::setStatus(line);
 }
 
 } // namespace

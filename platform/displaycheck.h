@@ -4,9 +4,9 @@
 
 #include <functional>
 
-/// Ends the program with one line and exit code 1 where there is no display. Qt itself aborts, or
-/// goes on without a screen and crashes at the first question for it. Made before the application
-/// object; one object per process. GUI thread.
+/// Ends the program with one line, also for the service manager, and exit code 1 where there is no
+/// display. Qt itself aborts, or goes on without a screen and crashes at the first question for it.
+/// Made before the application object; one object per process. GUI thread.
 class DisplayCheck
 {
 public:

@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
 #include <fcntl.h>
 #include <linux/input.h>
 #include <optional>
@@ -27,6 +28,24 @@ bool isSimulated(const struct stat &status)
     return S_ISFIFO(status.st_mode) && !qEnvironmentVariableIsEmpty("PANEL_ROOT");
 }
 
+/// The descriptor of what speaks the kernel's input protocol, else -1.
+int openEventDevice(const QString &path)
+{
+    // Opening alone does things to some devices (a watchdog starts), so only what may be one.
+    const auto status = statusOf(path);
+    if (!status || !S_ISCHR(status->st_mode)) {
+        return -1;
+    }
+    const int nFd =
+        open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    int nVersion = 0;
+    if (nFd >= 0 && ioctl(nFd, EVIOCGVERSION, &nVersion) != 0) {
+        close(nFd);
+        return -1;
+    }
+    return nFd;
+}
+
 } // namespace
 
 DeviceIdentity deviceIdentity(const QString &path)
@@ -43,20 +62,22 @@ DeviceIdentity deviceIdentity(const QString &path)
 
 bool isEventDevice(const QString &path)
 {
-    // Opening alone does things to some devices (a watchdog starts), so only what may be one.
-    const auto status = statusOf(path);
-    if (!status || !S_ISCHR(status->st_mode)) {
-        return false;
+    const int nFd = openEventDevice(path);
+    if (nFd >= 0) {
+        close(nFd);
     }
-    const int nFd =
-        open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    return nFd >= 0;
+}
+
+bool isGrabbed(const QString &path)
+{
+    const int nFd = openEventDevice(path);
     if (nFd < 0) {
         return false;
     }
-    int nVersion = 0;
-    const bool bSpeaksIt = ioctl(nFd, EVIOCGVERSION, &nVersion) == 0;
-    close(nFd);
-    return bSpeaksIt;
+    const bool bGrabbed = ioctl(nFd, EVIOCGRAB, 1UL) != 0 && errno == EBUSY;
+    close(nFd); // and so gives up the grab, if it was to be had
+    return bGrabbed;
 }
 
 bool isKeyboard(const QString &path)

@@ -26,6 +26,10 @@ DeviceIdentity deviceIdentity(const QString &path);
 /// Whether \a path speaks the kernel's input protocol.
 bool isEventDevice(const QString &path);
 
+/// Whether another program has grabbed the event device at \a path, so that nobody else gets what
+/// comes from it. One that this program has grabbed counts, too.
+bool isGrabbed(const QString &path);
+
 /// Whether \a path can be read as a keyboard: an event device, or a FIFO of a simulated device.
 /// Anything else would cost the processor (a device without an end) or block.
 bool isKeyboard(const QString &path);

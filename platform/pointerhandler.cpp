@@ -11,6 +11,8 @@
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QSocketNotifier>
+#include <QWindow>
+#include <private/qguiapplication_p.h>
 #include <qpa/qwindowsysteminterface.h>
 
 #include <algorithm>
@@ -32,6 +34,9 @@ constexpr int DiscardLimit = 65536;
 constexpr int FruitlessLimit = 256;
 /// Until such a device gets another try, if it is still the same.
 constexpr std::chrono::minutes FruitlessRest{5};
+
+/// Outside of every window.
+constexpr QPointF Outside(-1, -1);
 
 short readiness(int fd)
 {
@@ -99,9 +104,10 @@ bool PointerHandler::openDevice()
     }
     pNotifier = std::make_unique<QSocketNotifier>(ts_fd(pDevice.get()), QSocketNotifier::Read);
     connect(pNotifier.get(), &QSocketNotifier::activated, this, &PointerHandler::readSamples);
-    pNotifier->setEnabled(!bSuspended);
+    pNotifier->setEnabled(isReading());
     nFruitlessReads = 0;
     bGrabReleased = false;
+    bAwaitsLift = false;
     return true;
 }
 
@@ -133,8 +139,15 @@ bool PointerHandler::isReplaced() const
 
 void PointerHandler::reopen()
 {
+    if (!isReading()) {
+        return;
+    }
     const bool bSame = !isReplaced();
-    if (bSuspended || (bSame && (pDevice || !fruitlessRest.hasExpired()))) {
+    if (pDevice && bSame) {
+        retakeGrab();
+        return;
+    }
+    if (bSame && !fruitlessRest.hasExpired()) {
         return;
     }
     if (pDevice) {
@@ -175,10 +188,24 @@ void PointerHandler::reconfigure()
 void PointerHandler::suspend()
 {
     bSuspended = true;
+    bAwaitsLift = bAwaitsLift || bPressed;
+    sendRelease();
+    stopReading();
+}
+
+void PointerHandler::release()
+{
+    bReleased = true;
+    bAwaitsLift = bAwaitsLift || bPressed;
+    cancelPress();
+    stopReading();
+}
+
+void PointerHandler::stopReading()
+{
     if (pNotifier) {
         pNotifier->setEnabled(false);
     }
-    sendRelease();
     if (pDevice && releaseGrab(pDevice.get())) {
         bGrabReleased = true;
     }
@@ -186,7 +213,21 @@ void PointerHandler::suspend()
 
 void PointerHandler::resume()
 {
-    if (!std::exchange(bSuspended, false) && pDevice) {
+    if (std::exchange(bSuspended, false) || !pDevice) {
+        startReading();
+    }
+}
+
+void PointerHandler::take()
+{
+    if (std::exchange(bReleased, false)) {
+        startReading();
+    }
+}
+
+void PointerHandler::startReading()
+{
+    if (!isReading()) {
         return;
     }
     if (pDevice && isReplaced()) {
@@ -195,13 +236,25 @@ void PointerHandler::resume()
     if (!pDevice && !openDevice()) {
         return;
     }
-    if (std::exchange(bGrabReleased, false)) {
-        takeGrab(pDevice.get());
-    }
+    retakeGrab();
     drain(DiscardLimit, false);
     // One that has been plugged in anew meanwhile is another device.
     if (pDevice || openDevice()) {
+        // What went to another program that had the grab was not there to be drained.
+        bAwaitsLift = isTouched(pDevice.get()).value_or(bAwaitsLift);
         pNotifier->setEnabled(true);
+    }
+}
+
+void PointerHandler::retakeGrab()
+{
+    if (!bGrabReleased) {
+        return;
+    }
+    bGrabReleased = !takeGrab(pDevice.get());
+    if (bGrabReleased) {
+        warnOnce(QStringLiteral("Cannot take the touches back from other readers: %1")
+                     .arg(qt_error_string(errno)));
     }
 }
 
@@ -242,6 +295,8 @@ void PointerHandler::drain(int limit, bool deliver)
             bOutageReported = false;
             if (deliver) {
                 handleSample(sample);
+            } else {
+                bAwaitsLift = sample.pressure != 0;
             }
             continue;
         }
@@ -265,7 +320,11 @@ void PointerHandler::handleSample(const ts_sample &sample)
 {
     nLastTime = timeOf(sample);
     if (sample.pressure == 0) {
+        bAwaitsLift = false;
         sendRelease();
+        return;
+    }
+    if (bAwaitsLift) {
         return;
     }
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
@@ -296,6 +355,22 @@ void PointerHandler::sendRelease()
         sendMove();
         bPressed = false;
         send(Qt::NoButton, Qt::LeftButton, QEvent::MouseButtonRelease);
+    }
+}
+
+// The window has gone from under the finger: a release at its place would find no window at all,
+// and leave a button pressed and Qt in the belief that the touch goes on.
+void PointerHandler::cancelPress()
+{
+    if (!std::exchange(bPressed, false)) {
+        return;
+    }
+    bMoved = false;
+    if (QWindow *pWindow =
+            std::exchange(QGuiApplicationPrivate::currentMousePressWindow, nullptr)) {
+        QWindowSystemInterface::handleMouseEvent(
+            pWindow, static_cast<ulong>(nLastTime), TapGuard::tapDevice(), Outside, Outside,
+            Qt::NoButton, Qt::LeftButton, QEvent::MouseButtonRelease);
     }
 }
 

@@ -42,10 +42,18 @@ public:
     /// A device that is closed, replaced, or found to have vanished now, is opened anew.
     void resume();
     bool isSuspended() const { return bSuspended; }
+    /// Leaves the touches to other programs, with the grab, as long as no window of this one is on
+    /// the screen. A touch that is down ends without pressing anything. Independent of suspend().
+    void release();
+    /// Ends release(), as resume() ends suspend().
+    void take();
     /// Opens a device that is closed, and the one that has come in the place of the open one. Does
-    /// nothing while suspended: somebody else may have the device.
+    /// nothing while suspended or released: somebody else may have the device. Tries again to take
+    /// a grab that another program had.
     void reopen();
     bool isOpen() const { return pDevice != nullptr; }
+    /// Another program has grabbed the device, and so all touches.
+    bool isGrabMissing() const { return bGrabReleased && isReading(); }
 
     /// See the functions of WindowServer with these names.
     void clearCalibration();
@@ -70,15 +78,21 @@ private:
     bool openDevice();
     bool configureDevice();
     void closeDevice();
+    bool isReading() const { return !bSuspended && !bReleased; }
+    void startReading();
+    void stopReading();
+    void retakeGrab();
     bool isReplaced() const;
     void warnOnce(const QString &message);
     /// Has tslib take over the calibration in force.
     void reconfigure();
-    /// Reads what the device has, at most \a limit samples; without \a deliver into the void.
+    /// Reads what the device has, at most \a limit samples; without \a deliver into the void, but
+    /// for whether a finger is left on the screen.
     void drain(int limit, bool deliver);
     void handleSample(const ts_sample &sample);
     void sendMove();
     void sendRelease();
+    void cancelPress();
     void send(Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type) const;
 
     int nRotation;
@@ -86,9 +100,11 @@ private:
     std::unique_ptr<tsdev, DeviceCloser> pDevice;
     std::unique_ptr<QSocketNotifier> pNotifier;
     bool bSuspended = false;
+    bool bReleased = false;
     bool bPressed = false;
+    bool bAwaitsLift = false; ///< a finger has come down while nothing was delivered
     bool bMoved = false; ///< lastPosition has not been sent yet
-    bool bGrabReleased = false; ///< by suspend(), for the other reader
+    bool bGrabReleased = false; ///< by stopReading(), for other readers, and not taken back yet
     int nFruitlessReads = 0; ///< in a row, although the device said it had data
     QString sPath; ///< of the device, as it was opened
     DeviceIdentity identity; ///< that it had then

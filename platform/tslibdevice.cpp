@@ -4,6 +4,7 @@
 
 #include <QFile>
 
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/input.h>
@@ -27,11 +28,17 @@ bool releaseGrab(tsdev *pDevice)
     return ioctl(ts_fd(pDevice), EVIOCGRAB, 0UL) == 0;
 }
 
-void takeGrab(tsdev *pDevice)
+bool takeGrab(tsdev *pDevice)
 {
     // One that has been unplugged is found out by the next read.
-    if (ioctl(ts_fd(pDevice), EVIOCGRAB, 1UL) != 0 && errno != ENODEV) {
-        qWarning("Cannot take the touches back from other readers: %s",
-                 qPrintable(qt_error_string(errno)));
+    return ioctl(ts_fd(pDevice), EVIOCGRAB, 1UL) == 0 || errno == ENODEV;
+}
+
+std::optional<bool> isTouched(tsdev *pDevice)
+{
+    std::array<unsigned char, KEY_MAX / 8 + 1> keys{};
+    if (ioctl(ts_fd(pDevice), EVIOCGKEY(keys.size()), keys.data()) < 0) {
+        return std::nullopt;
     }
+    return (keys[BTN_TOUCH / 8] >> BTN_TOUCH % 8 & 1) != 0;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 struct tsdev;
 
 /// \file
@@ -12,6 +14,9 @@ tsdev *openTslibDevice(bool bNonBlocking);
 /// Lets other readers have the touches of \a pDevice, which tslib takes for itself at the first
 /// read when its configuration says "grab_events=1". Returns false when it had not taken them.
 bool releaseGrab(tsdev *pDevice);
-/// Takes the touches back after a releaseGrab() that returned true; one warning line when another
-/// reader has them. tslib does so by itself only after a ts_reconfig().
-void takeGrab(tsdev *pDevice);
+/// Takes the touches back after a releaseGrab() that returned true. False when another reader has
+/// them (errno says so). tslib does so by itself only after a ts_reconfig().
+bool takeGrab(tsdev *pDevice);
+
+/// Whether a finger is on the touchscreen; nothing when the device cannot say.
+std::optional<bool> isTouched(tsdev *pDevice);

@@ -8,11 +8,13 @@
 #include "platform/tapguard.h"
 #include "platform/touchscreenpaths.h"
 #include "platform/touchtype.h"
+#include "platform/windowstack.h"
 
 #include <QCursor>
 #include <QFileInfo>
 #include <QGenericPluginFactory>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QPointingDevice>
 #include <QScreen>
 #include <QStringList>
@@ -76,6 +78,10 @@ std::unique_ptr<QObject> createMultiTouchHandler(int quarterTurns)
 WindowServer::WindowServer(QObject *parent) : QObject(parent), nRotation(screenRotation())
 {
     pServer = this;
+    if (const WindowStack *pWindows = WindowStack::instance()) {
+        connect(pWindows, &WindowStack::lastHidden, this, &WindowServer::releaseInput);
+        connect(pWindows, &WindowStack::firstShown, this, &WindowServer::takeInput);
+    }
 }
 
 WindowServer::~WindowServer()
@@ -104,10 +110,7 @@ bool WindowServer::createPointerHandler()
 {
     // The device has one reader: the old handler goes first.
     pPointerHandler.reset();
-    if (pMultiTouchHandler) {
-        cancelTouches();
-        pMultiTouchHandler.reset();
-    }
+    closeMultiTouch();
     if (readTouchType() == TouchType::None && qEnvironmentVariableIsEmpty("TSLIB_TSDEVICE")) {
         return true;
     }
@@ -132,9 +135,60 @@ bool WindowServer::createPointerHandler()
     return pPointerHandler->open();
 }
 
+void WindowServer::closeMultiTouch()
+{
+    if (pMultiTouchHandler) {
+        cancelTouches();
+        pMultiTouchHandler.reset();
+    }
+    multiTouchDevice = {};
+}
+
+void WindowServer::releaseInput()
+{
+    bInputReleased = true;
+    if (pPointerHandler) {
+        pPointerHandler->release();
+    }
+    // Qt's driver reads as long as it lives.
+    closeMultiTouch();
+    Q_EMIT inputReleased();
+    if (pTouchscreenWatch) {
+        updateTouchscreenWatch();
+    }
+}
+
+void WindowServer::takeInput()
+{
+    if (!std::exchange(bInputReleased, false)) {
+        return;
+    }
+    if (pPointerHandler) {
+        pPointerHandler->take();
+    }
+    if (pTouchscreenWatch) {
+        lookForTouchscreen();
+    }
+    QCoreApplication::instance()->installEventFilter(this);
+    Q_EMIT inputTaken();
+}
+
+// A key that is held down since another program had the keyboard still repeats.
+bool WindowServer::eventFilter(QObject *pReceiver, QEvent *pEvent)
+{
+    if (pEvent->type() != QEvent::KeyPress) {
+        return QObject::eventFilter(pReceiver, pEvent);
+    }
+    const bool bRepeat = static_cast<QKeyEvent *>(pEvent)->isAutoRepeat();
+    if (!bRepeat) {
+        QCoreApplication::instance()->removeEventFilter(this);
+    }
+    return bRepeat;
+}
+
 void WindowServer::lookForTouchscreen()
 {
-    if (bPointerSuspended) {
+    if (bPointerSuspended || bInputReleased) {
         return;
     }
     const bool bNone = !pPointerHandler && !pMultiTouchHandler;
@@ -160,7 +214,8 @@ void WindowServer::updateTouchscreenWatch()
         pMultiTouchHandler && deviceIdentity(touchscreenDevice()) == multiTouchDevice;
     const bool bOpen = bMultiTouchOpen || (pPointerHandler && pPointerHandler->isOpen());
     const bool bAwaited = pMultiTouchHandler || (pPointerHandler && !bPointerSuspended);
-    pTouchscreenWatch->setPolled(bAwaited && !bOpen);
+    const bool bWanting = !bOpen || (pPointerHandler && pPointerHandler->isGrabMissing());
+    pTouchscreenWatch->setPolled(bAwaited && bWanting && !bInputReleased);
     if (!std::exchange(bTouchscreenOpen, bOpen) && bOpen) {
         Q_EMIT touchscreenOpened();
     }

@@ -20,6 +20,9 @@ class TapGuard;
 /// while the pointer is suspended. A window that has just come under the finger takes no touch (see
 /// TapGuard).
 ///
+/// While no window of the program is on the screen (see WindowStack), no input device is read or
+/// grabbed; what is typed and touched then, and what is held down since, does nothing afterwards.
+///
 /// One object per process, created after the QGuiApplication and destroyed before it; GUI thread
 /// only. Where there is no touchscreen device, there is no pointer handler and every pointer call
 /// is a harmless no-op.
@@ -59,6 +62,10 @@ public:
     void resumePointer();
     bool isPointerSuspended() const { return bPointerSuspended; }
 
+    /// No window of the program is on the screen: keyboards and touchscreen belong to whoever has
+    /// it.
+    bool isInputReleased() const { return bInputReleased; }
+
     /// Drops the calibration in force: touches are then delivered as the touchscreen reports them.
     /// The pointer calibration file stays.
     void clearCalibration();
@@ -91,11 +98,21 @@ public:
 Q_SIGNALS:
     /// The keyboard handler is gone: no release of a key that is held will come.
     void keyboardClosed();
+    /// No window of the program is left on the screen: what keeps a keyboard lets it go.
+    void inputReleased();
+    /// A window is about to be shown again: keyboards are the program's again.
+    void inputTaken();
     /// A touchscreen is in use: the first, or one after a time without.
     void touchscreenOpened();
 
+protected:
+    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+
 private:
+    void releaseInput();
+    void takeInput();
     bool createPointerHandler();
+    void closeMultiTouch();
     void lookForTouchscreen();
     void updateTouchscreenWatch();
 
@@ -107,6 +124,7 @@ private:
     std::unique_ptr<TapGuard> pTapGuard; ///< there is one where there are touches
     bool bTouchscreenOpen = false;
     bool bPointerSuspended = false;
+    bool bInputReleased = false;
     bool bCursorVisible = true;
     int nRotation = 0;
 };

@@ -34,6 +34,11 @@ WindowStack::~WindowStack()
     pInstance = nullptr;
 }
 
+WindowStack *WindowStack::instance()
+{
+    return pInstance;
+}
+
 bool WindowStack::eventFilter(QObject *pReceiver, QEvent *pEvent)
 {
     const QEvent::Type type = pEvent->type();
@@ -43,12 +48,19 @@ bool WindowStack::eventFilter(QObject *pReceiver, QEvent *pEvent)
     }
     auto *pWindow = static_cast<QWidget *>(pReceiver);
     const bool bShown = pWindow->isWindow() && pWindow->isVisible();
+    const bool bNone = stack.isEmpty();
     // One that is being destroyed may be no window any more.
     const bool bKnown = stack.removeOne(pWindow);
     if (bShown && type != QEvent::Hide) {
         stack.append(pWindow);
+        if (bNone) {
+            Q_EMIT firstShown();
+        }
     } else if (!bKnown) {
         return false;
+    }
+    if (stack.isEmpty()) {
+        Q_EMIT lastHidden();
     }
     activateTop(); // a key that comes next must find a window
     activateTopSoon();

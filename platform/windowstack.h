@@ -22,10 +22,19 @@ public:
     explicit WindowStack(QObject *pApplication);
     ~WindowStack() override;
 
+    /// Null where there is none.
+    static WindowStack *instance();
+
     bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
 
     /// Visible windows from the lowest to the topmost.
     const QList<QWidget *> &windows() const { return stack; }
+
+Q_SIGNALS:
+    /// A window is about to be shown where none was.
+    void firstShown();
+    /// The last visible window has been hidden.
+    void lastHidden();
 
 private:
     void activateTop() const;

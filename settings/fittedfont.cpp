@@ -19,6 +19,20 @@ int smallestPoints()
     return std::max(1, qRound(SmallestPixels * PointsPerInch / dDpi));
 }
 
+int fontSize(const QFont &font)
+{
+    return font.pixelSize() > 0 ? font.pixelSize() : font.pointSize();
+}
+
+void setFontSize(QFont *font, int size)
+{
+    if (font->pixelSize() > 0) {
+        font->setPixelSize(size);
+    } else {
+        font->setPointSize(size);
+    }
+}
+
 QFont fittedFont(const QFont &font, const QString &text, int nWidth)
 {
     return fittedFont(font, text, QSize(nWidth, QWIDGETSIZE_MAX));
@@ -35,16 +49,10 @@ QFont fittedFont(const QFont &font, const QString &text, const QSize &room)
 QFont fittedFont(const QFont &font, const std::function<bool(const QFont &)> &fits)
 {
     QFont fitted = font;
-    const bool bPixels = font.pixelSize() > 0;
-    const int nSmallest = bPixels ? SmallestPixels : smallestPoints();
-    int nSize = bPixels ? font.pixelSize() : font.pointSize();
+    const int nSmallest = font.pixelSize() > 0 ? SmallestPixels : smallestPoints();
+    int nSize = fontSize(font);
     while (!fits(fitted) && nSize > nSmallest) {
-        --nSize;
-        if (bPixels) {
-            fitted.setPixelSize(nSize);
-        } else {
-            fitted.setPointSize(nSize);
-        }
+        setFontSize(&fitted, --nSize);
     }
     return fitted;
 }

@@ -19,6 +19,11 @@ QFont fittedFont(const QFont &font, const QString &text, const QSize &room);
 /// asked for is the one returned.
 QFont fittedFont(const QFont &font, const std::function<bool(const QFont &)> &fits);
 
+/// The size of \a font in points, or in pixels when it is sized in pixels.
+int fontSize(const QFont &font);
+/// Sets the size of \a font in the unit of fontSize().
+void setFontSize(QFont *font, int size);
+
 /// Point size of the smallest font that can still be read on this screen. A dense screen shows the
 /// same points larger.
 int smallestPoints();

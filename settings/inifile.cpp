@@ -27,8 +27,9 @@ bool isLineEnd(char c)
 /// NUL and the other bytes that no text has. Bytes above 127 are text of whatever encoding.
 bool isBinary(char c)
 {
-    constexpr char Delete = 0x7f;
-    return (c >= 0 && c < ' ' && !isBlank(c)) || c == Delete;
+    constexpr unsigned char Delete = 0x7f;
+    const auto byte = static_cast<unsigned char>(c); // a char has a sign on some machines only
+    return (byte < ' ' && !isBlank(c)) || byte == Delete;
 }
 
 /// Calls \a visit with the first and the end of each line's text, blanks in front skipped.

@@ -1,3 +1,4 @@
+#include "tests/platform/notifysocket.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/testmain.h"
 
@@ -25,8 +26,16 @@ private:
         pProgram->start(QStringLiteral(OPERATOR_PANEL), {"-platform", platform});
         QVERIFY(pProgram->waitForStarted());
     }
+    /// Where the program finds its service manager.
+    QByteArray notifySocket() const
+    {
+        const QByteArray path = QFile::encodeName(root().path("/tmp/notify"));
+        qputenv("NOTIFY_SOCKET", path);
+        return path;
+    }
     void closeWindows() override
     {
+        qunsetenv("NOTIFY_SOCKET");
         if (pProgram) {
             pProgram->kill();
             pProgram->waitForFinished();
@@ -58,11 +67,13 @@ private Q_SLOTS:
         QFETCH(QString, delayMs);
         QFETCH(bool, hard);
         root().setFirmware("delayMs", delayMs);
+        NotifySocket manager(notifySocket());
         start("offscreen", [] {
             std::signal(SIGINT, SIG_IGN);
             std::signal(SIGALRM, SIG_IGN);
         });
         QTRY_VERIFY(catches(number));
+        QTRY_COMPARE(manager.texts().contains("READY=1"), !hard);
         QElapsedTimer timer;
         timer.start();
         kill(static_cast<pid_t>(pProgram->processId()), number);
@@ -70,6 +81,8 @@ private Q_SLOTS:
         QVERIFY2(timer.elapsed() < 3000, qPrintable(QString::number(timer.elapsed())));
         QCOMPARE(pProgram->exitStatus() == QProcess::CrashExit, hard);
         QCOMPARE(pProgram->exitCode(), hard ? SIGKILL : 0);
+        QCOMPARE(manager.texts(),
+                 hard ? QByteArrayList() : QByteArrayList({"READY=1", "STOPPING=1"}));
     }
 
     // Nobody reads what it and its libraries write.
@@ -115,6 +128,7 @@ private Q_SLOTS:
         QFETCH(QString, platform);
         QFETCH(QByteArray, missing);
         qputenv("TMPDIR", QFile::encodeName(root().path("/tmp")));
+        NotifySocket manager(notifySocket());
         start(platform);
         qunsetenv("TMPDIR");
         QVERIFY(pProgram->waitForFinished());
@@ -126,6 +140,7 @@ private Q_SLOTS:
         QVERIFY2(errors.mid(nLine).contains(missing), errors.constData());
         QCOMPARE(errors.mid(nLine).count('\n'), 1);
         QVERIFY(QDir(root().path("/tmp")).isEmpty(QDir::Files));
+        QCOMPARE(manager.texts(), {"STATUS=" + errors.mid(nLine).trimmed()});
     }
 };
 

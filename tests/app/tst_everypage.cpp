@@ -1,3 +1,5 @@
+#include "contactsheet.h"
+
 #include "app/mainwindow.h"
 #include "app/restartsequence.h"
 #include "calibration/calibrationpage.h"
@@ -97,7 +99,8 @@ QString nameOf(const QWidget &widget)
 } // namespace
 
 /// Opens every page of the program at every screen size and looks for what an operator could not
-/// read or hit. With PANEL_SCREENSHOTS=FOLDER it also saves a picture of each.
+/// read or hit. With PANEL_SCREENSHOTS=FOLDER it also saves a picture of each, and a sheet of all
+/// pictures of a screen; see contactsheet.sh.
 class EveryPageTest : public DeviceTest
 {
     Q_OBJECT
@@ -107,9 +110,11 @@ private:
     int nDpi = 0;
     QString screenName;
     QStringList defects;
+    std::optional<ContactSheet> sheet; ///< only where pictures are asked for
 
     void inspect(const QString &view, QWidget &root)
     {
+        QVERIFY(QTest::qWaitForWindowActive(root.window()));
         QTest::qWait(1); // layouts that are posted
         const QRect screen(QPoint(), size);
         QList<const QWidget *> leaves;
@@ -155,10 +160,8 @@ private:
                 }
             }
         }
-        const QString folder = qEnvironmentVariable("PANEL_SCREENSHOTS");
-        if (!folder.isEmpty()) {
-            QGuiApplication::primaryScreen()->grabWindow(0).save(
-                QStringLiteral("%1/%2-%3.png").arg(folder, screenName, view));
+        if (sheet && !sheet->add(view, root.window()->grab().toImage())) {
+            report(root, QStringLiteral("is not as it was"));
         }
     }
 
@@ -179,50 +182,63 @@ private:
             pRestart->handle(event);
             inspect(QStringLiteral("reboot-again-%1").arg(int(event)), window);
         }
-        window.setCurrentWidget(window.findChild<QWidget *>("localConfigPage"));
     }
 
-    void inspectWizard(MainWindow &window)
+    void inspectWizard()
     {
+        QWidget window; // not the main window: its ticks, which rest around the wizard, would run
+        window.setGeometry(QRect(QPoint(), size));
+        window.setWindowFlags(Qt::FramelessWindowHint);
+        window.show();
         VeltaWizard wizard(&window);
         wizard.show();
-        inspect(QStringLiteral("password"), wizard);
         QTRY_VERIFY(openKeyboard());
-        inspect(QStringLiteral("password-keyboard"), *openKeyboard()->window());
+        inspect(QStringLiteral("ProtectionPage-keyboard"), *openKeyboard()->window());
         openKeyboard()->window()->hide();
+        inspect(QStringLiteral("ProtectionPage"), wizard);
         wizard.RestoreButtons();
-        wizard.RestartAtSecondPage();
-        inspect(QStringLiteral("mode"), wizard);
-        wizard.next();
-        inspect(QStringLiteral("addresses"), wizard);
-        wizard.findChild<QPushButton *>("FirstIPButton")->click();
-        inspect(QStringLiteral("address-keyboard"), *openKeyboard()->window());
-        openKeyboard()->window()->hide();
-        wizard.next();
-        inspect(QStringLiteral("servers"), wizard);
-        wizard.next();
-        inspect(QStringLiteral("summary"), wizard);
-        wizard.back();
-        enter(wizard, {"dns1_ip_Button", "dns2_ip_Button"});
-        wizard.back();
-        enter(wizard, {"FirstIPButton", "SecondIPButton", "ThirdIPButton"});
-        wizard.back();
-        wizard.findChild<QPushButton *>("NetOpModeSelectButton")->click();
-        for (int i = 0; i < 3; ++i) {
-            wizard.next();
-        }
-        const auto *pList = wizard.findChild<QListWidget *>();
-        QCOMPARE(pList->count(), 6);
-        inspect(QStringLiteral("summary-changed"), wizard);
+        visitPages(wizard, [&](const QString &page) { inspect(page, wizard); });
+        visitPages(wizard, [&](const QString &) { changeAddresses(wizard); });
+        visitPages(wizard, [&](const QString &page) {
+            if (wizard.currentId() == NetModePageId) {
+                wizard.findChild<QPushButton *>("NetOpModeSelectButton")->click();
+            }
+            inspect(page + "-changed", wizard);
+        });
+        QCOMPARE(wizard.findChild<QListWidget *>()->count(), 6);
     }
 
-    /// The longest address that is also a netmask, by each of \a buttons.
-    static void enter(VeltaWizard &wizard, std::initializer_list<const char *> buttons)
+    /// Shows every page that no password is needed for, in the order of the ids.
+    static void visitPages(VeltaWizard &wizard, const std::function<void(const QString &)> &visit)
     {
-        for (const char *name : buttons) {
-            wizard.findChild<QPushButton *>(QLatin1String(name))->click();
-            openKeyboard()->findChild<QVeltaLineEdit *>()->setText("255.255.255.254");
-            openKeyboard()->findChild<QPushButton *>("panelButton_ok")->click();
+        wizard.RestartAtSecondPage();
+        QList<int> ids = wizard.pageIds();
+        ids.removeOne(ProtectionPageId);
+        for (const int nId : std::as_const(ids)) {
+            QCOMPARE(wizard.currentId(), nId);
+            visit(QLatin1String(wizard.currentPage()->metaObject()->className()));
+            wizard.next();
+        }
+    }
+
+    /// Enters the longest address that is also a netmask into every field of the page.
+    void changeAddresses(const VeltaWizard &wizard)
+    {
+        const QWizardPage *pPage = wizard.currentPage();
+        const QString page = QLatin1String(pPage->metaObject()->className());
+        const auto buttons = pPage->findChildren<QPushButton *>();
+        for (QPushButton *pButton : buttons) {
+            if (!pButton->isVisible() || wizard.currentId() == NetModePageId) {
+                continue;
+            }
+            pButton->click();
+            const VeltaInputPanel *pKeyboard = openKeyboard();
+            QVERIFY2(pKeyboard, qPrintable(pButton->objectName()));
+            if (pButton == buttons.constFirst()) {
+                inspect(page + "-keyboard", *pKeyboard->window());
+            }
+            pKeyboard->findChild<QVeltaLineEdit *>()->setText("255.255.255.254");
+            pKeyboard->findChild<QPushButton *>("panelButton_ok")->click();
         }
     }
 
@@ -278,6 +294,9 @@ private Q_SLOTS:
         nDpi = dpi;
         screenName = QString::fromLatin1(QTest::currentDataTag());
         defects.clear();
+        if (qEnvironmentVariableIsSet("PANEL_SCREENSHOTS")) {
+            sheet.emplace(screenName);
+        }
         setScreen(screen, logicalDpi);
         root().write("/etc/settings.ini",
                      "[options]\nconfig_passwd=1234\n[network]\neth0.mode=static\n"
@@ -294,8 +313,8 @@ private Q_SLOTS:
             MainWindow window;
             QVERIFY(QTest::qWaitForWindowActive(&window));
             inspectMainWindow(window);
-            inspectWizard(window);
         }
+        inspectWizard();
         inspectPads();
         inspectBoxes();
         {
@@ -304,6 +323,9 @@ private Q_SLOTS:
             inspect(QStringLiteral("calibration"), page);
             page.CalibrationDone();
             inspect(QStringLiteral("calibration-accept"), page);
+        }
+        if (sheet) {
+            defects += sheet->finish();
         }
         defects.removeDuplicates();
         for (const QString &defect : std::as_const(defects)) {

@@ -161,7 +161,7 @@ private Q_SLOTS:
         QCOMPARE(QApplication::focusWidget(), expected.first());
     }
 
-    void heldKeyRepeatsInThreePhases_data()
+    void heldKeyRepeats_data()
     {
         columns<Qt::Key, QString>("key", "focus"); // the key that gets the focus first
         row("Backspace", Qt::Key_Backspace, "");
@@ -171,7 +171,7 @@ private Q_SLOTS:
         row("S", Qt::Key_S, "");
         row("T", Qt::Key_T, "");
     }
-    void heldKeyRepeatsInThreePhases()
+    void heldKeyRepeats()
     {
         QFETCH(Qt::Key, key);
         QFETCH(QString, focus);
@@ -194,19 +194,15 @@ private Q_SLOTS:
         QVERIFY(effect());
         const QTimer *pTimer = keyboard.timer("repeatTimer");
         QVERIFY(pTimer->isActive());
-        QCOMPARE(pTimer->interval(), 500);
-        for (const int interval : {200, 200, 200, 200, 100, 100, 100}) {
+        for (int i = 0; i < 3; ++i) {
             keyboard.call("UpdateTimeout");
             keyboard.call("DoAutoRepeat");
             ++steps;
             QVERIFY(effect());
-            QCOMPARE(pTimer->interval(), interval);
             QCOMPARE(keyboard.countdown(), QStringLiteral("Timeout: 20"));
         }
         keyboard.release(key);
         QVERIFY(!pTimer->isActive());
-        keyboard.press(key);
-        QCOMPARE(pTimer->interval(), 500);
     }
 
     void repeatEnds_data()

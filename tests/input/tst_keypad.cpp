@@ -1,0 +1,63 @@
+#include "input/inputcountdown.h"
+#include "input/keyrepeat.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/testmain.h"
+
+class TestKeypad : public DeviceTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void repeatsInThreePhases()
+    {
+        KeyRepeat repeat;
+        const auto *pTimer = repeat.findChild<QTimer *>();
+        int nFirst = 0;
+        int nSecond = 0;
+        repeat.start([&] { ++nFirst; });
+        repeat.start([&] { ++nSecond; }); // another key, while the first is held
+        QCOMPARE(pTimer->interval(), 500);
+        for (const int interval : {200, 200, 200, 200, 100, 100, 100}) {
+            repeat.repeat();
+            QCOMPARE(pTimer->interval(), interval);
+        }
+        QCOMPARE(nFirst, 7);
+        QCOMPARE(nSecond, 0);
+        repeat.stop();
+        QVERIFY(!pTimer->isActive());
+        repeat.repeat(); // of nothing
+        QCOMPARE(nFirst, 7);
+        repeat.start([&] { ++nSecond; });
+        QCOMPARE(pTimer->interval(), 500);
+        repeat.repeat();
+        QCOMPARE(nSecond, 1);
+    }
+
+    void countsDown()
+    {
+        InputCountdown countdown(2);
+        const auto *pTimer = countdown.findChild<QTimer *>();
+        QList<int> shown;
+        connect(&countdown, &InputCountdown::remaining, this, [&](int n) { shown += n; });
+        const QSignalSpy expired(&countdown, &InputCountdown::expired);
+        countdown.extend(); // it does not run yet
+        QCOMPARE(shown, QList<int>());
+        countdown.restart();
+        QCOMPARE(pTimer->interval(), 1000);
+        countdown.step(false);
+        countdown.extend();
+        countdown.step(false);
+        countdown.step(false);
+        QCOMPARE(shown, QList<int>({2, 1, 2, 1, 0}));
+        QCOMPARE(expired.size(), 1);
+        countdown.stop();
+        countdown.extend();
+        QVERIFY(!pTimer->isActive());
+        InputCountdown none(0);
+        none.restart();
+        QVERIFY(!none.isUsed() && !none.findChild<QTimer *>()->isActive());
+    }
+};
+
+PANEL_TEST_MAIN(TestKeypad)
+#include "tst_keypad.moc"
