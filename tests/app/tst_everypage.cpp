@@ -12,7 +12,6 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/openkeyboard.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
 #include "wizard/veltawizard.h"
 
 #include <QAbstractScrollArea>
@@ -276,7 +275,6 @@ private:
 private Q_SLOTS:
     void everyPage_data()
     {
-        columns<QSize, int, int>("screen", "dpi", "logicalDpi");
         for (const PanelScreen &screen : panelScreens()) {
             row(screen.name(), screen.size, screen.nDpi, 96);
         }
@@ -287,9 +285,7 @@ private Q_SLOTS:
     }
     void everyPage()
     {
-        QFETCH(QSize, screen);
-        QFETCH(int, dpi);
-        QFETCH(int, logicalDpi);
+        FETCH(QSize, screen, int, dpi, int, logicalDpi);
         size = screen;
         nDpi = dpi;
         screenName = QString::fromLatin1(QTest::currentDataTag());

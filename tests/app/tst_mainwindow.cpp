@@ -11,7 +11,6 @@
 #include "tests/support/lockedfolder.h"
 #include "tests/support/openkeyboard.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
 #include "wizard/veltawizard.h"
 
 #include <QApplication>
@@ -114,8 +113,6 @@ private:
 private Q_SLOTS:
     void states_data()
     {
-        columns<int, bool, QString, bool, QString>("state", "visible", "pageName", "startButton",
-                                                   "name");
         const QString none = QStringLiteral("no codesys application");
         row("0", 0, true, "previewPage", false, "Conveyor");
         row("2", 2, true, "previewPage", true, "Conveyor");
@@ -126,9 +123,7 @@ private Q_SLOTS:
     }
     void states()
     {
-        QFETCH(int, state);
-        QFETCH(bool, visible);
-        QFETCH(bool, startButton);
+        FETCH(int, state, bool, visible, QString, pageName, bool, startButton, QString, name);
         root().setFirmware("app.0=Conveyor");
         root().setFirmware("state", QString::number(state));
         start();
@@ -138,8 +133,8 @@ private Q_SLOTS:
         QCOMPARE(page(), QStringLiteral("startupPage")); // only opens the link
         pWindow->controlVisibility();
         QCOMPARE(pWindow->isVisible(), visible);
-        QTEST(page(), "pageName");
-        QTEST(text("label_appname"), "name");
+        QCOMPARE(page(), pageName);
+        QCOMPARE(text("label_appname"), name);
         if (visible) {
             QVERIFY(pWindow->isFullScreen());
             QCOMPARE(find<QPushButton>("pushButtonStartApp")->isVisible(), startButton);
@@ -184,7 +179,6 @@ private Q_SLOTS:
 
     void appNames_data()
     {
-        columns<QString, QString>("firmware", "name");
         const QString none = QStringLiteral("no codesys application");
         row("none", "", none);
         row("second", "app.1=Second appCount=2", "Second");
@@ -194,10 +188,10 @@ private Q_SLOTS:
     }
     void appNames()
     {
-        QFETCH(QString, firmware);
+        FETCH(QString, firmware, QString, name);
         root().setFirmware(firmware);
         startLinked(2);
-        QTEST(text("label_appname"), "name");
+        QCOMPARE(text("label_appname"), name);
     }
 
     void longAppName()
@@ -213,7 +207,6 @@ private Q_SLOTS:
 
     void deviceInfo_data()
     {
-        columns<QString, QString, QString>("firmware", "ip", "mask");
         row("static", "eth0.mode=static eth0.ip=192.168.0.10 eth0.netmask=255.255.255.0",
             "ETH0 IP: 192.168.0.10", "ETH0 Mask: 255.255.255.0");
         row("dhcp", "eth0.mode=dhcp", "ETH0 IP: 0.0.0.0 (dhcp)", "ETH0 Mask: 0.0.0.0");
@@ -223,12 +216,12 @@ private Q_SLOTS:
     }
     void deviceInfo()
     {
-        QFETCH(QString, firmware);
+        FETCH(QString, firmware, QString, ip, QString, mask);
         root().setFirmware(firmware);
         root().write("/sys/class/net/eth0/address", "02:fc:00:00:00:01\n");
         start();
-        QTEST(text("label_ip"), "ip");
-        QTEST(text("label_mask"), "mask");
+        QCOMPARE(text("label_ip"), ip);
+        QCOMPARE(text("label_mask"), mask);
         if (text("label_ip").startsWith("ETH0")) {
             QCOMPARE(text("label_mac"), QStringLiteral("ETH0 MAC: 02:FC:00:00:00:01"));
         }
@@ -249,14 +242,14 @@ private Q_SLOTS:
     // Nothing that stands in for a file keeps the panel from starting.
     void filesThatAreNone_data()
     {
-        columns<QString>("path"); // by the path
+        // by the path
         for (const char *path : {"/etc/settings.ini", "/etc/fwinfo.ini"}) {
             row(path, QString::fromLatin1(path));
         }
     }
     void filesThatAreNone()
     {
-        QFETCH(QString, path);
+        FETCH(QString, path);
         QCOMPARE(mkfifo(qPrintable(root().path(path)), 0600), 0);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u'^' + path + " cannot be read: "));
         start();
@@ -299,14 +292,12 @@ private Q_SLOTS:
     // Texts that come later are measured as they are: none is cut, none is smaller than it must be.
     void fitsLaterTexts_data()
     {
-        columns<QSize, int>("screen", "dpi");
         row("480x272", QSize(480, 272), 120);
         row("320x240", QSize(320, 240), 143);
     }
     void fitsLaterTexts()
     {
-        QFETCH(QSize, screen);
-        QFETCH(int, dpi);
+        FETCH(QSize, screen, int, dpi);
         setScreen(screen, dpi);
         root().write("/etc/fwinfo.ini", "[firmware]\nversion=3.0.4.12345-release\n");
         root().setFirmware("eth0.mode=dhcp");
@@ -380,16 +371,14 @@ private Q_SLOTS:
     // Nobody needs to come and press the button again.
     void restartFails_data()
     {
-        columns<QByteArray, bool, QString>("script", "timeUp", "says");
         const QString next = QStringLiteral(", next attempt in");
-        row("fails", QByteArray("exit 3"), false, "Restart failed" + next);
-        row("does not happen", QByteArray("exit 0"), true, "Not restarted yet" + next);
-        row("hangs", QByteArray("exec sleep 2"), true, "Not restarted yet" + next);
+        row("fails", "exit 3", false, "Restart failed" + next);
+        row("does not happen", "exit 0", true, "Not restarted yet" + next);
+        row("hangs", "exec sleep 2", true, "Not restarted yet" + next);
     }
     void restartFails()
     {
-        QFETCH(QByteArray, script);
-        QFETCH(bool, timeUp);
+        FETCH(QByteArray, script, bool, timeUp, QString, says);
         root().writeCommand("/sbin/reboot", "echo reboot >>\"$PANEL_ROOT/log\"\n" + script);
         start();
         auto *pLcd = find<QLCDNumber>("lcdRestart");
@@ -409,11 +398,11 @@ private Q_SLOTS:
         }
         find<QPushButton>("buttonRestart")->click();
         QTRY_VERIFY(pSequence->isRetryDue());
-        QTEST(text("label_restartText"), "says");
+        QCOMPARE(text("label_restartText"), says);
         QCOMPARE(pLcd->intValue(), 10);
         QEvent languageChange(QEvent::LanguageChange);
         QCoreApplication::sendEvent(pWindow.get(), &languageChange);
-        QTEST(text("label_restartText"), "says");
+        QCOMPARE(text("label_restartText"), says);
         root().writeCommand("/sbin/reboot", "echo again >>\"$PANEL_ROOT/log\"; kill -9 $$");
         for (int nLeft = 9; nLeft >= 0; --nLeft) {
             QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
@@ -426,19 +415,16 @@ private Q_SLOTS:
 
     void calibrationRequest_data()
     {
-        columns<bool, QByteArray, bool>("touchscreen", "type", "honoured");
-        row("no touchscreen", false, QByteArray("single"), false);
-        row("multi-touch", true, QByteArray("capacitive-Multi x\0"), false);
-        row("single-touch", true, QByteArray("single\0"), true);
-        row("second word", true, QByteArray("single multi"), true);
+        row("no touchscreen", false, "single", false);
+        row("multi-touch", true, "capacitive-Multi x\0", false);
+        row("single-touch", true, "single\0", true);
+        row("second word", true, "single multi", true);
         row("empty property", true, QByteArray(), true);
         row("1 MB property", true, QByteArray(1 << 20, 'x'), true);
     }
     void calibrationRequest()
     {
-        QFETCH(bool, touchscreen);
-        QFETCH(QByteArray, type);
-        QFETCH(bool, honoured);
+        FETCH(bool, touchscreen, QByteArray, type, bool, honoured);
         const QString request = QStringLiteral("/tmp/.system/TouchCalibration");
         if (touchscreen) {
             root().write("/dev/input/touchscreen", "");
@@ -514,7 +500,6 @@ private Q_SLOTS:
 
     void configRequest_data()
     {
-        columns<int, int, bool>("state", "key", "opens");
         row("Return, stopped", 2, int(Qt::Key_Return), true);
         row("Enter, no application", 6, int(Qt::Key_Enter), true);
         row("Return, running", 1, int(Qt::Key_Return), false);
@@ -522,9 +507,7 @@ private Q_SLOTS:
     }
     void configRequest()
     {
-        QFETCH(int, state);
-        QFETCH(int, key);
-        QFETCH(bool, opens);
+        FETCH(int, state, int, key, bool, opens);
         startLinked(state);
         bool bOpened = false;
         QTest::keyClick(pWindow.get(), Qt::Key(key));
@@ -543,13 +526,12 @@ private Q_SLOTS:
     // hang the panel.
     void configRequestAndPlcStarts_data()
     {
-        columns<bool>("beforeFirstStatus");
         row("stopped, pressed, running", false);
         row("pressed before the first status, running", true);
     }
     void configRequestAndPlcStarts()
     {
-        QFETCH(bool, beforeFirstStatus);
+        FETCH(bool, beforeFirstStatus);
         root().setFirmware("state=2");
         start();
         pWindow->controlVisibility();
@@ -568,13 +550,12 @@ private Q_SLOTS:
     // What lies under the finger is the wizard, not the page behind it.
     void wizardUnderTheFinger_data()
     {
-        columns<QSize>("screen");
         row("320x240", QSize(320, 240));
         row("800x480", QSize(800, 480));
     }
     void wizardUnderTheFinger()
     {
-        QFETCH(QSize, screen);
+        FETCH(QSize, screen);
         setScreen(screen);
         startLinked(2);
         QStringList under;
@@ -619,13 +600,12 @@ private Q_SLOTS:
     // The window comes up under a box that is open, and leaves it the keys.
     void boxStaysOnTop_data()
     {
-        columns<bool>("linkLost");
         row("PLC stops", false);
         row("link lost", true);
     }
     void boxStaysOnTop()
     {
-        QFETCH(bool, linkLost);
+        FETCH(bool, linkLost);
         startLinked(1);
         VeltaInfoBox box(QStringLiteral("text"), 0, nullptr, true, false);
         QTRY_VERIFY(QApplication::activeWindow());
@@ -676,7 +656,6 @@ private Q_SLOTS:
     void focusOnTheWayBack_data()
     {
         using Step = std::function<void(MainWindowTest &)>;
-        columns<Step>("away");
         const auto run = [](const QByteArray &settings, int nToggles, int nButton) {
             return Step([=](MainWindowTest &test) {
                 test.root().write("/etc/settings.ini", settings);
@@ -725,7 +704,7 @@ private Q_SLOTS:
     }
     void focusOnTheWayBack()
     {
-        QFETCH(std::function<void(MainWindowTest &)>, away);
+        FETCH(std::function<void(MainWindowTest &)>, away);
         startLinked(2);
         QTRY_VERIFY(pWindow->isActiveWindow());
         auto *pStart = find<QPushButton>("pushButtonStartApp");
@@ -816,7 +795,6 @@ private Q_SLOTS:
     // Whatever somebody has put where a request is expected, one look at it is enough.
     void plantedRequests_data()
     {
-        columns<QString, Plant>("path", "plant");
         for (const QString path : {"/tmp/.system/TouchCalibration", "/tmp/screenshot.png",
                                    "/tmp/makeScreenshot", "/flash/local/cal_message"}) {
             row(qPrintable(path + ", FIFO"), path, Plant::Fifo);
@@ -826,8 +804,7 @@ private Q_SLOTS:
     }
     void plantedRequests()
     {
-        QFETCH(QString, path);
-        QFETCH(Plant, plant);
+        FETCH(QString, path, Plant, plant);
         root().write("/dev/input/touchscreen", "");
         root().write("/target", "important");
         set(path, plant);

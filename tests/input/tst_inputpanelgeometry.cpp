@@ -3,7 +3,6 @@
 #include "input/inputpanellayout.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
 
 #include <QGroupBox>
 #include <QStackedWidget>
@@ -30,7 +29,6 @@ class TestInputPanelGeometry : public DeviceTest
 private Q_SLOTS:
     void frame_data()
     {
-        columns<QSize, QSize, int, int>("screen", "groupBox", "caption", "display");
         row("320x240", QSize(320, 240), QSize(309, 230), 18, 31);
         row("240x320", QSize(240, 320), QSize(230, 300), 21, 36);
         row("480x272", QSize(480, 272), QSize(361, 252), 19, 33);
@@ -42,14 +40,14 @@ private Q_SLOTS:
     }
     void frame()
     {
-        QFETCH(QSize, screen);
+        FETCH(QSize, screen, QSize, groupBox, int, caption, int, display);
         setScreen(screen);
         const KeyboardFixture keyboard("NumInputPW", "", PasswordMask, 20);
         const VeltaInputPanel &panel = *keyboard.pPanel;
-        QTEST(panel.findChild<QGroupBox *>()->size(), "groupBox");
-        QTEST(panel.findChild<QLabel *>("panelLabel")->height(), "caption");
-        QTEST(panel.findChild<QLabel *>("timeoutLabel")->height(), "caption");
-        QTEST(keyboard.pDisplay->height(), "display");
+        QCOMPARE(panel.findChild<QGroupBox *>()->size(), groupBox);
+        QCOMPARE(panel.findChild<QLabel *>("panelLabel")->height(), caption);
+        QCOMPARE(panel.findChild<QLabel *>("timeoutLabel")->height(), caption);
+        QCOMPARE(keyboard.pDisplay->height(), display);
         QCOMPARE(keyboard.pContext->geometry(), QRect(QPoint(), screen));
         QCOMPARE(panel.size(), screen.boundedTo({800, 480}));
         QVERIFY((panel.geometry().center() - keyboard.pContext->rect().center()).manhattanLength()
@@ -58,7 +56,6 @@ private Q_SLOTS:
 
     void pads_data()
     {
-        columns<QSize, QString, int>("screen", "mode", "dpi");
         row("dense and small", QSize(480, 272), "AlphaNumInput", 160);
         row("dense and large", QSize(1280, 800), "HexInput", 240);
         for (const PanelScreen &screen : panelScreens()) {
@@ -69,9 +66,7 @@ private Q_SLOTS:
     }
     void pads()
     {
-        QFETCH(QSize, screen);
-        QFETCH(QString, mode);
-        QFETCH(int, dpi);
+        FETCH(QSize, screen, QString, mode, int, dpi);
         setScreen(screen, dpi);
         KeyboardFixture keyboard(mode, "", "", 20);
         const QWidget *pPanel = keyboard.pPanel;
@@ -119,7 +114,6 @@ private Q_SLOTS:
 
     void smallAreas_data()
     {
-        columns<QSize>("screen");
         row("screen smaller than asked for", QSize(400, 300));
         row("screen larger than asked for", QSize(700, 500));
         row("tiny", QSize(160, 120));
@@ -128,7 +122,7 @@ private Q_SLOTS:
     }
     void smallAreas()
     {
-        QFETCH(QSize, screen);
+        FETCH(QSize, screen);
         // The fallback class asks for 640 x 480 on a screen of any other size.
         const QSize requested(640, 480);
         setScreen(screen);

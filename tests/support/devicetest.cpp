@@ -23,9 +23,9 @@ void DeviceTest::cleanup()
 
 void DeviceTest::addRow(const QByteArray &name, const QVariantList &values)
 {
-    if (columnsOf != QTest::currentTestFunction()) {
-        columnsOf = QTest::currentTestFunction();
-        bNamed = false;
+    static QByteArray function; // that has its column
+    if (function != QTest::currentTestFunction()) {
+        function = QTest::currentTestFunction();
         QTest::addColumn<QVariantList>("values");
     }
     QTest::newRow(name.constData()) << values;

@@ -38,23 +38,11 @@ protected:
     /// What a test function opened, closed after it while the device root is there.
     virtual void closeWindows() { }
 
-    /// The columns of a data function whose test has a QFETCH() for each.
-    template <typename... Types>
-    static void columns(std::same_as<const char *> auto... names)
-    {
-        (QTest::addColumn<Types>(names), ...);
-        columnsOf = QTest::currentTestFunction();
-        bNamed = true;
-    }
     /// One row of a data function: the values that FETCH() gives to the test, in its order.
     template <typename... Values>
     static void row(const QByteArray &name, const Values &...values)
     {
-        if (bNamed && columnsOf == QTest::currentTestFunction()) {
-            (QTest::newRow(name.constData()) << ... << values);
-        } else {
-            addRow(name, {variantOf(values)...});
-        }
+        addRow(name, {variantOf(values)...});
     }
     /// Value number \a nIndex of the row that is tested. A text in quotes may be fetched as QString
     /// and as QByteArray.
@@ -83,8 +71,6 @@ private:
         }
     }
     static void addRow(const QByteArray &name, const QVariantList &values);
-    static inline QByteArray columnsOf; ///< the function that has its columns
-    static inline bool bNamed = false;
     static QVariant fetchedValue(qsizetype nIndex);
 
     std::unique_ptr<DeviceRoot> pRoot;
