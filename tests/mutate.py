@@ -15,8 +15,8 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-WORK = ROOT / "build/mutants"
-SOURCE, BUILD = WORK / "source", WORK / "build"
+SOURCE = ROOT / "build/mutants"
+BUILD = SOURCE / "build/debug"  # as in a checkout, so that a compiler cache knows the files
 BUILD_LIMIT, TEST_LIMIT = 600, 60  # seconds, of a build and of one test program
 
 OPERATORS = [(" == ", " != "), (" != ", " == "), (" < ", " <= "), (" <= ", " < "), (" > ", " >= "),
@@ -106,7 +106,7 @@ def prepare(folders):
     SOURCE.mkdir(parents=True, exist_ok=True)
     archive = subprocess.run(["git", "archive", "HEAD"], cwd=ROOT, stdout=subprocess.PIPE, check=True)
     subprocess.run(["tar", "x", "-C", SOURCE], input=archive.stdout, check=True)
-    subprocess.run(["cmake", "--preset", "debug", "-S", SOURCE, "-B", BUILD], cwd=SOURCE,
+    subprocess.run(["cmake", "--preset", "debug"], cwd=SOURCE,
                    stdout=subprocess.DEVNULL, check=True)
     for folder in folders:
         if not build(*own_tests(folder), limit=None):

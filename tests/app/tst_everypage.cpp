@@ -15,15 +15,10 @@
 #include "wizard/veltawizard.h"
 
 #include <QAbstractScrollArea>
-#include <QApplication>
 #include <QGroupBox>
 #include <QLCDNumber>
-#include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QProgressBar>
-#include <QPushButton>
-#include <QScreen>
 #include <QScrollBar>
 
 namespace {
@@ -36,7 +31,7 @@ constexpr double MmPerInch = 25.4;
 bool isKnown(const QString &screen, const QString &view, const QString &defect)
 {
     static const QRegularExpression known(
-        "^(240x320|320x240|272x480|240x320 dense) AlphaNumInput "
+        "^(240x320|320x240|272x480|240x320 dense) AlphaNumInput(-.)? "
         "panelButton_a([A-Z0-9]|dot|slash) is too small for a finger$");
     return known.match(screen + ' ' + view + ' ' + defect).hasMatch();
 }
@@ -63,8 +58,8 @@ bool showsItsText(const QWidget &widget)
                                   : showsLine(*pLabel) || holds(pLabel->sizeHint(), 0);
     }
     if (const auto *pButton = qobject_cast<const QAbstractButton *>(&widget)) {
-        return pButton->text().isEmpty()
-            || holds(metrics.size(Qt::TextShowMnemonic, pButton->text()), 4);
+        const int nWidth = metrics.horizontalAdvance(pButton->text().replace("&&", "&"));
+        return pButton->text().isEmpty() || holds({nWidth, metrics.height()}, 4);
     }
     if (const auto *pEdit = qobject_cast<const QLineEdit *>(&widget)) {
         return holds(metrics.size(Qt::TextSingleLine, pEdit->displayText()), 4);
@@ -251,6 +246,10 @@ private:
                                            quint16(size.height()));
             context.showPanel();
             inspect(QLatin1String(mode), context);
+            for (int nLevel = 1; nLevel < 3 && *mode == 'A'; ++nLevel) {
+                context.findChild<QPushButton *>("panelButton_aMode")->click();
+                inspect(QStringLiteral("%1-%2").arg(QLatin1String(mode)).arg(nLevel), context);
+            }
         }
     }
 

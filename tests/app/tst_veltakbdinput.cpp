@@ -2,9 +2,7 @@
 #include "app/veltakbdinput.h"
 #include "tests/support/devicetest.h"
 
-#include <QDialog>
 #include <QKeyEvent>
-#include <QPushButton>
 
 namespace {
 

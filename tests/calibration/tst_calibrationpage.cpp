@@ -7,10 +7,8 @@
 #include "tests/support/boxwatcher.h"
 #include "tests/support/screen.h"
 
-#include <QApplication>
 #include <QLCDNumber>
 #include <QPlainTextEdit>
-#include <QPushButton>
 
 namespace {
 

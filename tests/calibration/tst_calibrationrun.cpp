@@ -1,12 +1,10 @@
 #include "calibration/calibrationrun.h"
 #include "tests/calibration/calibrationtest.h"
 
-#include <QCoreApplication>
 #include <QEventLoop>
 #include <QMap>
 
 #include <array>
-#include <functional>
 #include <utility>
 
 namespace {

@@ -60,51 +60,6 @@ private Q_SLOTS:
         FETCH(int, x, int, y, bool, same);
         QCOMPARE(isSamePlace({1000, 1000}, {x, y}, 51), same);
     }
-
-    void targets_data()
-    {
-        row("800x480", QSize(800, 480),
-            QList<QPoint>{{50, 50}, {750, 50}, {750, 430}, {50, 430}, {400, 240}});
-        row("240x320", QSize(240, 320),
-            QList<QPoint>{{50, 50}, {190, 50}, {190, 270}, {50, 270}, {120, 160}});
-    }
-    void targets()
-    {
-        FETCH(QSize, screen, QList<QPoint>, expected);
-        const auto points = crosshairTargets(screen);
-        QCOMPARE(QList<QPoint>(points.begin(), points.end()), expected);
-    }
-
-    void pairs_data()
-    {
-        // indices of the record's points
-        row("0", 0, "01234");
-        row("1", 1, "12304");
-        row("2", 2, "23014");
-        row("3", 3, "30124");
-    }
-    void pairs()
-    {
-        FETCH(int, rotation, QByteArray, device);
-        // The panel is 800 x 480, turned or not: the pairs are always those of the panel.
-        const QList<QPoint> screen{{50, 50}, {750, 50}, {750, 430}, {50, 430}, {400, 240}};
-        const QSize panel(800, 480);
-        const auto targets = crosshairTargets(rotation % 2 != 0 ? panel.transposed() : panel);
-        CalibrationRecord record;
-        for (int i = 0; i < CalibrationRecord::PointCount; ++i) {
-            const auto index = std::size_t(i);
-            record.rawX[index] = 1000 + i;
-            record.rawY[index] = 2000 + i;
-            record.screenX[index] = targets[index].x();
-            record.screenY[index] = targets[index].y();
-        }
-        const PointerCalibrationData data = calibrationPairs(record, rotation);
-        for (std::size_t i = 0; i < CalibrationRecord::PointCount; ++i) {
-            const int index = device[qsizetype(i)] - '0';
-            QCOMPARE(data.devPoints[i], (RawPoint{1000 + index, 2000 + index}));
-            QCOMPARE(data.screenPoints[i], screen[qsizetype(i)]);
-        }
-    }
 };
 
 PANEL_TEST_MAIN(TestTouchReduction)

@@ -4,17 +4,9 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
 
-#include <QApplication>
-#include <QDialog>
-#include <QLabel>
-#include <QMessageBox>
 #include <QPointingDevice>
-#include <QPushButton>
-#include <QScreen>
 #include <QTextDocumentFragment>
 #include <QWindow>
-
-#include <functional>
 
 namespace {
 

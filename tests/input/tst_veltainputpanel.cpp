@@ -1,7 +1,6 @@
 #include "keyboardfixture.h"
 
 #include "platform/windowserver.h"
-#include "tests/support/devicetest.h"
 
 #include <QStackedWidget>
 
@@ -72,25 +71,6 @@ private Q_SLOTS:
         QCOMPARE(shown.size(), valueKeys);
         keyboard.touch(mode.startsWith("Num") ? "ok" : mode.startsWith("Hex") ? "hok" : "aok");
         QCOMPARE(keyboard.pTarget->text(), shown);
-    }
-
-    void letterLevels()
-    {
-        const KeyboardFixture keyboard("AlphaNumInput");
-        const QString keys = QStringLiteral("QWERTZUIOPASDFGHJKLYX");
-        const QString symbols = QStringLiteral("!#$%&'()*+,:;=?@[]-_~");
-        for (int level = 0; level < ShiftLevels; ++level) {
-            for (int i = 0; i < keys.size(); ++i) {
-                const QChar letter = keys[i];
-                const QChar value = level == 0 ? letter.toLower()
-                    : level == 1               ? letter
-                                               : symbols[i];
-                const QPushButton *pKey = keyboard.key(u'a' + QString(letter));
-                QCOMPARE(pKey->property("buttonValue").toChar(), value);
-                QCOMPARE(pKey->text(), value == u'&' ? QStringLiteral("&&") : QString(value));
-            }
-            keyboard.touch("aMode");
-        }
     }
 
     void keypad_data()
@@ -338,26 +318,6 @@ private Q_SLOTS:
         const QImage picture = pictureOf("1111");
         QVERIFY(!picture.isNull());
         QCOMPARE(picture, pictureOf("8057"));
-    }
-
-    void focusHighlight_data()
-    {
-        row("NumInput", true, 81);
-        row("AlphaNumInput", true, 82);
-        row("AlphaNumInputPW", true, 81);
-        row("HexInput", false, 0);
-    }
-    void focusHighlight()
-    {
-        FETCH(bool, highlight, int, expected);
-        QWidget parent;
-        const VeltaInputPanel panel(&parent, highlight, QLatin1String(QTest::currentDataTag()), 0);
-        int styled = 0;
-        for (const QPushButton *pKey : panel.findChildren<QPushButton *>()) {
-            styled += pKey->styleSheet()
-                == QLatin1String("QPushButton:focus { background-color:rgb(170,170,170);; } ");
-        }
-        QCOMPARE(styled, expected);
     }
 };
 

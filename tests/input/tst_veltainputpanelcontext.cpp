@@ -1,9 +1,5 @@
 #include "keyboardfixture.h"
 
-#include "tests/support/devicetest.h"
-
-#include <QDialog>
-
 class TestVeltaInputPanelContext : public DeviceTest
 {
     Q_OBJECT

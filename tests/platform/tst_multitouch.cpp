@@ -3,8 +3,6 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/ioctlhook.h"
 
-#include <QPushButton>
-
 #include <cstring>
 #include <linux/input.h>
 #include <pty.h>

@@ -5,7 +5,6 @@
 #include "tests/support/devicetest.h"
 
 #include <QMouseEvent>
-#include <QPushButton>
 #include <QScopeGuard>
 #include <QStandardPaths>
 
@@ -595,46 +594,6 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(path).isDir() ? QByteArray("DIR") : file(), restored);
     }
 
-    /// The old calibration is live again although the file cannot follow.
-    void restoreCannotWrite()
-    {
-        root().write(CalibrationFile, SwappedFile);
-        start();
-        const SavedCalibration backup = pServer->saveCalibration();
-        QVERIFY(isStored(scaledPairs(20)));
-        qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
-        QTest::ignoreMessage(QtWarningMsg, CannotWrite);
-        QVERIFY(!pServer->restoreCalibration(backup));
-        QCOMPARE(tap(swappedRaw(100, 200)), tapAt(100, 200));
-        // Nor does a run that cannot be stored bring back what the file still says.
-        pServer->clearCalibration();
-        pServer->clearCalibration();
-        QTest::ignoreMessage(QtWarningMsg, CannotWrite);
-        QVERIFY(!isStored(scaledPairs(40)));
-        QCOMPARE(tap(swappedRaw(100, 200)), tapAt(100, 200));
-        qunsetenv("POINTERCAL_FILE");
-        QVERIFY(pServer->restoreCalibration(backup));
-        QCOMPARE(file(), QByteArray(SwappedFile));
-    }
-
-    void reinstatesEveryMoment()
-    {
-        start();
-        QList<SavedCalibration> backups;
-        QList<QByteArray> files;
-        for (const int offset : {0, 100, 200}) {
-            QVERIFY(isStored(scaledPairs(offset)));
-            files += file();
-            backups += pServer->saveCalibration();
-        }
-        for (const int i : {0, 2, 1}) {
-            QVERIFY(pServer->restoreCalibration(backups[i]));
-            QCOMPARE(file(), files[i]);
-            QCOMPARE(tap({1000, 1000}).value(0),
-                     QStringLiteral("press %1,%1").arg((1000 - 100 * i) / 4));
-        }
-    }
-
     void nobodyAccepted_data()
     {
         // What stands at the file before the run, or nothing; what happens between the run and the
@@ -713,18 +672,6 @@ private Q_SLOTS:
         if (bTakenBack) {
             QCOMPARE(tap(swappedRaw(100, 200)), before);
         }
-    }
-
-    /// What a killed save has left beside the file goes with the next start.
-    void straysGo()
-    {
-        root().write(CalibrationFile, SwappedFile);
-        root().write("/etc/pointercal.panel-a1B2c3", "half a fi");
-        root().write("/etc/pointercal.unaccepted.panel-a1B2c3", "");
-        start();
-        QCOMPARE(QDir(root().path("/etc")).entryList(QDir::Files),
-                 QStringList({"pointercal", "ts.conf"}));
-        QCOMPARE(file(), QByteArray(SwappedFile));
     }
 
 private:

@@ -170,23 +170,6 @@ private Q_SLOTS:
                      transform->map({100, 200}));
         }
     }
-
-    void rotationKeepsCorners_data()
-    {
-        // Corners of the picture, on the panel behind it. That is 800 x 480; the picture is
-        // 480 x 800 when turned once or three times.
-        row("0", 0, QPoint(0, 0), QPoint(799, 0));
-        row("1", 1, QPoint(0, 479), QPoint(0, 0));
-        row("2", 2, QPoint(799, 479), QPoint(0, 479));
-        row("3", 3, QPoint(799, 0), QPoint(799, 479));
-    }
-    void rotationKeepsCorners()
-    {
-        FETCH(int, turns, QPoint, topLeft, QPoint, topRight);
-        const QSize picture = turns % 2 == 0 ? Screen : Screen.transposed();
-        QCOMPARE(panelToScreen(topLeft, turns, picture), QPoint(0, 0));
-        QCOMPARE(panelToScreen(topRight, turns, picture), QPoint(picture.width() - 1, 0));
-    }
 };
 
 PANEL_TEST_MAIN(TestPointerTransform)

@@ -1,10 +1,7 @@
 #include "platform/terminationsignals.h"
 #include "tests/support/devicetest.h"
 
-#include <QDialog>
-
 #include <csignal>
-#include <functional>
 #include <optional>
 
 class TestTerminationSignals : public DeviceTest

@@ -5,8 +5,6 @@
 #include "tests/support/devicetest.h"
 
 #include <QDataStream>
-#include <QLineEdit>
-#include <QPushButton>
 
 #include <linux/input.h>
 #include <sys/stat.h>

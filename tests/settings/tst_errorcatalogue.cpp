@@ -1,7 +1,6 @@
 #include "settings/errorcatalogue.h"
 #include "tests/support/devicetest.h"
 
-#include <QMessageBox>
 #include <QTranslator>
 class TestErrorCatalogue : public DeviceTest
 {

@@ -6,12 +6,8 @@
 
 #include <QGroupBox>
 #include <QLCDNumber>
-#include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QPlainTextEdit>
-#include <QPushButton>
 #include <QTableView>
 #include <QToolButton>
 

@@ -2,11 +2,8 @@
 #include "platform/firmware.h"
 #include "platform/pointertransform.h"
 #include "platform/windowserver.h"
-#include "tests/calibration/touchsheet.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
-
-#include <QLineEdit>
 
 using namespace std::chrono_literals;
 
@@ -99,33 +96,6 @@ private Q_SLOTS:
         QVERIFY(root().read("/simulator/firmware.state").contains("10.0.3.9"));
     }
 
-    void touchLandsWhereTheFingerIs_data()
-    {
-        row("skewed", QSize(800, 480));
-        row("swapped,mirror-x,mirror-y", QSize(480, 800));
-    }
-    void touchLandsWhereTheFingerIs()
-    {
-        FETCH(QSize, screen);
-        setScreen(screen);
-        const QString size = QStringLiteral("%1x%2").arg(screen.width()).arg(screen.height());
-        QCOMPARE(panelctl({"init", "--mapping", QTest::currentDataTag(), "--screen", size}).code,
-                 0);
-        WindowServer windowServer;
-        QVERIFY(windowServer.openPointer());
-        TouchSheet sheet;
-        TouchSheet::waitOutDoubleTap();
-        for (const QPoint &finger : {QPoint(9, 9), {screen.width() - 9, screen.height() - 9}}) {
-            const auto line = QByteArray::number(finger.x()) + ' ' + QByteArray::number(finger.y());
-            QCOMPARE(panelctl("touch " + line + " --ms=20").code, 0);
-            QCOMPARE(sheet.takeTouch(), finger);
-        }
-        QCOMPARE(panelctl("touchscreen unplug").code, 0);
-        QCOMPARE(panelctl("touch 1 1").code, 1);
-        QCOMPARE(panelctl("touchscreen plug").code, 0);
-        QCOMPARE(panelctl("touch 1 1 --ms=0").code, 0);
-    }
-
     /// The real pages on the real touchscreen driver, the operator in another process. Exit is
     /// disabled until Accept is hit, so the request's end shows that both were, through the new
     /// calibration.
@@ -155,32 +125,6 @@ private Q_SLOTS:
         for (const RawPoint raw : {RawPoint{900, 900}, {3000, 900}, {900, 3000}, {3000, 3000}}) {
             QVERIFY((measured->map(raw) - exact->map(raw)).manhattanLength() <= 4);
         }
-    }
-
-    void keyboardTypes_data()
-    {
-        row("US", "", "yZ-:;a<Left>B<lt><Home><Delete>", "Z-:;B<a");
-        row("German", ":keymap=/etc/kbd/de.qmap", "yZ-[&<AltGr+q><Shift+Tab>a<Left>s<Backspace>",
-            "zY\u00df\u00fc/@a");
-    }
-    void keyboardTypes()
-    {
-        FETCH(QString, options, QString, typed, QString, seen);
-        QCOMPARE(panelctl("init").code, 0);
-        QCOMPARE(panelctl("keyboard plug").code, 0);
-        QLineEdit edit;
-        edit.show();
-        edit.activateWindow();
-        edit.setFocus();
-        QVERIFY(QTest::qWaitForWindowActive(&edit));
-        WindowServer windowServer;
-        windowServer.setKeyboardHandler(
-            WindowServer::createKeyboardHandler("/dev/input/keyboard0:grab=1" + options));
-        QCOMPARE(panelctl({"keyboard", "type", typed}).code, 0);
-        QTRY_COMPARE(edit.text(), seen);
-        windowServer.closeKeyboard();
-        QCOMPARE(panelctl("keyboard unplug").code, 0);
-        QCOMPARE(panelctl("keyboard unplug").code, 1);
     }
 
     void syscfgMisbehaves()
