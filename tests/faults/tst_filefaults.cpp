@@ -9,8 +9,6 @@
 using FileFaults::Fault;
 using FileFaults::Journal;
 
-Q_DECLARE_METATYPE(Calibrating::End)
-
 /// What the operator confirms is applied whole or not at all, and the operator knows which, at
 /// whatever moment the disk fails or the power goes.
 class TestFileFaults : public QObject

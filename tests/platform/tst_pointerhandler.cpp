@@ -267,22 +267,21 @@ private Q_SLOTS:
         print.start("stdbuf", {"-oL", tool});
         QVERIFY(print.waitForStarted());
 
-        const std::array<RawPoint, 5> touches{
-            RawPoint{3700, 390}, {500, 500}, {1000, 3000}, {2041, 2007}, {2500, 1111}};
-        for (const RawPoint touch : touches) {
+        for (const RawPoint touch :
+             {RawPoint{3700, 390}, {500, 500}, {1000, 3000}, {2041, 2007}, {2500, 1111}}) {
             copy.tap(touch);
-            const QString seen = tap(touch).value(0);
-            while (!print.canReadLine()) {
-                QVERIFY(print.waitForReadyRead(20000));
+            QByteArrayList lines; // of the press and of the release
+            while (lines.size() < 2) {
+                if (print.canReadLine()) {
+                    lines += print.readLine().simplified();
+                } else {
+                    QVERIFY(print.waitForReadyRead(20000));
+                }
             }
-            const QList<QByteArray> words = print.readLine().simplified().split(' ');
+            const QList<QByteArray> words = lines[0].split(' ');
             QCOMPARE(words.size(), 4);
-            QCOMPARE(seen,
+            QCOMPARE(tap(touch).value(0),
                      QStringLiteral("press %1,%2").arg(words[1].toInt()).arg(words[2].toInt()));
-            while (!print.canReadLine()) {
-                QVERIFY(print.waitForReadyRead(20000));
-            }
-            print.readLine(); // the release
         }
         print.kill();
         QVERIFY(print.waitForFinished());

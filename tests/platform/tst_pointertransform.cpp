@@ -51,9 +51,6 @@ PointerCalibrationData pairs(const Panel &panel)
 
 } // namespace
 
-Q_DECLARE_METATYPE(Panel)
-Q_DECLARE_METATYPE(PointerCalibrationData)
-
 class TestPointerTransform : public DeviceTest
 {
     Q_OBJECT

@@ -44,8 +44,6 @@ enum Change { Nothing, BoxOpens, BoxCloses, BoxMoves, LowestCloses, BoxRises };
 
 } // namespace
 
-Q_DECLARE_METATYPE(Change)
-
 class TestTapGuard : public DeviceTest
 {
     Q_OBJECT

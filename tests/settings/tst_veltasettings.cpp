@@ -23,8 +23,6 @@ const QString NewSettings = QStringLiteral("/tmp/newsettings.ini");
 using Edit = std::function<void(VeltaSettings &)>;
 
 } // namespace
-Q_DECLARE_METATYPE(Edit)
-
 class VeltaSettingsTest : public DeviceTest
 {
     Q_OBJECT
