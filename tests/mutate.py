@@ -3,9 +3,9 @@
 
 tests/mutate.py FOLDER... [--count 30] [--seed 1] [--only LINE-OF-THE-LIST]
 
-Works on a copy of HEAD in build/mutants, which takes a build of its own (give it ccache). For each
-change the folder's own tests come first, then all others. Apart from CI: a change takes a minute.
-Read what survives: a row is missing in a test, or the line is not needed.
+Works in this checkout and its build/debug: leave both alone meanwhile. For each change the folder's
+own tests come first, then all others. Apart from CI: a change takes a minute. Read what survives: a
+row is missing in a test, or the line is not needed.
 """
 import argparse
 import pathlib
@@ -15,8 +15,7 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-SOURCE = ROOT / "build/mutants"
-BUILD = SOURCE / "build/debug"  # as in a checkout, so that a compiler cache knows the files
+BUILD = ROOT / "build/debug"
 BUILD_LIMIT, TEST_LIMIT = 600, 60  # seconds, of a build and of one test program
 
 OPERATORS = [(" == ", " != "), (" != ", " == "), (" < ", " <= "), (" <= ", " < "), (" > ", " >= "),
@@ -58,7 +57,7 @@ def changes_of(line):
 
 
 def candidates(folder):
-    for path in sorted((SOURCE / folder).glob("*.*")):
+    for path in sorted((ROOT / folder).glob("*.*")):
         if path.suffix in (".cpp", ".h"):
             for number, line in enumerate(path.read_text().split("\n")):
                 changed = list(dict.fromkeys(changes_of(line)))
@@ -102,15 +101,12 @@ def verdict(folder):
     return killers(["-E", pattern]) if build("all") else ["build"]
 
 
-def prepare(folders):
-    SOURCE.mkdir(parents=True, exist_ok=True)
-    archive = subprocess.run(["git", "archive", "HEAD"], cwd=ROOT, stdout=subprocess.PIPE, check=True)
-    subprocess.run(["tar", "x", "-C", SOURCE], input=archive.stdout, check=True)
-    subprocess.run(["cmake", "--preset", "debug"], cwd=SOURCE,
-                   stdout=subprocess.DEVNULL, check=True)
-    for folder in folders:
-        if not build(*own_tests(folder), limit=None):
-            sys.exit("HEAD does not build")
+def prepare():
+    if subprocess.run(["git", "diff", "--quiet", "HEAD"], cwd=ROOT, check=False).returncode:
+        sys.exit("not all is committed")
+    subprocess.run(["cmake", "--preset", "debug"], cwd=ROOT, stdout=subprocess.DEVNULL, check=True)
+    if not build("all", limit=None):
+        sys.exit("HEAD does not build")
 
 
 def main():
@@ -120,7 +116,7 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--only", type=int, action="append", help="number of a change in the list")
     options = parser.parse_args()
-    prepare(options.folders)
+    prepare()
     for folder in options.folders:
         chance = random.Random(options.seed)
         lines = list(candidates(folder))
@@ -145,7 +141,7 @@ def main():
             killed += bool(found)
             survived += not found
             print(f"{number} {'killed by ' + found[0] if found else 'SURVIVED'} "
-                  f"{path.relative_to(SOURCE)}:{at + 1}\n    - {line.strip()}\n    + {new.strip()}",
+                  f"{path.relative_to(ROOT)}:{at + 1}\n    - {line.strip()}\n    + {new.strip()}",
                   flush=True)
         print(f"{folder}: {killed} killed, {survived} survived", flush=True)
 
