@@ -287,7 +287,7 @@ private Q_SLOTS:
         root().setFirmware("eth0.mode=dhcp");
         startLinked(2);
         QVERIFY(QTest::qWaitForWindowExposed(pWindow.get()));
-        QTest::qWait(50);
+        QTest::qWait(20);
         PaintWatcher counter([] { return true; });
         qApp->installEventFilter(&counter);
         for (int i = 0; i < 5; ++i) {
@@ -491,15 +491,9 @@ private Q_SLOTS:
     }
 
     // What lies under the finger is the wizard, not the page behind it.
-    void wizardUnderTheFinger_data()
-    {
-        row("320x240", QSize(320, 240));
-        row("800x480", QSize(800, 480));
-    }
     void wizardUnderTheFinger()
     {
-        FETCH(QSize, screen);
-        setScreen(screen);
+        setScreen({320, 240});
         startLinked(2);
         QStringList under;
         pWindow->configButtonPressed();
@@ -538,25 +532,6 @@ private Q_SLOTS:
         QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
         QVERIFY(watcher.nPaints > 0);
         QCOMPARE(page(), QStringLiteral("rebootPage"));
-    }
-
-    // The window comes up under a box that is open, and leaves it the keys.
-    void boxStaysOnTop_data()
-    {
-        row("PLC stops", false);
-        row("link lost", true);
-    }
-    void boxStaysOnTop()
-    {
-        FETCH(bool, linkLost);
-        startLinked(1);
-        VeltaInfoBox box(QStringLiteral("text"), 0, nullptr, true, false);
-        QTRY_VERIFY(QApplication::activeWindow());
-        QWidget *pBox = QApplication::activeWindow();
-        linkLost ? root().breakFirmware() : root().setFirmware("state=2");
-        pWindow->controlVisibility();
-        QVERIFY(pWindow->isVisible());
-        QTRY_COMPARE(QApplication::activeWindow(), pBox);
     }
 
     // Missing fonts and a calibration that timed out: one key after the other closes what is on
