@@ -85,6 +85,7 @@ private:
 };
 
 /// The values of the row that is tested, as variables: FETCH(QString, text, bool, valid).
+// NOLINTBEGIN(bugprone-macro-parentheses): names and types
 #define FETCH(...) PANEL_FETCH_0(__VA_ARGS__)
 #define PANEL_FETCH_0(T, name, ...) \
     auto name = fetched<T>(0);      \
@@ -105,3 +106,4 @@ private:
     auto name = fetched<T>(5);      \
     __VA_OPT__(PANEL_FETCH_6(__VA_ARGS__))
 #define PANEL_FETCH_6(T, name) auto name = fetched<T>(6);
+// NOLINTEND(bugprone-macro-parentheses)
