@@ -19,6 +19,7 @@ the panel reboots the device.
   --view VIEW      window  a window on this desktop (default where there is one)
                    vnc     a VNC server on this machine's loopback address (default elsewhere)
                    none    nothing to look at but screenshots
+  --language LANG  the operator's language, such as de (default: this environment's, else English)
   --touch KIND     single, multi or none (default: as the device was made, else single)
   --root DIR       folder of the simulated device (default: ./device)
   --fresh          make the device anew, though it is there
@@ -30,14 +31,14 @@ usageError() {
     exit 2
 }
 
-screen='' view='' touch='' root=$sourceFolder/device fresh=no
+screen='' view='' touch='' language='' root=$sourceFolder/device fresh=no
 while (($#)); do
     option=${1%%=*}
     case $1 in
     -h | --help) usage; exit 0 ;;
     --fresh) fresh=yes; shift; continue ;;
-    --screen=* | --view=* | --touch=* | --root=*) value=${1#*=}; shift ;;
-    --screen | --view | --touch | --root)
+    --screen=* | --view=* | --touch=* | --language=* | --root=*) value=${1#*=}; shift ;;
+    --screen | --view | --touch | --language | --root)
         (($# > 1)) || usageError "option $1 needs a value"
         value=$2
         shift 2
@@ -58,6 +59,10 @@ while (($#)); do
         [[ $value =~ ^(single|multi|none)$ ]] \
             || usageError "--touch '$value' is none of single, multi, none"
         touch=$value
+        ;;
+    --language)
+        [[ $value =~ ^[a-z]{2,3}(_[A-Z]{2})?$ ]] || usageError "--language '$value' is no language such as de"
+        language=$value
         ;;
     --root)
         [[ -n $value ]] || usageError "--root '' is no folder"
@@ -176,6 +181,7 @@ esac
 
 rebootsBefore=$(grep -c ' reboot' "$root/simulator/log" 2>/dev/null || true)
 # Not the desktop's own settings: the panel looks as on a device.
+[[ -z $language ]] || export LC_ALL=$language LANGUAGE=$language
 env -u WAYLAND_DISPLAY -u QT_QPA_PLATFORMTHEME -u QT_STYLE_OVERRIDE -u QT_SCALE_FACTOR \
     PANEL_ROOT="$root" DISPLAY="$display" \
     "$sourceFolder/build/debug/operator-panel" -platform "$platform" </dev/null &

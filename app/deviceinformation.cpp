@@ -13,9 +13,9 @@ constexpr auto UnknownMac = QLatin1String("00:00:00:00:00:00");
 constexpr auto DhcpWord = QLatin1String("dhcp");
 constexpr auto StaticWord = QLatin1String("static");
 
-QString macAddress(int nInterface)
+QString macAddress(int interface)
 {
-    const QString mac = interfaceMacAddress(QStringLiteral("eth%1").arg(nInterface));
+    const QString mac = interfaceMacAddress(QStringLiteral("eth%1").arg(interface));
     return mac.isEmpty() ? QString(UnknownMac) : mac;
 }
 

@@ -11,8 +11,8 @@
 /// Versions from the device's firmware information; empty where they are not known.
 struct FirmwareVersions
 {
-    QString firmware;
-    QString runtime; ///< of the PLC runtime
+    QString sFirmware;
+    QString sRuntime; ///< of the PLC runtime
 };
 FirmwareVersions readFirmwareVersions();
 
@@ -21,9 +21,9 @@ struct InterfaceInformation
 {
     int nInterface = 0; ///< as in "eth0"
     bool bStatic = true; ///< else by DHCP
-    QString ip; ///< "0.0.0.0" when it is not known (yet)
-    QString netmask; ///< likewise
-    QString mac; ///< all zeros when it has none
+    QString sIp; ///< "0.0.0.0" when it is not known (yet)
+    QString sNetmask; ///< likewise
+    QString sMac; ///< all zeros when it has none
 };
 
 /// The first interface that is configured for a static address or for DHCP; nothing when none is.

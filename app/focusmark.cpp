@@ -8,21 +8,21 @@ namespace {
 constexpr int PenWidth = 3; // pixels: to be seen on a dense screen, too
 } // namespace
 
-FocusMark::FocusMark(QAbstractButton *pButton, bool bTheOnlyMarked)
-    : QWidget(pButton), bOnlyMarked(bTheOnlyMarked)
+FocusMark::FocusMark(QAbstractButton *button, bool onlyMarked)
+    : QWidget(button), bOnlyMarked(onlyMarked)
 {
     setObjectName(QStringLiteral("focusMark"));
     setAttribute(Qt::WA_TransparentForMouseEvents);
     hide();
-    pButton->installEventFilter(this);
+    button->installEventFilter(this);
 }
 
-bool FocusMark::eventFilter(QObject *pWatched, QEvent *pEvent)
+bool FocusMark::eventFilter(QObject *watched, QEvent *event)
 {
-    auto *pButton = static_cast<QAbstractButton *>(pWatched);
-    switch (pEvent->type()) {
+    auto *pButton = static_cast<QAbstractButton *>(watched);
+    switch (event->type()) {
     case QEvent::FocusIn: {
-        const Qt::FocusReason reason = static_cast<QFocusEvent *>(pEvent)->reason();
+        const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
         setGeometry(pButton->rect());
         setVisible(reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason);
         break;
@@ -35,14 +35,14 @@ bool FocusMark::eventFilter(QObject *pWatched, QEvent *pEvent)
         break;
     case QEvent::KeyPress:
         if (bOnlyMarked && !isVisible()) {
-            pEvent->ignore();
+            event->ignore();
             return true;
         }
         break;
     default:
         break;
     }
-    return QWidget::eventFilter(pWatched, pEvent);
+    return QWidget::eventFilter(watched, event);
 }
 
 void FocusMark::paintEvent(QPaintEvent *)

@@ -22,8 +22,8 @@ constexpr int MaxKeyboards = 2;
 
 } // namespace
 
-KeyboardWatcher::KeyboardWatcher(QObject *pParent)
-    : QObject(pParent), bKeyboardMapping(readKeyboardMapping())
+KeyboardWatcher::KeyboardWatcher(QObject *parent)
+    : QObject(parent), bKeyboardMapping(readKeyboardMapping())
 { }
 
 KeyboardWatcher::~KeyboardWatcher() = default;
@@ -81,7 +81,7 @@ void KeyboardWatcher::rescan(const QString &folder)
     }
     const QList<Entry> entries = entriesOf(folder);
     QList<Entry> sorted = entries; // a folder has no order of its own
-    std::ranges::sort(sorted, {}, &Entry::name);
+    std::ranges::sort(sorted, {}, &Entry::sName);
     const auto isFree = [&folder](const QString &name) {
         return !isGrabbed(folder + QLatin1Char('/') + name);
     };
@@ -95,13 +95,13 @@ void KeyboardWatcher::rescan(const QString &folder)
     const bool bReported = !grabbed.isEmpty();
     grabbed.clear();
     for (const Entry &entry : entries) { // before one of them is grabbed here
-        if (entry.bLink && !isFree(entry.name)) {
-            grabbed += entry.name;
+        if (entry.bLink && !isFree(entry.sName)) {
+            grabbed += entry.sName;
         }
     }
     for (const Entry &entry : entries) {
-        if (entry.bLink && !grabbed.contains(entry.name)) {
-            setKeyboard(QFileInfo(entry.name).baseName());
+        if (entry.bLink && !grabbed.contains(entry.sName)) {
+            setKeyboard(QFileInfo(entry.sName).baseName());
         }
     }
     if (!grabbed.isEmpty() && !bReported) {

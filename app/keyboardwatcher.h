@@ -20,7 +20,7 @@ class KeyboardWatcher : public QObject
 
 public:
     /// Finds out once whether the device's settings give its keyboards the key map file.
-    explicit KeyboardWatcher(QObject *pParent = nullptr);
+    explicit KeyboardWatcher(QObject *parent = nullptr);
     ~KeyboardWatcher() override;
 
     /// Releases the handler of whoever was here before and installs that of what is plugged in now.
@@ -33,7 +33,7 @@ private:
     /// What stands under one name. A keyboard that is plugged in anew differs in its device.
     struct Entry
     {
-        QString name; ///< of the file
+        QString sName; ///< of the file
         bool bLink = false; ///< whatever is none is counted, but no keyboard
         DeviceIdentity device;
         friend bool operator==(const Entry &, const Entry &) = default;

@@ -3,12 +3,12 @@
 #include <QAbstractButton>
 #include <QKeyEvent>
 
-bool KeyRepeatFilter::eventFilter(QObject *pReceiver, QEvent *pEvent)
+bool KeyRepeatFilter::eventFilter(QObject *receiver, QEvent *event)
 {
-    if (pEvent->type() != QEvent::KeyPress) {
+    if (event->type() != QEvent::KeyPress) {
         return false;
     }
-    const auto *pKey = static_cast<QKeyEvent *>(pEvent);
+    const auto *pKey = static_cast<QKeyEvent *>(event);
     return pKey->isAutoRepeat() && (pKey->key() == Qt::Key_Return || pKey->key() == Qt::Key_Enter)
-        && qobject_cast<QAbstractButton *>(pReceiver);
+        && qobject_cast<QAbstractButton *>(receiver);
 }

@@ -12,5 +12,5 @@ class KeyRepeatFilter : public QObject
 public:
     using QObject::QObject;
 
-    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+    bool eventFilter(QObject *receiver, QEvent *event) override;
 };

@@ -1,5 +1,6 @@
 #include "app/cursor.h"
 #include "app/keyrepeatfilter.h"
+#include "app/language.h"
 #include "app/mainwindow.h"
 #include "app/startup.h"
 #include "infobox/veltainfobox.h"
@@ -41,6 +42,7 @@ int main(int argc, char *argv[])
     // Before the first text is measured, so that nothing is laid out twice; a warning waits until
     // the start-up page is there.
     const bool bFontsLoaded = loadFonts();
+    installLanguage();
     fontConfiguration.reset();
 
     // A calibration that nobody has accepted is taken back by a destructor.

@@ -1,20 +1,19 @@
 #include "app/mainwindow.h"
 
+#include "app/calibrationrequests.h"
 #include "app/cursor.h"
-#include "app/deviceinformation.h"
 #include "app/focusmark.h"
 #include "app/keyboardwatcher.h"
-#include "calibration/calibrationpage.h"
+#include "app/previewtexts.h"
+#include "app/restartsequence.h"
+#include "app/rowfit.h"
 #include "infobox/veltainfobox.h"
 #include "platform/devicepath.h"
-#include "platform/requestfiles.h"
 #include "platform/servicenotifier.h"
-#include "platform/touchtype.h"
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
 #include "settings/fittedfont.h"
-#include "settings/settingsrecord.h"
 #include "settings/veltautils.h"
 #include "ui_mainwindow.h"
 #include "wizard/veltawizard.h"
@@ -23,7 +22,6 @@
 #include <QDebug>
 #include <QFile>
 #include <QKeyEvent>
-#include <QLayout>
 #include <QScreen>
 #include <QTimer>
 
@@ -45,85 +43,27 @@ constexpr quint8 CalMessageSeconds = 15;
 
 constexpr auto RebootCommand = QLatin1String("/sbin/reboot");
 
-constexpr auto BlankLabel = QLatin1String("    ");
-constexpr int AppNameMargin = 50; // pixels by which a long name stays short of the screen
-
-// Texts of one Ethernet interface on the preview page.
-struct InterfaceTexts
-{
-    const char *staticIp;
-    const char *dhcpIp;
-    const char *netmask;
-    const char *mac;
-};
-
-constexpr InterfaceTexts interfaceTexts[] = {
-    {QT_TRANSLATE_NOOP("MainWindow", "ETH0 IP: %1"),
-     QT_TRANSLATE_NOOP("MainWindow", "ETH0 IP: %1%2"),
-     QT_TRANSLATE_NOOP("MainWindow", "ETH0 Mask: %1"),
-     QT_TRANSLATE_NOOP("MainWindow", "ETH0 MAC: %1")},
-    {QT_TRANSLATE_NOOP("MainWindow", "ETH1 IP: %1"),
-     QT_TRANSLATE_NOOP("MainWindow", "ETH1 IP: %1%2"),
-     QT_TRANSLATE_NOOP("MainWindow", "ETH1 Mask: %1"),
-     QT_TRANSLATE_NOOP("MainWindow", "ETH1 MAC: %1")},
-    {QT_TRANSLATE_NOOP("MainWindow", "ETH2 IP: %1"),
-     QT_TRANSLATE_NOOP("MainWindow", "ETH2 IP: %1%2"),
-     QT_TRANSLATE_NOOP("MainWindow", "ETH2 Mask: %1"),
-     QT_TRANSLATE_NOOP("MainWindow", "ETH2 MAC: %1")},
-};
+constexpr int ButtonPadding = 20; // pixels of a button's width without text
 
 QSize primaryScreenSize()
 {
     return QGuiApplication::primaryScreen()->geometry().size();
 }
 
-void setPointSize(QWidget *pWidget, int nPoints)
+void setPointSize(QWidget *widget, int points)
 {
-    QFont font = pWidget->font();
-    font.setPointSize(nPoints);
+    QFont font = widget->font();
+    font.setPointSize(points);
     font.setBold(true);
-    pWidget->setFont(font);
-}
-
-bool holds(QLayoutItem *pItem, const QWidget &widget)
-{
-    if (QLayout *pLayout = pItem->layout()) {
-        for (int i = 0; i < pLayout->count(); ++i) {
-            if (holds(pLayout->itemAt(i), widget)) {
-                return true;
-            }
-        }
-    }
-    return pItem->widget() == &widget;
-}
-
-// What stands beside and with the widget on a page.
-QLayoutItem *rowOf(const QLayout &pageLayout, const QWidget &widget)
-{
-    int i = 0;
-    while (!holds(pageLayout.itemAt(i), widget)) {
-        ++i;
-    }
-    return pageLayout.itemAt(i);
-}
-
-// A label that changes makes the page's own layout measure anew, but not those between them.
-void forgetSizes(QLayoutItem *pItem)
-{
-    if (QLayout *pLayout = pItem->layout()) {
-        for (int i = 0; i < pLayout->count(); ++i) {
-            forgetSizes(pLayout->itemAt(i));
-        }
-    }
-    pItem->invalidate();
+    widget->setFont(font);
 }
 
 } // namespace
 
-MainWindow::MainWindow(QWidget *pParent)
-    : QStackedWidget(pParent), pUi(std::make_unique<Ui::MainWindow>()),
-      pRestart(new RestartSequence(devicePath(RebootCommand), this)),
-      calibrationRequest(CalibrationRequestFile)
+MainWindow::MainWindow(QWidget *parent)
+    : QStackedWidget(parent), pUi(std::make_unique<Ui::MainWindow>()),
+      pCalibrationRequests(std::make_unique<CalibrationRequests>()),
+      pRestart(new RestartSequence(devicePath(RebootCommand), this))
 {
     registerResources();
     pUi->setupUi(this);
@@ -132,7 +72,7 @@ MainWindow::MainWindow(QWidget *pParent)
     pUi->sp_progressBar01->setRange(0, 0);
     connectAll();
     updateDeviceInfo();
-    detectTouchType();
+    pCalibrationRequests->detectTouchType();
     pProgressTimer->start();
     pVisibilityTimer->start();
     hide();
@@ -144,7 +84,6 @@ MainWindow::MainWindow(QWidget *pParent)
     new FocusMark(pUi->pushButtonConfig, false);
     new FocusMark(pUi->pushButtonStartApp, true); // a PLC is started by a deliberate press alone
     focusConfigButton();
-    pUi->label_dummy->setText(BlankLabel);
     showPage(pUi->startupPage);
     show();
     updateAppName();
@@ -154,7 +93,7 @@ MainWindow::MainWindow(QWidget *pParent)
 
 MainWindow::~MainWindow()
 {
-    pCalibrationPage.reset();
+    pCalibrationRequests.reset();
     if (gCursorHidden) {
         QApplication::restoreOverrideCursor();
         gCursorHidden = false;
@@ -218,25 +157,27 @@ void MainWindow::adaptToScreen()
     utils.scaleFont(pUi->label_restartText, nIndex);
     utils.scaleFont(pUi->label_restartSeconds, nIndex);
     utils.scaleFont(pUi->buttonRestart, nIndex);
+    const QMargins margins = pUi->rebootPage->layout()->contentsMargins();
+    pUi->buttonRestart->setFont(
+        fittedFont(pUi->buttonRestart->font(), pUi->buttonRestart->text(),
+                   screen.width() - margins.left() - margins.right() - ButtonPadding));
     utils.scaleWidth(pUi->pushButtonConfig, true);
     utils.scaleWidth(pUi->pushButtonStartApp, true);
     // The texts beside it must fit whether it is there or not.
     QSizePolicy policy = pUi->pushButtonStartApp->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     pUi->pushButtonStartApp->setSizePolicy(policy);
-    fitTexts({pUi->label_stopped});
-    fitTexts({pUi->label_startpage});
-    fitTexts({pUi->label_appname});
-    fitTexts({pUi->label_ip, pUi->label_mask, pUi->label_mac});
+    RowFit(pUi->startupPage).fit({pUi->label_startpage});
+    pPreviewTexts = std::make_unique<PreviewTexts>(pUi.get());
 }
 
-void MainWindow::showPage(QWidget *pPage)
+void MainWindow::showPage(QWidget *page)
 {
-    if (pPage == currentWidget()) {
+    if (page == currentWidget()) {
         return;
     }
-    setCurrentWidget(pPage);
-    if (pPage == pUi->previewPage) {
+    setCurrentWidget(page);
+    if (page == pUi->previewPage) {
         focusConfigButton();
     }
 }
@@ -271,7 +212,7 @@ void MainWindow::controlVisibility()
     if (!runtimeLink.isOpen()) {
         ServiceNotifier::setStatus(QStringLiteral("Waiting for the PLC runtime"));
         runtimeLink = RuntimeLink::open();
-        bConfigRequested = false;
+        phase.handle(WindowPhase::Event::ConfigurationDropped);
         scheduleNextTick();
         return;
     }
@@ -286,11 +227,8 @@ void MainWindow::controlVisibility()
         pVisibilityTimer->setInterval(TickInterval);
         return;
     }
-    if (bCheckCalMessage) {
-        // First: ticks go on while the message is open, and it is to be shown once even when its
-        // file cannot be deleted.
-        bCheckCalMessage = false;
-        showCalibrationMessage();
+    if (phase.state() == WindowPhase::State::Starting) {
+        handleFirstStatus();
         if (!plcStatus) {
             return; // lost meanwhile
         }
@@ -300,10 +238,10 @@ void MainWindow::controlVisibility()
     } else {
         showWhileRunning();
     }
-    handleCalibrationRequest();
+    pCalibrationRequests->serve();
     // Ticks rest around the wizard: a calibration page above it would never go.
-    const bool bCalibrating = pCalibrationPage && pCalibrationPage->isVisible();
-    if (bConfigRequested && !bCalibrating && !QApplication::activeModalWidget()) {
+    if (phase.state() == WindowPhase::State::Asked && !pCalibrationRequests->isPageVisible()
+        && !QApplication::activeModalWidget()) {
         runConfiguration();
     }
     scheduleNextTick();
@@ -312,7 +250,7 @@ void MainWindow::controlVisibility()
 void MainWindow::showWhileStopped()
 {
     ServiceNotifier::setStatus(QStringLiteral("PLC stopped, the panel has the screen"));
-    if (sIpShown.contains(NoAddress)) {
+    if (pPreviewTexts->isAddressDue()) {
         updateDeviceInfo(); // a late lease becomes visible
     }
     showFullScreenOnce();
@@ -325,80 +263,48 @@ void MainWindow::showWhileStopped()
 void MainWindow::showWhileRunning()
 {
     ServiceNotifier::setStatus(QStringLiteral("PLC running, its visualisation has the screen"));
-    if (bKeepVisible) {
+    if (phase.state() == WindowPhase::State::ShowingMessage) {
         showFullScreenOnce();
     } else {
         hide();
     }
     pProgressTimer->stop();
-    bConfigRequested = false; // the wizard would be as invisible as this window
+    phase.handle(WindowPhase::Event::ConfigurationDropped);
 }
 
-void MainWindow::handleCalibrationRequest()
+// Ticks go on while the message is open, and it is to be shown once even when its file cannot be
+// deleted: the phase goes on before it.
+void MainWindow::handleFirstStatus()
 {
-    if (!calibrationRequest.isPending()) {
-        if (pCalibrationPage) {
-            pCalibrationPage->hide();
-        }
+    if (!CalibrationRequests::takeTimeoutMessage()) {
+        phase.handle(WindowPhase::Event::NoMessageDue);
         return;
     }
-    if (bNoCalibration) {
-        calibrationRequest.finish();
-        return;
-    }
-    if (QApplication::activeModalWidget()) {
-        return; // it would cover a box that takes all input
-    }
-    if (!pCalibrationPage) {
-        pCalibrationPage = std::make_unique<CalibrationPage>(); // rarely needed, and not small
-    }
-    if (pCalibrationPage->isRunning()) {
-        return;
-    }
-    if (pCalibrationPage->isVisible() && calibrationRequest.isBegun()) {
-        // The operator has left the page, but the request could not be removed.
-        calibrationRequest.finish();
-        pCalibrationPage->hide();
-        return;
-    }
-    calibrationRequest.begin();
-    if (WindowServer *pServer = WindowServer::instance()) {
-        pServer->resumePointer();
-    }
-    pCalibrationPage->startAutoCalibration();
+    phase.handle(WindowPhase::Event::MessageDue);
+    showCalibrationMessage();
+    phase.handle(WindowPhase::Event::MessageClosed);
 }
 
 void MainWindow::showCalibrationMessage()
 {
-    RequestFile message(CalMessageFile);
-    if (!message.isPending()) {
-        return;
-    }
-    // A message that stays would shut touch off at every start, and with it the way to calibrate.
-    const bool bOnce = message.finish();
-    if (WindowServer *pServer = WindowServer::instance(); pServer && bOnce) {
-        pServer->suspendPointer(); // until a calibration resumes it
-    }
-    bKeepVisible = true;
     // A timer does not fire inside its own slot: started anew, it ticks while the box is open.
     pVisibilityTimer->start(TickInterval);
     const VeltaInfoBox box(ERR_CAL_TIMEOUT, QString(), tr("Autoclose in"), CalMessageSeconds, this,
                            true, true);
-    bKeepVisible = false;
 }
 
 void MainWindow::runConfiguration()
 {
     pVisibilityTimer->stop();
+    phase.handle(WindowPhase::Event::ConfigurationOpened);
     ServiceNotifier::setStatus(QStringLiteral("Configuration open"));
     VeltaWizard wizard(this);
     showPage(pUi->localConfigPage);
-    const bool bSaved = wizard.Run();
-    bConfigRequested = false;
-    if (bSaved) {
+    if (wizard.Run()) {
         qDebug("Configuration changed - please reboot system");
         startRestartCountdown();
     } else {
+        phase.handle(WindowPhase::Event::ConfigurationLeft);
         showPage(pUi->previewPage);
         pVisibilityTimer->start();
     }
@@ -406,9 +312,9 @@ void MainWindow::runConfiguration()
 
 void MainWindow::startRestartCountdown()
 {
+    phase.handle(WindowPhase::Event::ConfigurationSaved);
     ServiceNotifier::setStatus(QStringLiteral("Configuration saved, restarting the device"));
     showPage(pUi->rebootPage);
-    bRestartPending = true;
     Q_EMIT triggerLcd(nRestartSeconds);
     pRestartTimer->start();
 }
@@ -416,7 +322,8 @@ void MainWindow::startRestartCountdown()
 void MainWindow::scheduleNextTick()
 {
     // Setting the interval restarts the timer: only when it changes.
-    if (!bRestartPending && pVisibilityTimer->intervalAsDuration() != TickInterval) {
+    if (phase.state() != WindowPhase::State::Restarting
+        && pVisibilityTimer->intervalAsDuration() != TickInterval) {
         pVisibilityTimer->setInterval(TickInterval);
     }
 }
@@ -424,7 +331,7 @@ void MainWindow::scheduleNextTick()
 void MainWindow::configButtonPressed()
 {
     if (plcStatus && plcStatus->isPlcStopped()) {
-        bConfigRequested = true;
+        phase.handle(WindowPhase::Event::ConfigurationAsked);
     }
 }
 
@@ -472,100 +379,38 @@ void MainWindow::showRestartText()
                                                        : tr("Restart in"));
 }
 
-void MainWindow::keyPressEvent(QKeyEvent *pEvent)
+void MainWindow::keyPressEvent(QKeyEvent *event)
 {
-    if (pEvent->key() == Qt::Key_Return || pEvent->key() == Qt::Key_Enter) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         configButtonPressed();
-        pEvent->accept();
+        event->accept();
     } else {
-        pEvent->ignore();
+        event->ignore();
     }
 }
 
-void MainWindow::changeEvent(QEvent *pEvent)
+void MainWindow::changeEvent(QEvent *event)
 {
-    QStackedWidget::changeEvent(pEvent);
-    if (pEvent->type() == QEvent::ActivationChange && isActiveWindow()
+    QStackedWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()
         && currentWidget() == pUi->previewPage) {
         focusConfigButton(); // a box, the calibration or another program had the keys
     }
-    if (pEvent->type() == QEvent::LanguageChange) {
-        pUi->retranslateUi(this);
+    if (event->type() == QEvent::LanguageChange) {
+        pUi->retranslateUi(this); // puts the form's texts also where code has put others
         showRestartText();
-        pUi->label_dummy->setText(BlankLabel);
-        updateDeviceInfo();
-        appName.clear();
-        updateAppName();
+        pPreviewTexts->restore(plcStatus);
     }
 }
-
-// Device status
 
 void MainWindow::updateDeviceInfo()
 {
-    const FirmwareVersions versions = readFirmwareVersions();
-    pUi->label_fw->setText(tr("Firmware Version: ") + versions.firmware);
-    pUi->label_rts->setText(tr("Codesys RTS Version: ") + versions.runtime);
-    fitTexts({pUi->label_fw, pUi->label_rts});
-    const auto interface = readInterfaceInformation();
-    if (!interface) {
-        return; // what is shown stays
-    }
-    const InterfaceTexts &texts = interfaceTexts[interface->nInterface];
-    sIpShown = interface->ip;
-    pUi->label_ip->setText(interface->bStatic
-                               ? tr(texts.staticIp).arg(sIpShown)
-                               : tr(texts.dhcpIp).arg(sIpShown, QLatin1String(" (dhcp)")));
-    pUi->label_mask->setText(tr(texts.netmask).arg(interface->netmask));
-    pUi->label_mac->setText(tr(texts.mac).arg(interface->mac));
-    fitTexts({pUi->label_ip, pUi->label_mask, pUi->label_mac});
+    pPreviewTexts->updateDeviceInfo();
 }
-
-// Texts that would be cut off are shown in a smaller font; those of a group stay alike.
-void MainWindow::fitTexts(std::initializer_list<QLabel *> labels)
-{
-    const QLabel *pFirst = *labels.begin();
-    const QLayout *pPageLayout = pUi->startupPage->isAncestorOf(pFirst)
-        ? pUi->startupPage->layout()
-        : pUi->previewPage->layout();
-    QLayoutItem *pRow = rowOf(*pPageLayout, *pFirst);
-    const QMargins margins = pPageLayout->contentsMargins();
-    const int nWidth = primaryScreenSize().width() - margins.left() - margins.right();
-    fittedFont(formFont(pFirst), [&](const QFont &font) {
-        for (QLabel *pLabel : labels) {
-            pLabel->setFont(font);
-        }
-        forgetSizes(pRow);
-        return pRow->minimumSize().width() <= nWidth;
-    });
-}
-
-QFont MainWindow::formFont(const QLabel *pLabel)
-{
-    auto it = formFonts.constFind(pLabel);
-    if (it == formFonts.cend()) {
-        it = formFonts.insert(pLabel, pLabel->font());
-    }
-    return *it;
-}
-
-// PLC runtime link
 
 void MainWindow::updateAppName()
 {
-    QString name;
-    if (plcStatus && plcStatus->state != PlcStateNoApplication) {
-        name = plcStatus->firstAppName().simplified(); // one line
-    }
-    if (name == loadedName && !appName.isEmpty()) {
-        return; // as at nearly every tick: shaping a text costs more than all the rest of it
-    }
-    loadedName = name;
-    appName = name.isEmpty()
-        ? tr("no codesys application")
-        : QFontMetrics(pUi->label_appname->font())
-              .elidedText(name, Qt::ElideRight, primaryScreenSize().width() - AppNameMargin);
-    pUi->label_appname->setText(appName);
+    pPreviewTexts->updateAppName(plcStatus);
 }
 
 void MainWindow::startAppButtonPressed()
@@ -576,17 +421,11 @@ void MainWindow::startAppButtonPressed()
     }
 }
 
-// Input devices
-
-void MainWindow::detectTouchType()
-{
-    bNoCalibration = readTouchType() != TouchType::Single;
-}
-
 void MainWindow::watchInputDevices()
 {
     if (const WindowServer *pServer = WindowServer::instance()) {
-        connect(pServer, &WindowServer::touchscreenOpened, this, &MainWindow::detectTouchType);
+        connect(pServer, &WindowServer::touchscreenOpened, this,
+                [this] { pCalibrationRequests->detectTouchType(); });
     }
     pKeyboardWatcher = new KeyboardWatcher(this);
     pKeyboardWatcher->start();

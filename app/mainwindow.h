@@ -1,21 +1,19 @@
 #pragma once
 
-#include "app/restartsequence.h"
+#include "app/windowphase.h"
 #include "platform/firmware.h"
-#include "platform/requestfile.h"
 #include "platform/screenshotrequest.h"
 
-#include <QFont>
-#include <QHash>
 #include <QStackedWidget>
 
 #include <memory>
 #include <optional>
 
-class CalibrationPage;
+class CalibrationRequests;
 class KeyboardWatcher;
-class QLabel;
+class PreviewTexts;
 class QTimer;
+class RestartSequence;
 
 namespace Ui {
 class MainWindow;
@@ -32,7 +30,7 @@ class MainWindow : public QStackedWidget
     Q_OBJECT
 
 public:
-    explicit MainWindow(QWidget *pParent = nullptr);
+    explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
     /// Reads versions and address data and shows them on the preview page. Cheap when nothing
@@ -43,7 +41,7 @@ public:
 
 Q_SIGNALS:
     /// Seconds to show on the restart page.
-    void triggerLcd(int nSeconds);
+    void triggerLcd(int seconds);
 
 public Q_SLOTS:
     void doProgressBar();
@@ -60,8 +58,8 @@ public Q_SLOTS:
     void inputEventDirChanged(const QString &path);
 
 protected:
-    void keyPressEvent(QKeyEvent *pEvent) override;
-    void changeEvent(QEvent *pEvent) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     // Construction
@@ -73,7 +71,7 @@ private:
     // Steps of the tick
     void showWhileStopped();
     void showWhileRunning();
-    void handleCalibrationRequest();
+    void handleFirstStatus();
     void showCalibrationMessage();
     void runConfiguration();
     void startRestartCountdown();
@@ -82,36 +80,21 @@ private:
     void showRestartText();
     void scheduleNextTick();
     void showFullScreenOnce();
-    void showPage(QWidget *pPage);
+    void showPage(QWidget *page);
     void focusConfigButton();
 
-    // Device status
-    void fitTexts(std::initializer_list<QLabel *> labels);
-    QFont formFont(const QLabel *pLabel);
-
-    // Input devices
-    void detectTouchType();
-
     std::unique_ptr<Ui::MainWindow> pUi;
-    QHash<const QLabel *, QFont> formFonts; // before a text was fitted into its width
+    std::unique_ptr<PreviewTexts> pPreviewTexts;
     std::unique_ptr<QTimer> pProgressTimer;
     std::unique_ptr<QTimer> pVisibilityTimer;
     std::unique_ptr<QTimer> pRestartTimer;
     QTimer *pScreenshotTimer = nullptr; // child of the window
-    std::unique_ptr<CalibrationPage> pCalibrationPage;
+    std::unique_ptr<CalibrationRequests> pCalibrationRequests;
     KeyboardWatcher *pKeyboardWatcher = nullptr; // child of the window
     RestartSequence *pRestart = nullptr; // child of the window
-    RequestFile calibrationRequest;
     ScreenshotRequest screenshotRequest;
     RuntimeLink runtimeLink;
     std::optional<PlcStatus> plcStatus; // read over the present link
-    QString sIpShown; // address of the interface shown, empty when none is
-    QString appName; // as shown
-    QString loadedName; // as the runtime reports it
     int nRestartSeconds = 10;
-    bool bCheckCalMessage = true; // due at the first good status
-    bool bKeepVisible = false; // stay on the screen although the PLC runs
-    bool bConfigRequested = false;
-    bool bNoCalibration = false;
-    bool bRestartPending = false;
+    WindowPhase phase;
 };

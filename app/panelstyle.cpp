@@ -14,9 +14,9 @@ constexpr int BusyChunkDivisor = 4; // the moving piece takes this part of the b
 constexpr qsizetype MostPalettes = 8;
 
 // Where the piece stands: it goes to the right end and back.
-QRect busyChunk(const QRect &bar, int nValue)
+QRect busyChunk(const QRect &bar, int value)
 {
-    const int nPhase = qMax(0, nValue) % (2 * BusySteps);
+    const int nPhase = qMax(0, value) % (2 * BusySteps);
     const int nStep = nPhase <= BusySteps ? nPhase : 2 * BusySteps - nPhase;
     const int nWidth = qMax(1, bar.width() / BusyChunkDivisor);
     const int nLeft = bar.left() + (bar.width() - nWidth) * nStep / BusySteps;
@@ -28,26 +28,26 @@ QRect busyChunk(const QRect &bar, int nValue)
 PanelStyle::PanelStyle() : QProxyStyle(QStringLiteral("Fusion"))
 { }
 
-void PanelStyle::polish(QWidget *pWidget)
+void PanelStyle::polish(QWidget *widget)
 {
-    QProxyStyle::polish(pWidget);
-    if (qobject_cast<QAbstractButton *>(pWidget)) {
-        pWidget->setAttribute(Qt::WA_Hover, false); // nothing to repaint
+    QProxyStyle::polish(widget);
+    if (qobject_cast<QAbstractButton *>(widget)) {
+        widget->setAttribute(Qt::WA_Hover, false); // nothing to repaint
     }
 }
 
-void PanelStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *pOption,
-                               QPainter *pPainter, const QWidget *pWidget) const
+void PanelStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option,
+                               QPainter *painter, const QWidget *widget) const
 {
-    const auto *pButton = qstyleoption_cast<const QStyleOptionButton *>(pOption);
+    const auto *pButton = qstyleoption_cast<const QStyleOptionButton *>(option);
     if (!pButton || element != PE_PanelButtonCommand) {
-        QProxyStyle::drawPrimitive(element, pOption, pPainter, pWidget);
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
         return;
     }
     QStyleOptionButton button(*pButton);
     button.palette = sharedPalette(pButton->palette);
     button.state &= ~State_MouseOver; // after a touch it would mark a password's last digit
-    QProxyStyle::drawPrimitive(element, &button, pPainter, pWidget);
+    QProxyStyle::drawPrimitive(element, &button, painter, widget);
 }
 
 // The palette of the same colours that was seen first. Fusion keeps the picture of a button under
@@ -67,19 +67,19 @@ QPalette PanelStyle::sharedPalette(const QPalette &palette) const
     return shared;
 }
 
-void PanelStyle::drawControl(ControlElement element, const QStyleOption *pOption,
-                             QPainter *pPainter, const QWidget *pWidget) const
+void PanelStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                             const QWidget *widget) const
 {
-    const auto *pBar = qstyleoption_cast<const QStyleOptionProgressBar *>(pOption);
+    const auto *pBar = qstyleoption_cast<const QStyleOptionProgressBar *>(option);
     const bool bBusy = pBar && pBar->minimum == 0 && pBar->maximum == 0;
     if (bBusy && element == CE_ProgressBarGroove) {
         // Plain rectangles: Fusion's blended lines keep several threads at work for each frame.
-        pPainter->fillRect(pBar->rect, pBar->palette.color(QPalette::Dark));
-        pPainter->fillRect(pBar->rect.adjusted(1, 1, -1, -1), pBar->palette.color(QPalette::Base));
+        painter->fillRect(pBar->rect, pBar->palette.color(QPalette::Dark));
+        painter->fillRect(pBar->rect.adjusted(1, 1, -1, -1), pBar->palette.color(QPalette::Base));
     } else if (bBusy && element == CE_ProgressBarContents) {
-        pPainter->fillRect(busyChunk(pBar->rect.adjusted(2, 2, -2, -2), pBar->progress),
-                           pBar->palette.color(QPalette::Highlight));
+        painter->fillRect(busyChunk(pBar->rect.adjusted(2, 2, -2, -2), pBar->progress),
+                          pBar->palette.color(QPalette::Highlight));
     } else {
-        QProxyStyle::drawControl(element, pOption, pPainter, pWidget);
+        QProxyStyle::drawControl(element, option, painter, widget);
     }
 }

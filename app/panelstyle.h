@@ -15,11 +15,11 @@ public:
     PanelStyle();
 
     using QProxyStyle::polish;
-    void polish(QWidget *pWidget) override;
-    void drawPrimitive(PrimitiveElement element, const QStyleOption *pOption, QPainter *pPainter,
-                       const QWidget *pWidget) const override;
-    void drawControl(ControlElement element, const QStyleOption *pOption, QPainter *pPainter,
-                     const QWidget *pWidget) const override;
+    void polish(QWidget *widget) override;
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override;
+    void drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                     const QWidget *widget) const override;
 
 private:
     QPalette sharedPalette(const QPalette &palette) const;

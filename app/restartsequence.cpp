@@ -36,8 +36,8 @@ constexpr Transition Transitions[] = {
 
 } // namespace
 
-RestartSequence::RestartSequence(const QString &sProgram, QObject *pParent)
-    : QObject(pParent), sCommand(sProgram)
+RestartSequence::RestartSequence(const QString &command, QObject *parent)
+    : QObject(parent), sCommand(command)
 {
     timer.setSingleShot(true);
     timer.setInterval(Limit);
@@ -105,6 +105,6 @@ void RestartSequence::runCommand()
     // One that is still running, though its time is up, goes on unheard.
     pCommand = std::make_unique<Command>();
     connect(pCommand.get(), &Command::ended, this,
-            [this](int nResult) { handle(nResult == 0 ? Event::Succeeded : Event::Failed); });
+            [this](int result) { handle(result == 0 ? Event::Succeeded : Event::Failed); });
     pCommand->start(sCommand, {});
 }

@@ -30,8 +30,8 @@ public:
     /// How long the command, and then the device's going down, may take.
     static constexpr std::chrono::seconds Limit{120};
 
-    /// \a sCommand: path of the program to run, on this machine.
-    explicit RestartSequence(const QString &sCommand, QObject *pParent = nullptr);
+    /// \a command: path of the program to run, on this machine.
+    explicit RestartSequence(const QString &command, QObject *parent = nullptr);
     /// A command that runs goes on.
     ~RestartSequence() override;
 

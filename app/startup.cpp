@@ -62,9 +62,10 @@ bool loadFonts()
 
 std::unique_ptr<VeltaInfoBox> showFontWarning()
 {
-    auto pBox = std::make_unique<VeltaInfoBox>(QStringLiteral("Error Loading embedded Fonts"),
-                                               FontWarningSeconds, nullptr, false, false);
-    pBox->setWarning(QStringLiteral("Application"));
+    auto pBox = std::make_unique<VeltaInfoBox>(
+        QCoreApplication::translate("Application", "Error Loading embedded Fonts"),
+        FontWarningSeconds, nullptr, false, false);
+    pBox->setWarning(QCoreApplication::translate("Application", "Application"));
     pBox->showBox(false);
     return pBox;
 }

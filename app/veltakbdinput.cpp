@@ -22,21 +22,20 @@ constexpr KeyTranslation KeyTable[] = {
 
 } // namespace
 
-VeltaKbdInput::VeltaKbdInput(QWidget *pTargetWidget) : pTarget(pTargetWidget)
+VeltaKbdInput::VeltaKbdInput(QWidget *target) : pTarget(target)
 { }
 
-bool VeltaKbdInput::handleKey(QKeyEvent *pEvent)
+bool VeltaKbdInput::handleKey(QKeyEvent *event)
 {
     const auto *pRow =
-        std::find_if(std::begin(KeyTable), std::end(KeyTable), [pEvent](const KeyTranslation &row) {
-            return row.nReceived == pEvent->key();
-        });
+        std::find_if(std::begin(KeyTable), std::end(KeyTable),
+                     [event](const KeyTranslation &row) { return row.nReceived == event->key(); });
     QWidget *pReceiver = pTarget ? pTarget.data() : QApplication::activeModalWidget();
     if (!pReceiver) {
         pReceiver = parentWidget();
     }
     if (pRow == std::end(KeyTable) || !pReceiver) {
-        pEvent->ignore();
+        event->ignore();
         return false;
     }
     // The press may destroy the receiver (it may close a dialog): the release then goes nowhere.
@@ -47,6 +46,6 @@ bool VeltaKbdInput::handleKey(QKeyEvent *pEvent)
             QCoreApplication::sendEvent(pGuard, &key);
         }
     }
-    pEvent->accept();
+    event->accept();
     return true;
 }

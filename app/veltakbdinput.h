@@ -12,12 +12,12 @@ class VeltaKbdInput : public QWidget
     Q_OBJECT
 
 public:
-    /// \a pTarget receives the translated keys; it is not owned and may be null.
-    explicit VeltaKbdInput(QWidget *pTarget);
+    /// \a target receives the translated keys; it is not owned and may be null.
+    explicit VeltaKbdInput(QWidget *target);
 
     /// Sends the translated key, pressed and released, before it returns. Returns true and accepts
-    /// \a pEvent when it did, else false and ignores it.
-    bool handleKey(QKeyEvent *pEvent);
+    /// \a event when it did, else false and ignores it.
+    bool handleKey(QKeyEvent *event);
 
 private:
     QPointer<QWidget> pTarget;

@@ -97,9 +97,9 @@ RawPoint touch(const Affine &panel, QPointF finger)
 }
 
 /// The map that takes three touches exactly to three points of the screen.
-Affine threePoints(const PointerCalibrationData &pairs)
+Affine threePoints(const CalibrationPairs &pairs)
 {
-    const auto &r = pairs.devPoints;
+    const auto &r = pairs.devicePoints;
     const auto &s = pairs.screenPoints;
     const double x1 = r[1].x - r[0].x;
     const double y1 = r[1].y - r[0].y;
@@ -165,13 +165,13 @@ void printAccuracy(double noise, const char *goal)
     int nRefused = 0;
     for (int i = 0; i < Panels; ++i) {
         const Affine panel = randomPanel(random);
-        PointerCalibrationData pairs;
+        CalibrationPairs pairs;
         const auto targets = crosshairTargets(ScreenSize);
         for (std::size_t k = 0; k < targets.size(); ++k) {
             const double missX = noise * normal(random);
             const double missY = noise * normal(random);
             pairs.screenPoints[k] = targets[k];
-            pairs.devPoints[k] = touch(panel, QPointF(targets[k]) + QPointF(missX, missY));
+            pairs.devicePoints[k] = touch(panel, QPointF(targets[k]) + QPointF(missX, missY));
         }
         const auto transform = PointerTransform::fit(pairs);
         if (!transform) {
@@ -251,7 +251,7 @@ void printWaiting(int nSeconds)
         qFatal("the touchscreen cannot be opened");
     }
     VeltaCalibrationThread thread;
-    thread.setup(data.touchscreen(), &data.points, 0, 50, 50, QStringLiteral("Top left"));
+    thread.setup(data.touchscreen(), &data.record, 0, 50, 50, QStringLiteral("Top left"));
     thread.start();
     usleep(500000); // it has begun to wait
     const double before = cpuMs();

@@ -11,6 +11,7 @@
 #include "infobox/veltainfobox.h"
 #include "input/veltainputpanel.h"
 #include "input/veltainputpanelcontext.h"
+#include "platform/requestfiles.h"
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
@@ -203,11 +204,11 @@ private:
                 }
             });
         } else if (isAt("calibration") && nEvents % TickEvery == 0) {
-            pRoot->write(QStringLiteral("/tmp/.system/TouchCalibration"), "");
+            pRoot->write(CalibrationRequestFile, "");
             tick();
         } else if (nEvents % TickEvery == 0) {
             if (number(10) == 0) {
-                pRoot->write(QStringLiteral("/tmp/makeScreenshot"), "");
+                pRoot->write(ScreenshotRequestFile, "");
                 post([this] { pWindow->screenshotTimerEvent(); });
             }
             if (!isAt("restart")) {
@@ -391,7 +392,7 @@ private:
         if (bRestarted || isAt("start")) {
             return; // about to restart; or no runtime, no page
         }
-        pRoot->remove(QStringLiteral("/tmp/.system/TouchCalibration"));
+        pRoot->remove(CalibrationRequestFile);
         // A lost link forgets that the wizard was asked for, which would wait for an operator here.
         pRoot->breakFirmware();
         pWindow->controlVisibility();

@@ -13,15 +13,16 @@
 #include <QGuiApplication>
 #include <QHideEvent>
 #include <QScreen>
+#include <QStyle>
 
 namespace {
 
 /// Pixels that the frame of the group box takes from the width inside, with some to spare.
 constexpr int GroupBoxFrame = 8;
 
-int horizontalMargins(const QLayout *pLayout)
+int horizontalMargins(const QLayout *layout)
 {
-    return pLayout->contentsMargins().left() + pLayout->contentsMargins().right();
+    return layout->contentsMargins().left() + layout->contentsMargins().right();
 }
 
 } // namespace
@@ -70,9 +71,27 @@ void CalibrationPage::adaptToScreen()
         - GroupBoxFrame;
     const QFont common = pForm->groupBox->font();
     pForm->groupBox->setFont(fittedFont(common, pForm->groupBox->title(), width));
+    fitButtons(width - horizontalMargins(pForm->verticalLayout_3));
     fitAcceptText(width - horizontalMargins(pForm->verticalLayout_3)
                       - pForm->horizontalLayout_2->spacing() - pForm->acceptTimeout->minimumWidth(),
                   screen.height());
+}
+
+// All three alike, and with room for the count-down that the first one shows.
+void CalibrationPage::fitButtons(int width)
+{
+    QPushButton *const buttons[] = {pForm->startCalibrationButton, pForm->acceptCalibrationButton,
+                                    pForm->cancelCalibrationButton};
+    const int padding = 2 * style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, this);
+    QFont fitted = buttons[0]->font();
+    for (const QPushButton *pButton : buttons) {
+        const bool bCounts = pButton == pForm->startCalibrationButton;
+        fitted = fittedFont(fitted, pButton->text() + (bCounts ? QLatin1String(" (5)") : QString()),
+                            width - padding);
+    }
+    for (QPushButton *pButton : buttons) {
+        pButton->setFont(fitted);
+    }
 }
 
 // The text takes the height that it needs, so that the buttons are as high as can be; where they
@@ -132,13 +151,13 @@ void CalibrationPage::showCount(int seconds)
     }
 }
 
-void CalibrationPage::setAcceptMode(bool bOn)
+void CalibrationPage::setAcceptMode(bool on)
 {
-    pForm->acceptCalibrationButton->setEnabled(bOn);
-    pForm->startCalibrationButton->setEnabled(!bOn);
-    pForm->cancelCalibrationButton->setEnabled(!bOn);
-    pForm->acceptCalTextEdit->setPlainText(bOn ? acceptText() : QString());
-    pForm->acceptTimeout->setVisible(bOn);
+    pForm->acceptCalibrationButton->setEnabled(on);
+    pForm->startCalibrationButton->setEnabled(!on);
+    pForm->cancelCalibrationButton->setEnabled(!on);
+    pForm->acceptCalTextEdit->setPlainText(on ? acceptText() : QString());
+    pForm->acceptTimeout->setVisible(on);
 }
 
 void CalibrationPage::StartCalibration()
@@ -206,12 +225,12 @@ void CalibrationPage::hideEvent(QHideEvent *event)
     }
 }
 
-void CalibrationPage::setPointerVisible(bool bVisible)
+void CalibrationPage::setPointerVisible(bool visible)
 {
     if (gCursorHidden) {
-        QGuiApplication::changeOverrideCursor(bVisible ? Qt::ArrowCursor : Qt::BlankCursor);
+        QGuiApplication::changeOverrideCursor(visible ? Qt::ArrowCursor : Qt::BlankCursor);
     }
     if (WindowServer *pServer = WindowServer::instance()) {
-        pServer->setCursorVisible(bVisible);
+        pServer->setCursorVisible(visible);
     }
 }

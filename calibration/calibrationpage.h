@@ -51,12 +51,13 @@ protected:
 
 private:
     void adaptToScreen();
+    void fitButtons(int width);
     void fitAcceptText(int width, int screenHeight);
     static QString acceptText();
     void showState();
     void showCount(int seconds);
-    void setAcceptMode(bool bOn);
-    void setPointerVisible(bool bVisible);
+    void setAcceptMode(bool on);
+    void setPointerVisible(bool visible);
 
     std::unique_ptr<Ui::VeltaCalibrationInputForm> pForm;
     CalibrationRun run; ///< a child as well: so a test finds it

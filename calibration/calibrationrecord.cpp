@@ -1,9 +1,8 @@
 #include "calibration/calibrationrecord.h"
 
-namespace {
+#include "platform/screenrotation.h"
 
-/// Distance of the corner crosshairs from the edges, in pixels.
-constexpr int CornerDistance = 50;
+namespace {
 
 /// Which point of the record stands at each place of the pairs, by quarter turns.
 struct PairOrder
@@ -13,20 +12,20 @@ struct PairOrder
     bool bExchangeAxes;
 };
 
-constexpr std::array<PairOrder, 4> PairOrders{{
+constexpr std::array<PairOrder, QuarterTurns> PairOrders{{
     {{0, 1, 2, 3, 4}, {0, 1, 2, 3, 4}, false},
     {{1, 2, 3, 0, 4}, {0, 3, 2, 1, 4}, true},
     {{2, 3, 0, 1, 4}, {0, 1, 2, 3, 4}, false},
     {{3, 0, 1, 2, 4}, {0, 3, 2, 1, 4}, true},
 }};
 
-PointerCalibrationData pairsInOrder(const CalibrationRecord &record, const PairOrder &order)
+CalibrationPairs pairsInOrder(const CalibrationRecord &record, const PairOrder &order)
 {
-    PointerCalibrationData pairs;
+    CalibrationPairs pairs;
     for (std::size_t i = 0; i < CalibrationRecord::PointCount; ++i) {
         const std::size_t device = order.device[i];
         const QPoint screen(record.screenX[order.screen[i]], record.screenY[order.screen[i]]);
-        pairs.devPoints[i] = {record.rawX[device], record.rawY[device]};
+        pairs.devicePoints[i] = {record.rawX[device], record.rawY[device]};
         pairs.screenPoints[i] = order.bExchangeAxes ? screen.transposed() : screen;
     }
     return pairs;
@@ -34,18 +33,7 @@ PointerCalibrationData pairsInOrder(const CalibrationRecord &record, const PairO
 
 } // namespace
 
-std::array<QPoint, CalibrationRecord::PointCount> crosshairTargets(const QSize &size)
+CalibrationPairs pairsOf(const CalibrationRecord &record, int rotation)
 {
-    const int right = size.width() - CornerDistance;
-    const int bottom = size.height() - CornerDistance;
-    return {{{CornerDistance, CornerDistance},
-             {right, CornerDistance},
-             {right, bottom},
-             {CornerDistance, bottom},
-             {size.width() / 2, size.height() / 2}}};
-}
-
-PointerCalibrationData calibrationPairs(const CalibrationRecord &record, int rotation)
-{
-    return pairsInOrder(record, PairOrders[static_cast<std::size_t>(rotation & 3)]);
+    return pairsInOrder(record, PairOrders[static_cast<std::size_t>(rotation % QuarterTurns)]);
 }

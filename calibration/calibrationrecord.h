@@ -1,18 +1,18 @@
 #pragma once
 
-#include "platform/pointercalibrationdata.h"
+#include "platform/calibrationpairs.h"
 
 #include <QPoint>
 #include <QSize>
 
 #include <array>
 
-/// The five points of a calibration in tslib's own layout: where the touchscreen reported each
-/// touch (its raw units) and where the crosshair was (pixels). The coefficients are never used:
-/// the pointer handler computes its own.
+/// What a run has measured at its five points, in tslib's own layout: where the touchscreen
+/// reported each touch (its raw units) and where the crosshair was (pixels). The coefficients are
+/// never used: the pointer handler computes its own.
 struct CalibrationRecord
 {
-    static constexpr int PointCount = 5;
+    static constexpr int PointCount = CalibrationPairs::Count;
 
     std::array<int, PointCount> rawX{};
     std::array<int, PointCount> screenX{};
@@ -23,8 +23,18 @@ struct CalibrationRecord
 
 /// Where a run shows its crosshairs on a screen of \a size pixels: "Top left", "Top right",
 /// "Bot right", "Bot left", "Center".
-std::array<QPoint, CalibrationRecord::PointCount> crosshairTargets(const QSize &size);
+constexpr std::array<QPoint, CalibrationRecord::PointCount> crosshairTargets(const QSize &size)
+{
+    constexpr int Distance = 50; // of the corner crosshairs from the edges
+    const int right = size.width() - Distance;
+    const int bottom = size.height() - Distance;
+    return {{{Distance, Distance},
+             {right, Distance},
+             {right, bottom},
+             {Distance, bottom},
+             {size.width() / 2, size.height() / 2}}};
+}
 
 /// The pairs of \a record, measured on a screen turned by \a rotation quarter turns (0 to 3), in
 /// the order and coordinates of the untransformed screen, which the pointer handler works in.
-PointerCalibrationData calibrationPairs(const CalibrationRecord &record, int rotation);
+CalibrationPairs pairsOf(const CalibrationRecord &record, int rotation);

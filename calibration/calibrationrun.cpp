@@ -38,7 +38,7 @@ CalibrationRun::CalibrationRun(const CalibrationPace &pace, QObject *parent)
 {
     countTimer.setInterval(CountInterval);
     connect(&countTimer, &QTimer::timeout, this, [this] {
-        handle(nState == State::CountingDown ? Event::StartTick : Event::AcceptTick);
+        handle(current == State::CountingDown ? Event::StartTick : Event::AcceptTick);
     });
 }
 
@@ -46,7 +46,7 @@ CalibrationRun::~CalibrationRun()
 {
     blockSignals(true);
     stopSampling();
-    if (isAwaiting(nState)) {
+    if (isAwaiting(current)) {
         data.restoreOldCalibration();
     } else {
         data.settle();
@@ -55,12 +55,12 @@ CalibrationRun::~CalibrationRun()
 
 short CalibrationRun::handle(Event event)
 {
-    const CalibrationStep step = calibrationStep(nState, event);
+    const CalibrationStep step = calibrationStep(current, event);
     if (!step.bMeant) {
         return 0;
     }
-    nState = step.next;
-    if (nState != State::CountingDown && !isAwaiting(nState)) {
+    current = step.next;
+    if (current != State::CountingDown && !isAwaiting(current)) {
         countTimer.stop();
     }
     Q_EMIT stateChanged();
@@ -172,7 +172,7 @@ void CalibrationRun::takePoint(const CalibrationRecord &measured)
 
 void CalibrationRun::endPoint()
 {
-    if (nState != State::Sampling || !thread.isFinished()) {
+    if (current != State::Sampling || !thread.isFinished()) {
         return;
     }
     thread.join();
@@ -181,7 +181,7 @@ void CalibrationRun::endPoint()
         fail(ERR_TS_READ_PRESS);
         return;
     }
-    data.points = *arrived;
+    data.record = *arrived;
     ++nPoints;
     handle(nPoints < CalibrationRecord::PointCount ? Event::PointMeasured : Event::AllMeasured);
 }
@@ -195,7 +195,7 @@ void CalibrationRun::fail(short code)
 
 void CalibrationRun::apply()
 {
-    const short code = data.applyCalibration(data.points);
+    const short code = data.applyCalibration(data.record);
     const short closeCode = data.closeTouchscreen();
     suspension.reset(); // boxes need the pointer
     tellRemountFailures();

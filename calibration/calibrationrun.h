@@ -26,7 +26,7 @@ public:
     explicit CalibrationRun(const CalibrationPace &pace = {}, QObject *parent = nullptr);
     ~CalibrationRun() override;
 
-    CalibrationState state() const { return nState; }
+    CalibrationState state() const { return current; }
 
     /// Does what the table has for \a event now. Returns 0 or the code of the error catalogue with
     /// which that failed.
@@ -79,7 +79,7 @@ private:
     void tellRemountFailures();
     void tell(short code, const QString &text);
 
-    CalibrationState nState = CalibrationState::Idle;
+    CalibrationState current = CalibrationState::Idle;
     int nSeconds = 0; ///< left of a count-down
     QTimer countTimer; ///< a child as well, as the thread: so a test finds it
     TouchCalibrationData data;

@@ -10,9 +10,9 @@
 #include <tslib.h>
 #include <utility>
 
-void TouchCalibrationData::TouchscreenCloser::operator()(tsdev *pDevice) const
+void TouchCalibrationData::TouchscreenCloser::operator()(tsdev *device) const
 {
-    ts_close(pDevice);
+    ts_close(device);
 }
 
 TouchCalibrationData::TouchCalibrationData()
@@ -50,7 +50,7 @@ short TouchCalibrationData::closeTouchscreen()
 
 void TouchCalibrationData::settle()
 {
-    switch (nDebt) {
+    switch (debt) {
     case Debt::None:
         break;
     case Debt::Restore:
@@ -60,7 +60,7 @@ void TouchCalibrationData::settle()
         acceptCalibration();
         break;
     }
-    if (nDebt != Debt::Restore) {
+    if (debt != Debt::Restore) {
         backup.reset();
     }
 }
@@ -85,17 +85,17 @@ short TouchCalibrationData::applyCalibration(const CalibrationRecord &measured)
     short code = makeCalibrationWritable(true);
     bStored = false;
     if (code == 0) {
-        code = pServer ? store(*pServer, calibrationPairs(measured, nRotation)) : short(0);
+        code = pServer ? store(*pServer, pairsOf(measured, nRotation)) : short(0);
         bStored = code == 0;
-        nDebt = bStored ? Debt::None : nDebt;
+        debt = bStored ? Debt::None : debt;
     } else {
         // The pointer's calibration is cleared, and nothing has come in its place.
-        nDebt = Debt::Restore;
+        debt = Debt::Restore;
     }
     return protectCalibration(code);
 }
 
-short TouchCalibrationData::store(WindowServer &server, const PointerCalibrationData &pairs) const
+short TouchCalibrationData::store(WindowServer &server, const CalibrationPairs &pairs) const
 {
     switch (server.calibrate(pairs, *backup)) {
     case CalibrationOutcome::Stored:
@@ -119,7 +119,7 @@ short TouchCalibrationData::restoreOldCalibration()
     makeCalibrationWritable(false);
     // The note of a calibration that was accepted before, but whose note would not go, is still
     // due.
-    nDebt = !bRestored                            ? Debt::Restore
+    debt = !bRestored                             ? Debt::Restore
         : WindowServer::isCalibrationUnaccepted() ? Debt::Accept
                                                   : Debt::None;
     if (!bRestored) {
@@ -132,23 +132,22 @@ short TouchCalibrationData::restoreOldCalibration()
 short TouchCalibrationData::acceptCalibration()
 {
     // A note of an earlier start may be there all the same, which nobody has accepted.
-    const bool bToDo =
-        nDebt == Debt::Accept || (bStored && WindowServer::isCalibrationUnaccepted());
-    if (!bToDo || nDebt == Debt::Restore) {
+    const bool bToDo = debt == Debt::Accept || (bStored && WindowServer::isCalibrationUnaccepted());
+    if (!bToDo || debt == Debt::Restore) {
         return 0; // nothing has been stored, or nothing by the last run
     }
     short code = makeCalibrationWritable(true);
     const bool bAccepted = WindowServer::acceptCalibration();
-    nDebt = bAccepted ? Debt::None : Debt::Accept;
+    debt = bAccepted ? Debt::None : Debt::Accept;
     if (!bAccepted && code == 0) {
         code = ERR_FILE_ERASE;
     }
     return protectCalibration(code);
 }
 
-short TouchCalibrationData::makeCalibrationWritable(bool bWritable)
+short TouchCalibrationData::makeCalibrationWritable(bool writable)
 {
-    if (bWritable) {
+    if (writable) {
         directory.emplace();
         if (directory->isReady()) {
             return 0;

@@ -11,8 +11,9 @@
 class WindowServer;
 struct tsdev;
 
-/// What a calibration run works on and leaves behind: the measured points, the open touchscreen,
-/// the calibration that was in force before, and the way to the window server's pointer handler.
+/// What a calibration run works on and leaves behind: the record of the measured points, the open
+/// touchscreen, the calibration that was in force before, and the way to the window server's
+/// pointer handler.
 ///
 /// GUI thread only; the sampling thread gets the touchscreen handle alone. Operations return 0 or
 /// a negative code of the error catalogue, and tell nobody else.
@@ -40,11 +41,11 @@ public:
     /// Keeps the calibration in force. A backup that is already held stays (and the result is a
     /// warning code).
     short backupCalibration();
-    /// Puts the points \a measured in a run in force and into the pointer calibration file, whose
+    /// Puts the record \a measured in a run in force and into the pointer calibration file, whose
     /// directory is made writable for that moment if it is not. Until acceptCalibration() the next
     /// start of the program goes back to the backup.
     ///
-    /// Points that are refused (ERR_CAL_CORRUPT) or cannot be stored (ERR_FILE_WRITE) leave pointer
+    /// Pairs that are refused (ERR_CAL_CORRUPT) or cannot be stored (ERR_FILE_WRITE) leave pointer
     /// and file as before. Where the directory cannot be remounted (RemountFailed) they leave the
     /// pointer without calibration and the file as before.
     short applyCalibration(const CalibrationRecord &measured);
@@ -57,7 +58,7 @@ public:
     /// to do is no failure.
     short acceptCalibration();
     /// Makes the directory of the pointer calibration file writable, or as it was before.
-    short makeCalibrationWritable(bool bWritable);
+    short makeCalibrationWritable(bool writable);
     /// Result of a remount that could not run; see takeRemountFailures().
     static constexpr short RemountFailed = -1;
     /// ERR_REMOUNT_CAL or ERR_REMOUNT_PROTECT for each failure since the last call, in order.
@@ -65,12 +66,12 @@ public:
 
     int nScreenWidth = 0; ///< pixels, set at the start of a run
     int nScreenHeight = 0; ///< pixels, set at the start of a run
-    CalibrationRecord points; ///< measured in this run
+    CalibrationRecord record; ///< measured in this run
 
 private:
     struct TouchscreenCloser
     {
-        void operator()(tsdev *pDevice) const;
+        void operator()(tsdev *device) const;
     };
     /// What is still to be done, as it has failed.
     enum class Debt {
@@ -79,13 +80,13 @@ private:
         Accept ///< the operator has accepted, and the next start would not know
     };
 
-    short store(WindowServer &server, const PointerCalibrationData &pairs) const;
+    short store(WindowServer &server, const CalibrationPairs &pairs) const;
     short protectCalibration(short code);
 
     std::unique_ptr<tsdev, TouchscreenCloser> pTouchscreen;
     std::optional<SavedCalibration> backup;
     bool bStored = false; ///< by the last run
-    Debt nDebt = Debt::None;
+    Debt debt = Debt::None;
     std::optional<CalibrationDirectory> directory; ///< while it is to be writable
     std::vector<short> remountFailures;
     int nRotation; ///< quarter turns of the screen, 0 to 3

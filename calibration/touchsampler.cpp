@@ -29,8 +29,8 @@ void makeNonBlocking(int descriptor)
 
 } // namespace
 
-TouchSampler::TouchSampler(int nLimit)
-    : nStopEvent(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), nFruitlessLimit(nLimit)
+TouchSampler::TouchSampler(int fruitlessReads)
+    : nStopEvent(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), nFruitlessLimit(fruitlessReads)
 { }
 
 TouchSampler::~TouchSampler()
@@ -40,13 +40,13 @@ TouchSampler::~TouchSampler()
     }
 }
 
-TouchSampler::Result TouchSampler::read(tsdev *pTouchscreen, ts_sample *pSample) const
+TouchSampler::Result TouchSampler::read(tsdev *touchscreen, ts_sample *sample) const
 {
     // Without the event the thread could never be stopped; do not begin to wait.
-    if (!pTouchscreen || nStopEvent < 0) {
+    if (!touchscreen || nStopEvent < 0) {
         return Result::Failed;
     }
-    const int device = ts_fd(pTouchscreen);
+    const int device = ts_fd(touchscreen);
     makeNonBlocking(device);
     int nFruitless = 0;
     for (;;) {
@@ -63,7 +63,7 @@ TouchSampler::Result TouchSampler::read(tsdev *pTouchscreen, ts_sample *pSample)
             return Result::Stopped;
         }
         errno = 0;
-        const int result = ts_read_raw(pTouchscreen, pSample, 1);
+        const int result = ts_read_raw(touchscreen, sample, 1);
         if (result > 0) {
             return Result::Sample;
         }

@@ -18,15 +18,15 @@ public:
 
     /// About five seconds of a device that has data but no sample.
     static constexpr int FruitlessReads = 500;
-    /// \a nFruitlessReads: see read().
-    explicit TouchSampler(int nFruitlessReads = FruitlessReads);
+    /// \a fruitlessReads: see read().
+    explicit TouchSampler(int fruitlessReads = FruitlessReads);
     ~TouchSampler();
     TouchSampler(const TouchSampler &) = delete;
     TouchSampler &operator=(const TouchSampler &) = delete;
 
-    /// Waits for the next sample of \a pTouchscreen, as long as it takes. It counts as failed when
+    /// Waits for the next sample of \a touchscreen, as long as it takes. It counts as failed when
     /// it has data nFruitlessReads times in a row, 10 ms apart, but no sample in them.
-    Result read(tsdev *pTouchscreen, ts_sample *pSample) const;
+    Result read(tsdev *touchscreen, ts_sample *sample) const;
     /// Waits for \a time. Returns false at once when stop() is or was called.
     bool pause(std::chrono::milliseconds time) const;
 

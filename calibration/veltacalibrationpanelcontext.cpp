@@ -17,8 +17,8 @@ constexpr quint8 RestoredBoxSeconds = 5;
 
 } // namespace
 
-VeltaCalibrationPanelContext::VeltaCalibrationPanelContext(CalibrationRun *run, QWidget *pPage)
-    : QWidget(pPage), pRun(run), pPanel(std::make_unique<VeltaCalibrationPanel>(pRun, this))
+VeltaCalibrationPanelContext::VeltaCalibrationPanelContext(CalibrationRun *run, QWidget *page)
+    : QWidget(page), pRun(run), pPanel(std::make_unique<VeltaCalibrationPanel>(pRun, this))
 {
     pPanel->setAttribute(Qt::WA_InputMethodEnabled);
     setWindowFlags(Qt::Window | Qt::X11BypassWindowManagerHint | Qt::FramelessWindowHint

@@ -14,9 +14,9 @@ class VeltaCalibrationPanelContext : public QWidget
     Q_OBJECT
 
 public:
-    /// Shows \a run, which is not owned and outlives this. \a pPage becomes the parent; the
+    /// Shows \a run, which is not owned and outlives this. \a page becomes the parent; the
     /// window stays a window of its own.
-    VeltaCalibrationPanelContext(CalibrationRun *run, QWidget *pPage);
+    VeltaCalibrationPanelContext(CalibrationRun *run, QWidget *page);
     ~VeltaCalibrationPanelContext() override;
 
 Q_SIGNALS:

@@ -131,7 +131,7 @@ void VeltaCalibrationThread::showTarget(Qt::GlobalColor colour)
     Q_EMIT updateScreenpos(nTargetX, nTargetY, colour);
 }
 
-short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *pRawX, int *pRawY)
+short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *rawX, int *rawY)
 {
     using Result = TouchSampler::Result;
     std::array<ts_sample, SampleSlots> samples{};
@@ -170,8 +170,8 @@ short VeltaCalibrationThread::getxy(tsdev *touchscreen, int *pRawX, int *pRawY)
                        return RawPoint{sample.x, sample.y};
                    });
     const RawPoint position = medianPosition(std::span(points).first(n));
-    *pRawX = position.x;
-    *pRawY = position.y;
+    *rawX = position.x;
+    *rawY = position.y;
 
     if (reference != RawPoint() && isSamePlace(reference, position, nTolerance)) {
         showTarget(Qt::red);

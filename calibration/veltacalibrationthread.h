@@ -43,7 +43,7 @@ public:
 
     /// Samples one touch. Returns 0 with its raw position, an error code of errorCalThread(), or
     /// PointStopped. Called on the sampling thread.
-    short getxy(tsdev *touchscreen, int *pRawX, int *pRawY);
+    short getxy(tsdev *touchscreen, int *rawX, int *rawY);
     static constexpr short PointStopped = 1;
 
 Q_SIGNALS:

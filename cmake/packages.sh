@@ -3,7 +3,7 @@
 
 # What it takes to build the panel and run it on a simulated device.
 BuildPackages=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-base-private-dev
-    libgl-dev libts-dev ttf-bitstream-vera)
+    libgl-dev libts-dev qt6-l10n-tools ttf-bitstream-vera)
 # What the tests need besides.
 TestPackages=(libts-bin)
 # What it takes to make the Debian packages, for this machine and for ARM.

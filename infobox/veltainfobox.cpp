@@ -29,7 +29,6 @@ constexpr int FontPointSize = 8;
 constexpr int FrameWidth = 1;
 constexpr int FrameSpacing = 2;
 constexpr int TitlePadding = 4;
-constexpr int ButtonHeight = 30; // pixels, for a finger
 
 /// Characters per line, by the screen class.
 struct LineLengths
@@ -139,7 +138,7 @@ VeltaInfoBox::VeltaInfoBox(const QString &text, quint8 countdown, QWidget *owner
 VeltaInfoBox::VeltaInfoBox(qint16 code, const QString &text, const QString &buttonText,
                            quint8 countdown, QWidget *owner, bool showNow, bool modal)
     : nCountdown(std::min(countdown, MaxCountdown)), nCode(code),
-      nKind(code == 0 ? Kind::Information : Kind::Error), sText(text), sButtonText(buttonText),
+      kind(code == 0 ? Kind::Information : Kind::Error), sText(text), sButtonText(buttonText),
       pDialog(std::make_unique<QDialog>()), pOwner(owner), pUtils(std::make_unique<VeltaUtils>())
 {
     pFrame = new QFrame(pDialog.get());
@@ -159,7 +158,7 @@ VeltaInfoBox::~VeltaInfoBox()
 
 void VeltaInfoBox::setWarning(const QString &title)
 {
-    nKind = Kind::Warning;
+    kind = Kind::Warning;
     sTitle = title;
 }
 
@@ -231,7 +230,7 @@ void VeltaInfoBox::prepareMessage()
     } else {
         prefix = tr("Warning %1: ");
         pMessageBox->setWindowTitle(tr("<center>Warning</center>"));
-        nKind = Kind::Warning;
+        kind = Kind::Warning;
     }
     setMessage(prefix.arg(nCode) + InfoText::compose(errorText(*pEntry), sText),
                MessageLine.forClass(nResIndex));
@@ -254,7 +253,7 @@ void VeltaInfoBox::prepareInformation()
                                     ? tr("<center>Information</center>")
                                     : QStringLiteral("<center>%1</center>").arg(sTitle));
     setMessage(sText, InformationLine.forClass(nResIndex));
-    pMessageBox->setIcon(nKind == Kind::Warning ? QMessageBox::Warning : QMessageBox::Information);
+    pMessageBox->setIcon(kind == Kind::Warning ? QMessageBox::Warning : QMessageBox::Information);
     pMessageBox->setStandardButtons(QMessageBox::Ok);
     pMessageBox->setDefaultButton(QMessageBox::Ok);
     scaleToScreen();
@@ -296,7 +295,7 @@ void VeltaInfoBox::scaleToScreen()
         pUtils->scaleFont(pButton, nResIndex);
         nButtonPoints = pButton->font().pointSize();
         pUtils->scaleWidth(pButton, false);
-        pButton->setMinimumHeight(ButtonHeight);
+        pButton->setMinimumHeight(LeastButtonHeight);
     }
 }
 
@@ -346,7 +345,7 @@ void VeltaInfoBox::buildBox()
     const QString title = pMessageBox->windowTitle();
     pTitleLabel->setAutoFillBackground(true);
     pTitleLabel->setStyleSheet(QStringLiteral("* { background-color: %1; color: white }")
-                                   .arg(TitleColours[static_cast<int>(nKind)]));
+                                   .arg(TitleColours[static_cast<int>(kind)]));
     pTitleLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     pTitleLabel->setText(title.startsWith(QLatin1Char(' ')) ? title : QLatin1Char(' ') + title);
 
@@ -386,11 +385,11 @@ void VeltaInfoBox::presentDialog()
 
 QSize VeltaInfoBox::setLayout(int fontSize, int lineLength)
 {
-    const auto resize = [](QWidget *pWidget, int points) {
-        QFont font = pWidget->font();
+    const auto resize = [](QWidget *widget, int points) {
+        QFont font = widget->font();
         if (font.pointSize() != points) {
             font.setPointSize(points);
-            pWidget->setFont(font);
+            widget->setFont(font);
         }
     };
     resize(pMessageBox, fontSize);

@@ -80,7 +80,7 @@ private:
     qint16 nScreenW = 0;
     qint16 nScreenH = 0;
     qint16 nCode = 0;
-    Kind nKind = Kind::Error;
+    Kind kind = Kind::Error;
     QString sTitle; // of an information box; empty: the usual one
     QString sText;
     QString sButtonText;

@@ -57,6 +57,14 @@ constexpr KeySpec space(const char *name, KeyStyle style, const char *label, int
     return {name, style, KeyAction::Character, label, u" ", row, column, 1};
 }
 
+/// The alphanumeric pad has less room for it than the others.
+struct NarrowLabel
+{
+    const char *pText;
+    const char *pComment;
+};
+constexpr NarrowLabel NarrowCancel = QT_TRANSLATE_NOOP3("VeltaInputPanel", "Cancel", "narrow key");
+
 // clang-format off
 constexpr KeySpec Keys[] = {
     character("panelButton_h0", KeyStyle::HexKey, u"0", 0, 0),
@@ -139,7 +147,7 @@ constexpr KeySpec Keys[] = {
     special("panelButton_aright", KeyStyle::AlphaSpecial, KeyAction::Right, "->", 5, 2),
     special("panelButton_abackspace", KeyStyle::AlphaSpecial, KeyAction::Backspace, "<--", 1, 0),
     special("panelButton_aMode", KeyStyle::AlphaSpecial, KeyAction::Mode, "aA#", 2, 0),
-    special("panelButton_acancel", KeyStyle::AlphaCancel, KeyAction::Cancel, QT_TRANSLATE_NOOP("VeltaInputPanel", "Cancel"), 3, 0),
+    special("panelButton_acancel", KeyStyle::AlphaCancel, KeyAction::Cancel, NarrowCancel.pText, 3, 0),
     special("panelButton_aok", KeyStyle::AlphaSpecial, KeyAction::Ok, QT_TRANSLATE_NOOP("VeltaInputPanel", "OK"), 4, 0),
 };
 // clang-format on
@@ -154,7 +162,7 @@ std::span<const InputModeSpec> inputModes()
 InputMode inputModeFromName(const QString &name)
 {
     const auto found = std::find_if(Modes.begin(), Modes.end(), [&name](const auto &mode) {
-        return name == QLatin1String(mode.name);
+        return name == QLatin1String(mode.pName);
     });
     return found == Modes.end() ? NumInput
                                 : static_cast<InputMode>(std::distance(Modes.begin(), found));
@@ -181,8 +189,10 @@ QChar KeySpec::value(int level) const
 
 QString KeySpec::text(int level) const
 {
-    if (label) {
-        return QCoreApplication::translate("VeltaInputPanel", label);
+    if (pLabel) {
+        const bool bNarrow = style == KeyStyle::AlphaCancel;
+        return QCoreApplication::translate("VeltaInputPanel", pLabel,
+                                           bNarrow ? NarrowCancel.pComment : nullptr);
     }
     const QChar character = value(level);
     if (character.isNull()) {

@@ -13,7 +13,7 @@ enum class KeyPad { Hex, Num, AlphaNum };
 
 struct InputModeSpec
 {
-    const char *name; ///< what a field's What's-This text says
+    const char *pName; ///< what a field's What's-This text says
     KeyPad pad;
     bool bPassword; ///< hides what is typed and may run a count-down
 };
@@ -53,10 +53,10 @@ const KeyStyleSpec &keyStyle(KeyStyle style);
 
 struct KeySpec
 {
-    const char *name; ///< object name of the button
+    const char *pName; ///< object name of the button
     KeyStyle style;
     KeyAction action;
-    const char *label; ///< translatable; nullptr: the value is the label
+    const char *pLabel; ///< translatable; nullptr: the value is the label
     /// The character of each shift level. One character: the same at every level. Two: nothing at
     /// the last one.
     std::u16string_view values;

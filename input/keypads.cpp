@@ -101,7 +101,7 @@ KeyPads::~KeyPads() = default;
 void KeyPads::createKey(const KeySpec &spec)
 {
     auto *pButton = new QPushButton(page(spec.pad()));
-    pButton->setObjectName(QLatin1String(spec.name));
+    pButton->setObjectName(QLatin1String(spec.pName));
     if (spec.action == KeyAction::Backspace || isCursorKey(spec.action)) {
         pButton->setAutoRepeat(true);
         pButton->setAutoRepeatDelay(int(KeyRepeat::First.count()));
@@ -164,13 +164,13 @@ void KeyPads::release()
     }
 }
 
-void KeyPads::scaleFonts(const QFont &font, VeltaUtils *utils, int resolutionIndex)
+void KeyPads::scaleFonts(const QFont &font, VeltaUtils *utils, int screenClass)
 {
     for (Key &key : keys) {
         QFont keyFont = font;
         keyFont.setPointSize(key.pSpec->look().nPointSize);
         key.pButton->setFont(keyFont);
-        utils->scaleFont(key.pButton, resolutionIndex);
+        utils->scaleFont(key.pButton, screenClass);
         key.scaledFont = key.pButton->font();
     }
 }

@@ -37,8 +37,8 @@ public:
     ~KeyPads() override;
 
     /// Gives each key \a font in the size of its style, scaled to the screen class
-    /// \a resolutionIndex.
-    void scaleFonts(const QFont &font, VeltaUtils *utils, int resolutionIndex);
+    /// \a screenClass.
+    void scaleFonts(const QFont &font, VeltaUtils *utils, int screenClass);
     /// Gives the focused key a grey background; the mode key only with \a modeKeyToo.
     void highlightFocus(bool modeKeyToo);
     /// Shares \a area among the keys of \a pad, below an empty row \a headroom high (pixels).

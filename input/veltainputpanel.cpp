@@ -52,7 +52,7 @@ VeltaInputPanel::VeltaInputPanel(QWidget *parent, bool highlightFocus, const QSt
     connectAll();
     scaleFonts();
     if (highlightFocus) {
-        pPads->highlightFocus(mode == QLatin1String(inputModes()[AlphaNumInput].name));
+        pPads->highlightFocus(mode == QLatin1String(inputModes()[AlphaNumInput].pName));
     }
     // The count-down label takes its share of the head row before the row is laid out.
     pForm->timeoutLabel->setVisible(countdown.isUsed());
@@ -86,12 +86,12 @@ void VeltaInputPanel::connectAll()
 void VeltaInputPanel::scaleFonts()
 {
     const QSize screen = QGuiApplication::primaryScreen()->geometry().size();
-    const int resolution = VeltaUtils::resolutionIndex(screen.width(), screen.height());
-    pPads->scaleFonts(font(), &fontScaler, resolution);
+    const int screenClass = VeltaUtils::resolutionIndex(screen.width(), screen.height());
+    pPads->scaleFonts(font(), &fontScaler, screenClass);
     for (QWidget *pWidget :
          {static_cast<QWidget *>(pForm->panelLineEdit), static_cast<QWidget *>(pForm->panelLabel),
           static_cast<QWidget *>(pForm->timeoutLabel)}) {
-        fontScaler.scaleFont(pWidget, resolution);
+        fontScaler.scaleFont(pWidget, screenClass);
     }
     captionFont = pForm->panelLabel->font();
     timeoutFont = pForm->timeoutLabel->font();

@@ -62,7 +62,7 @@ bool CalibrationNote::isUnreadable() const
         && readRegularFile(sPath, Links::Refuse, SizeLimit).state == FileContent::Unreadable;
 }
 
-std::optional<CalibrationNote::Record> CalibrationNote::read() const
+std::optional<CalibrationNote::Content> CalibrationNote::read() const
 {
     const FileContent file = readRegularFile(sPath, Links::Refuse, SizeLimit);
     const qsizetype nLine = file.content.indexOf(LineEnd);
@@ -70,13 +70,13 @@ std::optional<CalibrationNote::Record> CalibrationNote::read() const
     if (file.state != FileContent::Readable || nLine < 0 || words.size() < LeastWords) {
         return std::nullopt;
     }
-    Record record;
-    record.before.content = file.content.mid(nLine + 1);
-    record.written = words.mid(2);
+    Content content;
+    content.before.content = file.content.mid(nLine + 1);
+    content.written = words.mid(2);
     for (std::size_t state = 0; state < StateWords.size(); ++state) {
-        if (words[0] == StateWords[state] && words[1] == digest(record.before.content)) {
-            record.before.state = static_cast<FileContent::State>(state);
-            return record;
+        if (words[0] == StateWords[state] && words[1] == digest(content.before.content)) {
+            content.before.state = static_cast<FileContent::State>(state);
+            return content;
         }
     }
     return std::nullopt;
@@ -97,12 +97,12 @@ bool CalibrationNote::write(const FileContent &before, const QByteArray &written
 
 std::optional<FileContent> CalibrationNote::replacedBy(const FileContent &present) const
 {
-    const auto record = read();
-    if (present.state != FileContent::Readable || !record
-        || !record->written.contains(digest(present.content))) {
+    const auto content = read();
+    if (present.state != FileContent::Readable || !content
+        || !content->written.contains(digest(present.content))) {
         return std::nullopt;
     }
-    return record->before;
+    return content->before;
 }
 
 bool CalibrationNote::remove() const

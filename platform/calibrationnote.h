@@ -36,13 +36,13 @@ public:
     bool remove() const;
 
 private:
-    struct Record
+    struct Content
     {
         FileContent before;
         QList<QByteArray> written; ///< digests
     };
 
-    std::optional<Record> read() const;
+    std::optional<Content> read() const;
 
     QString sPath;
 };

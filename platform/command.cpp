@@ -18,20 +18,20 @@ namespace {
 constexpr auto EndingTime = 5000ms; // for a command that is asked to end, before it is killed
 constexpr auto LookInterval = 50ms; // how late the program's own end is noticed while waiting
 
-/// Lets \a pRunning go on after this program: the destructor of a QProcess would kill it.
-void leaveRunning(QProcess *pRunning)
+/// Lets \a running go on after this program: the destructor of a QProcess would kill it.
+void leaveRunning(QProcess *running)
 {
     static auto &left = *new QSet<QProcess *>;
-    left.insert(pRunning);
-    QObject::connect(pRunning, &QProcess::finished, pRunning, [pRunning] {
-        left.remove(pRunning);
-        pRunning->deleteLater();
+    left.insert(running);
+    QObject::connect(running, &QProcess::finished, running, [running] {
+        left.remove(running);
+        running->deleteLater();
     });
 }
 
 } // namespace
 
-Command::Command(QObject *pParent) : QObject(pParent), pProcess(std::make_unique<QProcess>())
+Command::Command(QObject *parent) : QObject(parent), pProcess(std::make_unique<QProcess>())
 {
     pProcess->setProcessChannelMode(QProcess::ForwardedChannels);
     pProcess->setStandardInputFile(QProcess::nullDevice());
@@ -41,8 +41,8 @@ Command::Command(QObject *pParent) : QObject(pParent), pProcess(std::make_unique
         setpgid(0, 0);
         std::signal(SIGPIPE, SIG_IGN);
     });
-    connect(pProcess.get(), &QProcess::finished, this, [this](int nExitCode) {
-        noteEnd(pProcess->exitStatus() == QProcess::NormalExit ? nExitCode : CommandCrashed);
+    connect(pProcess.get(), &QProcess::finished, this, [this](int exitCode) {
+        noteEnd(pProcess->exitStatus() == QProcess::NormalExit ? exitCode : CommandCrashed);
     });
     connect(pProcess.get(), &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
@@ -70,9 +70,9 @@ bool Command::isRunning() const
     return pProcess->state() != QProcess::NotRunning;
 }
 
-void Command::noteEnd(int nEndResult)
+void Command::noteEnd(int endResult)
 {
-    nResult = nEndResult;
+    nResult = endResult;
     Q_EMIT ended(nResult);
 }
 

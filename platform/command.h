@@ -21,7 +21,7 @@ class Command : public QObject
     Q_OBJECT
 
 public:
-    explicit Command(QObject *pParent = nullptr);
+    explicit Command(QObject *parent = nullptr);
     /// Leaves alone what is still running.
     ~Command() override;
 
@@ -41,10 +41,10 @@ public:
 
 Q_SIGNALS:
     /// It has ended, or could not be started.
-    void ended(int nResult);
+    void ended(int result);
 
 private:
-    void noteEnd(int nEndResult);
+    void noteEnd(int endResult);
 
     std::unique_ptr<QProcess> pProcess;
     int nResult = CommandNotStarted;

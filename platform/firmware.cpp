@@ -22,26 +22,26 @@ constexpr int RouteFound = 1;
 /// The library may read and write a name's buffer up to its full length.
 using NameBuffer = std::array<char, 10>;
 
-NameBuffer interfaceName(int nInterface)
+NameBuffer interfaceName(int interface)
 {
     NameBuffer name{};
-    std::snprintf(name.data(), name.size(), "eth%1d", nInterface);
+    std::snprintf(name.data(), name.size(), "eth%1d", interface);
     return name;
 }
 
-std::optional<QString> askInterface(int nInterface, int (*call)(char *, const char *))
+std::optional<QString> askInterface(int interface, int (*call)(char *, const char *))
 {
     AddressBuffer buffer{};
-    const NameBuffer name = interfaceName(nInterface);
+    const NameBuffer name = interfaceName(interface);
     return call(buffer.data(), name.data()) == 0 ? std::optional(firmwareText(buffer))
                                                  : std::nullopt;
 }
 
 } // namespace
 
-bool Firmware::isInterfacePresent(int nInterface)
+bool Firmware::isInterfacePresent(int interface)
 {
-    switch (nInterface) {
+    switch (interface) {
     case 0:
         return true;
     case 1:
@@ -52,24 +52,24 @@ bool Firmware::isInterfacePresent(int nInterface)
     return false;
 }
 
-std::optional<QString> Firmware::interfaceMode(int nInterface)
+std::optional<QString> Firmware::interfaceMode(int interface)
 {
     constexpr std::array<int (*)(char *), InterfaceCount> Calls{
         sysdb_GetEth0Mode, sysdb_GetEth1Mode, sysdb_GetEth2Mode};
     ModeBuffer buffer{};
-    return Calls[static_cast<std::size_t>(nInterface)](buffer.data()) == 0
+    return Calls[static_cast<std::size_t>(interface)](buffer.data()) == 0
         ? std::optional(firmwareText(buffer))
         : std::nullopt;
 }
 
-std::optional<QString> Firmware::interfaceAddress(int nInterface)
+std::optional<QString> Firmware::interfaceAddress(int interface)
 {
-    return askInterface(nInterface, sysif_GetInterfaceIp);
+    return askInterface(interface, sysif_GetInterfaceIp);
 }
 
-std::optional<QString> Firmware::interfaceNetmask(int nInterface)
+std::optional<QString> Firmware::interfaceNetmask(int interface)
 {
-    return askInterface(nInterface, sysif_GetInterfaceNetmask);
+    return askInterface(interface, sysif_GetInterfaceNetmask);
 }
 
 std::optional<QString> Firmware::defaultGateway()
@@ -85,10 +85,10 @@ std::optional<QString> Firmware::defaultGateway()
     }
 }
 
-std::optional<QString> Firmware::nameServer(int nServer)
+std::optional<QString> Firmware::nameServer(int server)
 {
     AddressBuffer buffer{};
-    const int nResult = (nServer == 0 ? sysnm_GetDNS1 : sysnm_GetDNS2)(buffer.data());
+    const int nResult = (server == 0 ? sysnm_GetDNS1 : sysnm_GetDNS2)(buffer.data());
     return nResult == 0 || nResult == NoNameServer ? std::optional(firmwareText(buffer))
                                                    : std::nullopt;
 }

@@ -18,15 +18,15 @@ namespace Firmware {
 constexpr int InterfaceCount = 3;
 
 /// Interface 0 is always there.
-bool isInterfacePresent(int nInterface);
+bool isInterfacePresent(int interface);
 /// The mode that the interface is configured for, in the library's own words.
-std::optional<QString> interfaceMode(int nInterface);
-std::optional<QString> interfaceAddress(int nInterface);
-std::optional<QString> interfaceNetmask(int nInterface);
+std::optional<QString> interfaceMode(int interface);
+std::optional<QString> interfaceAddress(int interface);
+std::optional<QString> interfaceNetmask(int interface);
 /// The gateway of the default route; "0.0.0.0" when there is no such route.
 std::optional<QString> defaultGateway();
-/// The name server \a nServer, 0 or 1; an empty text when there is none.
-std::optional<QString> nameServer(int nServer);
+/// The name server \a server, 0 or 1; an empty text when there is none.
+std::optional<QString> nameServer(int server);
 
 } // namespace Firmware
 

@@ -12,8 +12,8 @@ constexpr auto Pace = 2000ms;
 
 } // namespace
 
-FolderWatch::FolderWatch(const QString &watchedFolder, QObject *pParent)
-    : QObject(pParent), folder(watchedFolder), watcher(this), timer(this)
+FolderWatch::FolderWatch(const QString &watchedFolder, QObject *parent)
+    : QObject(parent), sFolder(watchedFolder), watcher(this), timer(this)
 {
     timer.setInterval(Pace);
     connect(&timer, &QTimer::timeout, this, &FolderWatch::lookAgain);
@@ -21,15 +21,15 @@ FolderWatch::FolderWatch(const QString &watchedFolder, QObject *pParent)
         // One that is gone is not watched any more, nor is the one that has its name by now.
         watchFolder();
         updateTimer();
-        Q_EMIT changed(folder);
+        Q_EMIT changed(sFolder);
     });
     watchFolder();
     updateTimer();
 }
 
-void FolderWatch::setPolled(bool bOn)
+void FolderWatch::setPolled(bool on)
 {
-    bPolled = bOn;
+    bPolled = on;
     updateTimer();
 }
 
@@ -38,14 +38,14 @@ void FolderWatch::lookAgain()
     const bool bCame = watcher.directories().isEmpty() && watchFolder();
     updateTimer();
     if (bCame || bPolled) {
-        Q_EMIT changed(folder);
+        Q_EMIT changed(sFolder);
     }
 }
 
 bool FolderWatch::watchFolder()
 {
     return !watcher.directories().isEmpty()
-        || (QFileInfo(folder).isDir() && watcher.addPath(folder));
+        || (QFileInfo(sFolder).isDir() && watcher.addPath(sFolder));
 }
 
 void FolderWatch::updateTimer()

@@ -13,11 +13,11 @@ class FolderWatch : public QObject
     Q_OBJECT
 
 public:
-    explicit FolderWatch(const QString &watchedFolder, QObject *pParent = nullptr);
+    explicit FolderWatch(const QString &watchedFolder, QObject *parent = nullptr);
 
-    /// With \a bOn changed() is signalled every 2 s, too, whether or not something happens: for
+    /// With \a on changed() is signalled every 2 s, too, whether or not something happens: for
     /// who waits for what a folder does not tell.
-    void setPolled(bool bOn);
+    void setPolled(bool on);
 
 Q_SIGNALS:
     void changed(const QString &folder);
@@ -27,7 +27,7 @@ private:
     bool watchFolder();
     void updateTimer();
 
-    QString folder;
+    QString sFolder;
     QFileSystemWatcher watcher;
     QTimer timer;
     bool bPolled = false;

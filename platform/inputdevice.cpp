@@ -51,7 +51,7 @@ int openEventDevice(const QString &path)
 DeviceIdentity deviceIdentity(const QString &path)
 {
     DeviceIdentity identity;
-    identity.target = QFileInfo(path).symLinkTarget();
+    identity.sTarget = QFileInfo(path).symLinkTarget();
     if (const auto status = statusOf(path)) {
         identity.nNumber = status->st_rdev;
         identity.nFileSystem = status->st_dev;

@@ -12,7 +12,7 @@
 /// system gives it the same number: its node is another.
 struct DeviceIdentity
 {
-    QString target; ///< of the link at the path, empty where there is none
+    QString sTarget; ///< of the link at the path, empty where there is none
     dev_t nNumber = 0; ///< of the device, 0 when it is none (a FIFO of a simulated one)
     dev_t nFileSystem = 0;
     ino_t nNode = 0; ///< 0: nothing is there

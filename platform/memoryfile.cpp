@@ -9,19 +9,19 @@ namespace {
 
 /// Two contents can come to the same name within one tick of the clock: who keeps what it has read
 /// before (QSettings does) must see from the time that it is another file.
-bool stampAnew(int nFd)
+bool stampAnew(int fd)
 {
     static time_t nStamp = 0;
     const timespec stamp = {++nStamp, 0};
     const timespec stamps[] = {stamp, stamp}; // of access, of change
-    return futimens(nFd, stamps) == 0;
+    return futimens(fd, stamps) == 0;
 }
 
-bool fill(int nFd, const QByteArray &content)
+bool fill(int fd, const QByteArray &content)
 {
     ssize_t nWritten = 0;
     do {
-        nWritten = write(nFd, content.constData(), static_cast<std::size_t>(content.size()));
+        nWritten = write(fd, content.constData(), static_cast<std::size_t>(content.size()));
     } while (nWritten < 0 && errno == EINTR);
     return nWritten == content.size();
 }

@@ -15,9 +15,9 @@ constexpr int QuietRounds = 2;
 class InputFilter : public QObject
 {
 public:
-    bool eventFilter(QObject *, QEvent *pEvent) override
+    bool eventFilter(QObject *, QEvent *event) override
     {
-        const bool bInput = pEvent->isInputEvent() || pEvent->type() == QEvent::Shortcut;
+        const bool bInput = event->isInputEvent() || event->type() == QEvent::Shortcut;
         bSeen = bSeen || bInput;
         return bInput;
     }

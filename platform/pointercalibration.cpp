@@ -149,12 +149,12 @@ bool PointerCalibration::restore(const SavedCalibration &saved)
     return true;
 }
 
-CalibrationOutcome PointerCalibration::calibrate(const PointerCalibrationData &data,
+CalibrationOutcome PointerCalibration::calibrate(const CalibrationPairs &pairs,
                                                  const SavedCalibration &before)
 {
     const auto droppedBefore = std::exchange(dropped, std::nullopt);
     auto outcome = CalibrationOutcome::Degenerate;
-    if (const auto transform = PointerTransform::fit(data)) {
+    if (const auto transform = PointerTransform::fit(pairs)) {
         if (store(transform->toFile(), before.file)) {
             inForce = transform;
             return CalibrationOutcome::Stored;

@@ -8,7 +8,7 @@
 
 #include <optional>
 
-/// What became of measured points.
+/// What became of measured pairs.
 enum class CalibrationOutcome {
     Stored, ///< in force and in the file
     Degenerate, ///< they lie on one line or do not fit; everything is as before
@@ -37,11 +37,10 @@ public:
     /// Brings file and calibration back to what they were at \a saved. False when the file could
     /// not follow: then it is as it was, but \a saved is in force all the same.
     bool restore(const SavedCalibration &saved);
-    /// Computes the calibration from \a data and writes the file. Until accept() or restore() the
+    /// Computes the calibration from \a pairs and writes the file. Until accept() or restore() the
     /// next start goes back to \a before. When nothing is stored, the calibration from before is in
     /// force, which clear() may have dropped.
-    CalibrationOutcome calibrate(const PointerCalibrationData &data,
-                                 const SavedCalibration &before);
+    CalibrationOutcome calibrate(const CalibrationPairs &pairs, const SavedCalibration &before);
     /// A stored calibration stands, and accept() is due.
     static bool isUnaccepted();
     /// Keeps the calibration in the file for good. False when the next start may still take it

@@ -264,10 +264,10 @@ void PointerHandler::clearCalibration()
     reconfigure();
 }
 
-CalibrationOutcome PointerHandler::calibrate(const PointerCalibrationData &data,
+CalibrationOutcome PointerHandler::calibrate(const CalibrationPairs &pairs,
                                              const SavedCalibration &before)
 {
-    const CalibrationOutcome outcome = calibration.calibrate(data, before);
+    const CalibrationOutcome outcome = calibration.calibrate(pairs, before);
     reconfigure();
     return outcome;
 }

@@ -59,8 +59,7 @@ public:
     void clearCalibration();
     SavedCalibration saveCalibration() const { return calibration.save(); }
     bool restoreCalibration(const SavedCalibration &saved);
-    CalibrationOutcome calibrate(const PointerCalibrationData &data,
-                                 const SavedCalibration &before);
+    CalibrationOutcome calibrate(const CalibrationPairs &pairs, const SavedCalibration &before);
 
 Q_SIGNALS:
     /// The device has vanished, and touches with it.

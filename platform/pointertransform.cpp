@@ -1,5 +1,7 @@
 #include "platform/pointertransform.h"
 
+#include "platform/screenrotation.h"
+
 #include <QList>
 
 #include <algorithm>
@@ -20,7 +22,7 @@ struct RealPoint
     double x = 0;
     double y = 0;
 };
-using RealPoints = std::array<RealPoint, PointerCalibrationData::PointCount>;
+using RealPoints = std::array<RealPoint, CalibrationPairs::Count>;
 
 template <typename Points>
 RealPoints toReal(const Points &points)
@@ -72,7 +74,7 @@ struct Moments
         }
         const double across =
             determinantNow / ((xx + yy + std::hypot(xx - yy, 2 * xy)) / 2); // lesser eigenvalue
-        return across < LeastSpread * LeastSpread * PointerCalibrationData::PointCount;
+        return across < LeastSpread * LeastSpread * CalibrationPairs::Count;
     }
 
     RealPoint centre;
@@ -88,10 +90,10 @@ bool fitsInt(double value)
 
 } // namespace
 
-std::optional<PointerTransform> PointerTransform::fit(const PointerCalibrationData &data)
+std::optional<PointerTransform> PointerTransform::fit(const CalibrationPairs &pairs)
 {
-    const RealPoints raw = toReal(data.devPoints);
-    const RealPoints screen = toReal(data.screenPoints);
+    const RealPoints raw = toReal(pairs.devicePoints);
+    const RealPoints screen = toReal(pairs.screenPoints);
     const Moments moments(raw);
     if (moments.isOnOneLine() || Moments(screen).isOnOneLine()) {
         return std::nullopt;
@@ -162,7 +164,7 @@ bool PointerTransform::isUsable() const
         qint64(coefficients[A]) * coefficients[E] - qint64(coefficients[B]) * coefficients[D];
     // Besides 0, the divisor -1 traps the processor (with the lowest integer as dividend).
     return determinant != 0 && coefficients[S] != 0 && coefficients[S] != -1 && nRotation >= 0
-        && nRotation <= 3;
+        && nRotation < QuarterTurns;
 }
 
 QByteArray PointerTransform::toFile() const

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/pointercalibrationdata.h"
+#include "platform/calibrationpairs.h"
 
 #include <QByteArray>
 #include <QSize>
@@ -19,7 +19,7 @@ public:
 
     /// The transformation with the least squared error over the five pairs. None when either five
     /// points lie on one line (or nearly so) or when the result does not fit tslib's integers.
-    static std::optional<PointerTransform> fit(const PointerCalibrationData &data);
+    static std::optional<PointerTransform> fit(const CalibrationPairs &pairs);
 
     /// Reads the content of a calibration file: seven integers, which ts_calibrate follows up with
     /// the screen's width, height and rotation. None when tslib could not use it or would divide

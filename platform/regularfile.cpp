@@ -24,7 +24,7 @@ constexpr int PermissionBits = 07777;
 class Descriptor
 {
 public:
-    explicit Descriptor(int nOpened) : nFd(nOpened) { }
+    explicit Descriptor(int opened) : nFd(opened) { }
     ~Descriptor() { close(); }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
@@ -45,11 +45,11 @@ private:
     int nFd;
 };
 
-bool writeAll(int nFd, const QByteArray &content)
+bool writeAll(int fd, const QByteArray &content)
 {
     qsizetype nDone = 0;
     while (nDone < content.size()) {
-        const ssize_t nWritten = write(nFd, content.constData() + nDone,
+        const ssize_t nWritten = write(fd, content.constData() + nDone,
                                        static_cast<std::size_t>(content.size() - nDone));
         if (nWritten < 0 && errno == EINTR) {
             continue;
@@ -63,17 +63,17 @@ bool writeAll(int nFd, const QByteArray &content)
     return true;
 }
 
-FileContent unreadable(int nError)
+FileContent unreadable(int error)
 {
-    return {FileContent::Unreadable, {}, qt_error_string(nError)};
+    return {FileContent::Unreadable, {}, qt_error_string(error)};
 }
 
-FileContent readAll(int nFd, qint64 limit)
+FileContent readAll(int fd, qint64 limit)
 {
     QByteArray content;
     char piece[16384];
     for (;;) {
-        const ssize_t nRead = read(nFd, piece, sizeof(piece));
+        const ssize_t nRead = read(fd, piece, sizeof(piece));
         if (nRead < 0 && errno == EINTR) {
             continue;
         }
@@ -91,10 +91,10 @@ FileContent readAll(int nFd, qint64 limit)
 }
 
 /// Writes, syncs and closes the new file at \a path; unlinks it when that fails.
-bool fillNewFile(int nFd, const QByteArray &path, const QByteArray &content)
+bool fillNewFile(int fd, const QByteArray &path, const QByteArray &content)
 {
-    Descriptor descriptor(nFd);
-    if (writeAll(nFd, content) && fsync(nFd) == 0 && descriptor.close()) {
+    Descriptor descriptor(fd);
+    if (writeAll(fd, content) && fsync(fd) == 0 && descriptor.close()) {
         return true;
     }
     const int nError = errno;

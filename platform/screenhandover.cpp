@@ -18,15 +18,15 @@ constexpr int AfterWindows = Qt::LowEventPriority;
 bool isAnyWindowSeen()
 {
     const QWindowList windows = QGuiApplication::topLevelWindows();
-    return std::any_of(windows.cbegin(), windows.cend(), [](const QWindow *pWindow) {
-        return pWindow->isVisible() && pWindow->isExposed();
+    return std::any_of(windows.cbegin(), windows.cend(), [](const QWindow *window) {
+        return window->isVisible() && window->isExposed();
     });
 }
 
 } // namespace
 
-ScreenHandover::ScreenHandover(QObject *pScreen, QObject *pParent)
-    : QObject(pParent), pComposing(pScreen)
+ScreenHandover::ScreenHandover(QObject *screen, QObject *parent)
+    : QObject(parent), pComposing(screen)
 {
     QCoreApplication::instance()->installEventFilter(this);
 }
@@ -38,18 +38,18 @@ QObject *ScreenHandover::compositor()
     return pObject && pObject->inherits("QFbScreen") ? pObject : nullptr;
 }
 
-bool ScreenHandover::eventFilter(QObject *pReceiver, QEvent *pEvent)
+bool ScreenHandover::eventFilter(QObject *receiver, QEvent *event)
 {
-    if (pEvent->type() == QEvent::UpdateRequest && pComposing && pReceiver == pComposing) {
-        return filterUpdate(pEvent);
+    if (event->type() == QEvent::UpdateRequest && pComposing && receiver == pComposing) {
+        return filterUpdate(event);
     }
-    if (pEvent->type() == QEvent::Expose && pReceiver->isWindowType()) {
-        noteExposure(*static_cast<QWindow *>(pReceiver));
+    if (event->type() == QEvent::Expose && receiver->isWindowType()) {
+        noteExposure(*static_cast<QWindow *>(receiver));
     }
     return false;
 }
 
-bool ScreenHandover::filterUpdate(QEvent *pEvent)
+bool ScreenHandover::filterUpdate(QEvent *event)
 {
     if (!isAnyWindowSeen()) {
         bUpdateOwed = true;
@@ -58,7 +58,7 @@ bool ScreenHandover::filterUpdate(QEvent *pEvent)
     if (!bFirstFrame) {
         return false;
     }
-    pComposing->event(pEvent); // writes the screen
+    pComposing->event(event); // writes the screen
     noteFrame();
     return true;
 }
@@ -78,13 +78,13 @@ void ScreenHandover::noteExposure(const QWindow &window)
     }
 }
 
-bool ScreenHandover::event(QEvent *pEvent)
+bool ScreenHandover::event(QEvent *event)
 {
-    if (pEvent->type() == QEvent::UpdateLater) {
+    if (event->type() == QEvent::UpdateLater) {
         noteFrame();
         return true;
     }
-    return QObject::event(pEvent);
+    return QObject::event(event);
 }
 
 void ScreenHandover::noteFrame()

@@ -24,24 +24,24 @@ class ScreenHandover : public QObject
     Q_OBJECT
 
 public:
-    /// \a pScreen: what writes the screen, not owned; null where that is not the platform's screen.
-    explicit ScreenHandover(QObject *pScreen = compositor(), QObject *pParent = nullptr);
+    /// \a screen: what writes the screen, not owned; null where that is not the platform's screen.
+    explicit ScreenHandover(QObject *screen = compositor(), QObject *parent = nullptr);
 
     /// The platform's own screen object, when it puts the windows together itself; else null.
     static QObject *compositor();
 
-    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+    bool eventFilter(QObject *receiver, QEvent *event) override;
 
 Q_SIGNALS:
     /// The first window has been painted and is on the screen.
     void firstFrame();
 
 protected:
-    bool event(QEvent *pEvent) override;
+    bool event(QEvent *event) override;
 
 private:
     void noteExposure(const QWindow &window);
-    bool filterUpdate(QEvent *pEvent);
+    bool filterUpdate(QEvent *event);
     void noteFrame();
 
     QPointer<QObject> pComposing;

@@ -27,8 +27,8 @@ QByteArray platformArgument()
 /// Degrees (90, 180, 270, -90) or quarter turns (0 to 3) as quarter turns.
 int quarterTurns(int rotation)
 {
-    const int turns = std::abs(rotation) > 3 ? rotation / 90 : rotation;
-    return (turns % 4 + 4) % 4;
+    const int turns = std::abs(rotation) < QuarterTurns ? rotation : rotation / QuarterTurnDegrees;
+    return (turns % QuarterTurns + QuarterTurns) % QuarterTurns;
 }
 
 } // namespace

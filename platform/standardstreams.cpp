@@ -20,27 +20,27 @@ void openClosedStreams()
     }
 }
 
-bool mayBlock(int nFd)
+bool mayBlock(int fd)
 {
     struct stat status = {};
-    return fstat(nFd, &status) == 0
+    return fstat(fd, &status) == 0
         && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode)
-            || (S_ISCHR(status.st_mode) && isatty(nFd)));
+            || (S_ISCHR(status.st_mode) && isatty(fd)));
 }
 
-bool lead(int nFd, int nTarget)
+bool lead(int fd, int target)
 {
-    const bool bLed = nTarget >= 0 && dup2(nTarget, nFd) == nFd; // commands inherit it
-    close(nTarget);
+    const bool bLed = target >= 0 && dup2(target, fd) == fd; // commands inherit it
+    close(target);
     return bLed;
 }
 
 /// False where it cannot be opened anew: a socket, a pipe of another user, no /proc.
-bool openAnew(int nFd)
+bool openAnew(int fd)
 {
     char path[32];
-    std::snprintf(path, sizeof(path), "/proc/self/fd/%d", nFd);
-    return lead(nFd, open(path, O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    std::snprintf(path, sizeof(path), "/proc/self/fd/%d", fd);
+    return lead(fd, open(path, O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
 } // namespace

@@ -27,7 +27,7 @@ constexpr int AfterPainting = Qt::LowEventPriority - 1;
 class PaintedEvent : public QEvent
 {
 public:
-    explicit PaintedEvent(int nChange) : QEvent(eventType()), nNumber(nChange) { }
+    explicit PaintedEvent(int change) : QEvent(eventType()), nNumber(change) { }
     static Type eventType()
     {
         static const int nType = registerEventType();
@@ -39,7 +39,7 @@ public:
 
 } // namespace
 
-TapGuard::TapGuard(QObject *pParent, Clock ownClock) : QObject(pParent), clock(std::move(ownClock))
+TapGuard::TapGuard(QObject *parent, Clock ownClock) : QObject(parent), clock(std::move(ownClock))
 {
     const QWindowList windows = QGuiApplication::topLevelWindows();
     for (const QWindow *pWindow : windows) {
@@ -68,17 +68,17 @@ const QPointingDevice *TapGuard::tapDevice()
     return pDevice;
 }
 
-bool TapGuard::eventFilter(QObject *pReceiver, QEvent *pEvent)
+bool TapGuard::eventFilter(QObject *receiver, QEvent *event)
 {
-    if (pEvent->type() == QEvent::ZOrderChange && pReceiver->isWidgetType()) {
-        noteRaise(static_cast<QWidget *>(pReceiver)->windowHandle());
+    if (event->type() == QEvent::ZOrderChange && receiver->isWidgetType()) {
+        noteRaise(static_cast<QWidget *>(receiver)->windowHandle());
         return false;
     }
-    if (!pReceiver->isWindowType()) {
+    if (!receiver->isWindowType()) {
         return false;
     }
-    auto *pWindow = static_cast<QWindow *>(pReceiver);
-    switch (pEvent->type()) {
+    auto *pWindow = static_cast<QWindow *>(receiver);
+    switch (event->type()) {
     case QEvent::Expose:
         noteExposure(pWindow);
         return false;
@@ -90,7 +90,7 @@ bool TapGuard::eventFilter(QObject *pReceiver, QEvent *pEvent)
         noteDeparture(pWindow);
         return false;
     case QEvent::PlatformSurface:
-        if (static_cast<QPlatformSurfaceEvent *>(pEvent)->surfaceEventType()
+        if (static_cast<QPlatformSurfaceEvent *>(event)->surfaceEventType()
             == QPlatformSurfaceEvent::SurfaceAboutToBeDestroyed) {
             noteDeparture(pWindow);
         }
@@ -99,23 +99,23 @@ bool TapGuard::eventFilter(QObject *pReceiver, QEvent *pEvent)
     case QEvent::MouseButtonDblClick:
     case QEvent::MouseMove:
     case QEvent::MouseButtonRelease:
-        return filterMouse(pWindow, static_cast<QMouseEvent *>(pEvent));
+        return filterMouse(pWindow, static_cast<QMouseEvent *>(event));
     case QEvent::TouchBegin:
     case QEvent::TouchUpdate:
     case QEvent::TouchEnd:
     case QEvent::TouchCancel:
-        return filterTouch(pWindow, static_cast<QTouchEvent *>(pEvent));
+        return filterTouch(pWindow, static_cast<QTouchEvent *>(event));
     default:
         return false;
     }
 }
 
-bool TapGuard::event(QEvent *pEvent)
+bool TapGuard::event(QEvent *event)
 {
-    if (pEvent->type() != PaintedEvent::eventType()) {
-        return QObject::event(pEvent);
+    if (event->type() != PaintedEvent::eventType()) {
+        return QObject::event(event);
     }
-    const int nNumber = static_cast<PaintedEvent *>(pEvent)->nNumber;
+    const int nNumber = static_cast<PaintedEvent *>(event)->nNumber;
     for (Change &change : changes) {
         if (!change.painted && change.nNumber <= nNumber) {
             change.painted = clock();
@@ -125,51 +125,51 @@ bool TapGuard::event(QEvent *pEvent)
 }
 
 // The filter sees the event in front of the painting that it causes.
-void TapGuard::noteExposure(QWindow *pWindow)
+void TapGuard::noteExposure(QWindow *window)
 {
-    if (!pWindow->isExposed()) {
-        noteDeparture(pWindow);
-    } else if (pWindow->isTopLevel() && !places.contains(pWindow)) {
-        places.insert(pWindow, pWindow->geometry());
-        addChange(pWindow->geometry(), pWindow);
+    if (!window->isExposed()) {
+        noteDeparture(window);
+    } else if (window->isTopLevel() && !places.contains(window)) {
+        places.insert(window, window->geometry());
+        addChange(window->geometry(), window);
     }
 }
 
-void TapGuard::notePlace(QWindow *pWindow)
+void TapGuard::notePlace(QWindow *window)
 {
-    const auto place = places.find(pWindow);
-    if (place != places.end() && *place != pWindow->geometry()) {
-        addChange(QRegion(*place).xored(pWindow->geometry()) - areaAbove(pWindow), nullptr);
-        *place = pWindow->geometry();
+    const auto place = places.find(window);
+    if (place != places.end() && *place != window->geometry()) {
+        addChange(QRegion(*place).xored(window->geometry()) - areaAbove(window), nullptr);
+        *place = window->geometry();
     }
 }
 
-void TapGuard::noteDeparture(QWindow *pWindow)
+void TapGuard::noteDeparture(QWindow *window)
 {
-    droppedTouches.remove(pWindow);
-    const auto place = places.constFind(pWindow);
+    droppedTouches.remove(window);
+    const auto place = places.constFind(window);
     if (place != places.cend()) {
-        addChange(QRegion(*place) - areaAbove(pWindow), nullptr);
+        addChange(QRegion(*place) - areaAbove(window), nullptr);
         places.erase(place);
     }
     // Another window may get the same address.
-    std::erase_if(changes, [pWindow](const Change &change) { return change.pShown == pWindow; });
+    std::erase_if(changes, [window](const Change &change) { return change.pShown == window; });
 }
 
 // Seen in front of the window stack, which was made first: it still has the order from before.
-void TapGuard::noteRaise(const QWindow *pWindow)
+void TapGuard::noteRaise(const QWindow *window)
 {
-    const auto place = places.constFind(pWindow);
+    const auto place = places.constFind(window);
     if (place != places.cend()) {
-        addChange(areaAbove(pWindow) & *place, pWindow);
+        addChange(areaAbove(window) & *place, window);
     }
 }
 
-QRegion TapGuard::areaAbove(const QWindow *pWindow) const
+QRegion TapGuard::areaAbove(const QWindow *window) const
 {
     const QList<QWidget *> windows = visibleWindows();
-    const auto it = std::find_if(windows.cbegin(), windows.cend(), [pWindow](const QWidget *p) {
-        return p->windowHandle() == pWindow;
+    const auto it = std::find_if(windows.cbegin(), windows.cend(), [window](const QWidget *p) {
+        return p->windowHandle() == window;
     });
     QRegion area;
     for (auto above = it; above != windows.cend(); ++above) {
@@ -180,7 +180,7 @@ QRegion TapGuard::areaAbove(const QWindow *pWindow) const
     return area;
 }
 
-void TapGuard::addChange(const QRegion &area, const QWindow *pShown)
+void TapGuard::addChange(const QRegion &area, const QWindow *shown)
 {
     if (area.isEmpty()) {
         return;
@@ -189,41 +189,41 @@ void TapGuard::addChange(const QRegion &area, const QWindow *pShown)
     std::erase_if(changes, [nOldest](const Change &change) {
         return change.painted && *change.painted < nOldest;
     });
-    changes.push_back({area, pShown, ++nLastNumber, std::nullopt});
+    changes.push_back({area, shown, ++nLastNumber, std::nullopt});
     // Windows below one that has left are composed anew, with no event of theirs.
     QCoreApplication::postEvent(this, new PaintedEvent(nLastNumber), AfterPainting);
 }
 
-bool TapGuard::isTooEarly(QWindow *pWindow, QPoint position, qint64 nPressed)
+bool TapGuard::isTooEarly(QWindow *window, QPoint position, qint64 pressed)
 {
-    if (!pWindow->isTopLevel()) {
+    if (!window->isTopLevel()) {
         return false;
     }
-    if (!places.contains(pWindow)) {
-        noteExposure(pWindow);
+    if (!places.contains(window)) {
+        noteExposure(window);
         return true; // shown, but not seen yet
     }
     // A stamp of another clock, or a clock that has been set, says nothing.
     const qint64 nNow = clock();
-    const qint64 nTime = std::clamp(nPressed, nNow - LongestWaitMs, nNow);
+    const qint64 nTime = std::clamp(pressed, nNow - LongestWaitMs, nNow);
     return std::any_of(changes.cbegin(), changes.cend(), [&](const Change &change) {
-        return change.area.contains(position) && (!change.pShown || change.pShown == pWindow)
+        return change.area.contains(position) && (!change.pShown || change.pShown == window)
             && (!change.painted || nTime - *change.painted < Delay.count());
     });
 }
 
-bool TapGuard::filterMouse(QWindow *pWindow, QMouseEvent *pEvent)
+bool TapGuard::filterMouse(QWindow *window, QMouseEvent *event)
 {
-    if (pEvent->pointingDevice() != tapDevice()) {
+    if (event->pointingDevice() != tapDevice()) {
         return false;
     }
-    const bool bRelease = pEvent->type() == QEvent::MouseButtonRelease;
+    const bool bRelease = event->type() == QEvent::MouseButtonRelease;
     // A double click comes behind the press that it consists of.
-    if (pEvent->type() == QEvent::MouseButtonPress
-        || (pEvent->type() == QEvent::MouseButtonDblClick && !bPressed)) {
+    if (event->type() == QEvent::MouseButtonPress
+        || (event->type() == QEvent::MouseButtonDblClick && !bPressed)) {
         bPressed = true;
-        bPressDropped = isTooEarly(pWindow, pEvent->globalPosition().toPoint(),
-                                   static_cast<qint64>(pEvent->timestamp()));
+        bPressDropped = isTooEarly(window, event->globalPosition().toPoint(),
+                                   static_cast<qint64>(event->timestamp()));
     }
     const bool bDropped = bPressDropped;
     if (bRelease) {
@@ -232,22 +232,22 @@ bool TapGuard::filterMouse(QWindow *pWindow, QMouseEvent *pEvent)
     return bDropped;
 }
 
-bool TapGuard::filterTouch(QWindow *pWindow, QTouchEvent *pEvent)
+bool TapGuard::filterTouch(QWindow *window, QTouchEvent *event)
 {
-    const QEvent::Type type = pEvent->type();
+    const QEvent::Type type = event->type();
     if (type == QEvent::TouchBegin) {
-        droppedTouches.remove(pWindow);
-        if (isTooEarly(pWindow, pEvent->points().constFirst().globalPosition().toPoint(),
-                       static_cast<qint64>(pEvent->timestamp()))) {
-            droppedTouches.insert(pWindow);
+        droppedTouches.remove(window);
+        if (isTooEarly(window, event->points().constFirst().globalPosition().toPoint(),
+                       static_cast<qint64>(event->timestamp()))) {
+            droppedTouches.insert(window);
         }
     }
-    if (!droppedTouches.contains(pWindow)) {
+    if (!droppedTouches.contains(window)) {
         return false;
     }
     if (type == QEvent::TouchEnd || type == QEvent::TouchCancel) {
-        droppedTouches.remove(pWindow);
+        droppedTouches.remove(window);
     }
-    pEvent->accept(); // Qt makes mouse events of touches that nobody wants
+    event->accept(); // Qt makes mouse events of touches that nobody wants
     return true;
 }

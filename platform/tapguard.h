@@ -37,7 +37,7 @@ public:
 
     static constexpr std::chrono::milliseconds Delay{300};
 
-    explicit TapGuard(QObject *pParent = nullptr, Clock ownClock = eventClock);
+    explicit TapGuard(QObject *parent = nullptr, Clock ownClock = eventClock);
 
     /// The clock of Qt's events.
     static qint64 eventClock();
@@ -45,8 +45,8 @@ public:
     static const QPointingDevice *tapDevice();
 
 protected:
-    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
-    bool event(QEvent *pEvent) override;
+    bool eventFilter(QObject *receiver, QEvent *event) override;
+    bool event(QEvent *event) override;
 
 private:
     /// Some other window has come under a finger in an area of the screen.
@@ -58,16 +58,16 @@ private:
         std::optional<qint64> painted; ///< when this was first seen; empty: not yet
     };
 
-    void noteExposure(QWindow *pWindow);
-    void notePlace(QWindow *pWindow);
-    void noteDeparture(QWindow *pWindow);
-    void noteRaise(const QWindow *pWindow);
-    /// What the windows above \a pWindow cover.
-    QRegion areaAbove(const QWindow *pWindow) const;
-    void addChange(const QRegion &area, const QWindow *pShown);
-    bool isTooEarly(QWindow *pWindow, QPoint position, qint64 nPressed);
-    bool filterMouse(QWindow *pWindow, QMouseEvent *pEvent);
-    bool filterTouch(QWindow *pWindow, QTouchEvent *pEvent);
+    void noteExposure(QWindow *window);
+    void notePlace(QWindow *window);
+    void noteDeparture(QWindow *window);
+    void noteRaise(const QWindow *window);
+    /// What the windows above \a window cover.
+    QRegion areaAbove(const QWindow *window) const;
+    void addChange(const QRegion &area, const QWindow *shown);
+    bool isTooEarly(QWindow *window, QPoint position, qint64 pressed);
+    bool filterMouse(QWindow *window, QMouseEvent *event);
+    bool filterTouch(QWindow *window, QTouchEvent *event);
 
     Clock clock;
     QHash<const QWindow *, QRect> places; ///< of the windows that are on the screen

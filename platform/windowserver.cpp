@@ -68,9 +68,10 @@ std::unique_ptr<QObject> createMultiTouchHandler(int quarterTurns)
     // Made by Qt at their first use, which would be in the thread that reads the touches.
     QPointingDevice::primaryPointingDevice();
     QInputDevice::primaryKeyboard();
-    return createPlugin(
-        QStringLiteral("EvdevTouch"),
-        QStringLiteral("%1:rotate=%2").arg(evdevPath(touchscreenDevice())).arg(90 * quarterTurns));
+    return createPlugin(QStringLiteral("EvdevTouch"),
+                        QStringLiteral("%1:rotate=%2")
+                            .arg(evdevPath(touchscreenDevice()))
+                            .arg(QuarterTurnDegrees * quarterTurns));
 }
 
 } // namespace
@@ -174,12 +175,12 @@ void WindowServer::takeInput()
 }
 
 // A key that is held down since another program had the keyboard still repeats.
-bool WindowServer::eventFilter(QObject *pReceiver, QEvent *pEvent)
+bool WindowServer::eventFilter(QObject *receiver, QEvent *event)
 {
-    if (pEvent->type() != QEvent::KeyPress) {
-        return QObject::eventFilter(pReceiver, pEvent);
+    if (event->type() != QEvent::KeyPress) {
+        return QObject::eventFilter(receiver, event);
     }
-    const bool bRepeat = static_cast<QKeyEvent *>(pEvent)->isAutoRepeat();
+    const bool bRepeat = static_cast<QKeyEvent *>(event)->isAutoRepeat();
     if (!bRepeat) {
         QCoreApplication::instance()->removeEventFilter(this);
     }
@@ -299,10 +300,10 @@ bool WindowServer::restoreCalibration(const SavedCalibration &saved)
     return !pPointerHandler || pPointerHandler->restoreCalibration(saved);
 }
 
-CalibrationOutcome WindowServer::calibrate(const PointerCalibrationData &data,
+CalibrationOutcome WindowServer::calibrate(const CalibrationPairs &pairs,
                                            const SavedCalibration &before)
 {
-    return pPointerHandler ? pPointerHandler->calibrate(data, before) : CalibrationOutcome::Stored;
+    return pPointerHandler ? pPointerHandler->calibrate(pairs, before) : CalibrationOutcome::Stored;
 }
 
 bool WindowServer::isCalibrationUnaccepted()

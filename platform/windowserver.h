@@ -74,13 +74,12 @@ public:
     /// Brings calibration and file back to exactly \a saved. False (one warning line) when the file
     /// could not follow; \a saved is in force all the same.
     bool restoreCalibration(const SavedCalibration &saved);
-    /// Computes the calibration from \a data, uses it at once and writes the pointer calibration
+    /// Computes the calibration from \a pairs, uses it at once and writes the pointer calibration
     /// file (replaced whole). A note beside the file has the next start of the program go back to
     /// \a before, until the calibration is accepted or one is restored. When nothing is stored (one
     /// warning line) the file is as before and the calibration from before is in force, even if
     /// clearCalibration() had dropped it.
-    CalibrationOutcome calibrate(const PointerCalibrationData &data,
-                                 const SavedCalibration &before);
+    CalibrationOutcome calibrate(const CalibrationPairs &pairs, const SavedCalibration &before);
     /// A calibration has been stored, and neither accepted nor replaced by a restored one.
     static bool isCalibrationUnaccepted();
     /// Has the stored calibration outlive the program. False (one warning line) when the next start
@@ -106,7 +105,7 @@ Q_SIGNALS:
     void touchscreenOpened();
 
 protected:
-    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+    bool eventFilter(QObject *receiver, QEvent *event) override;
 
 private:
     void releaseInput();

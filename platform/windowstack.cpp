@@ -23,10 +23,10 @@ bool takesKeys(const QWidget &window)
 
 } // namespace
 
-WindowStack::WindowStack(QObject *pApplication) : QObject(pApplication)
+WindowStack::WindowStack(QObject *application) : QObject(application)
 {
     pInstance = this;
-    pApplication->installEventFilter(this);
+    application->installEventFilter(this);
 }
 
 WindowStack::~WindowStack()
@@ -39,14 +39,14 @@ WindowStack *WindowStack::instance()
     return pInstance;
 }
 
-bool WindowStack::eventFilter(QObject *pReceiver, QEvent *pEvent)
+bool WindowStack::eventFilter(QObject *receiver, QEvent *event)
 {
-    const QEvent::Type type = pEvent->type();
+    const QEvent::Type type = event->type();
     if ((type != QEvent::Show && type != QEvent::Hide && type != QEvent::ZOrderChange)
-        || pEvent->spontaneous() || !pReceiver->isWidgetType()) {
+        || event->spontaneous() || !receiver->isWidgetType()) {
         return false;
     }
-    auto *pWindow = static_cast<QWidget *>(pReceiver);
+    auto *pWindow = static_cast<QWidget *>(receiver);
     const bool bShown = pWindow->isWindow() && pWindow->isVisible();
     const bool bNone = stack.isEmpty();
     // One that is being destroyed may be no window any more.
@@ -70,7 +70,7 @@ bool WindowStack::eventFilter(QObject *pReceiver, QEvent *pEvent)
 void WindowStack::activateTop() const
 {
     const auto it = std::find_if(stack.crbegin(), stack.crend(),
-                                 [](const QWidget *pWindow) { return takesKeys(*pWindow); });
+                                 [](const QWidget *window) { return takesKeys(*window); });
     if (it == stack.crend()) {
         return;
     }
@@ -104,11 +104,11 @@ QList<QWidget *> visibleWindows()
     return pInstance ? pInstance->windows() : QList<QWidget *>();
 }
 
-void keepBelowOthers(QWidget *pBackground)
+void keepBelowOthers(QWidget *background)
 {
     const QList<QWidget *> windows = visibleWindows();
     for (QWidget *pWindow : windows) {
-        if (pWindow != pBackground) {
+        if (pWindow != background) {
             pWindow->raise();
         }
     }

@@ -19,13 +19,13 @@ class WindowStack : public QObject
     Q_OBJECT
 
 public:
-    explicit WindowStack(QObject *pApplication);
+    explicit WindowStack(QObject *application);
     ~WindowStack() override;
 
     /// Null where there is none.
     static WindowStack *instance();
 
-    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+    bool eventFilter(QObject *receiver, QEvent *event) override;
 
     /// Visible windows from the lowest to the topmost.
     const QList<QWidget *> &windows() const { return stack; }
@@ -48,5 +48,5 @@ private:
 /// WindowStack.
 QList<QWidget *> visibleWindows();
 
-/// Puts \a pBackground below all other windows of the program, which keep their order.
-void keepBelowOthers(QWidget *pBackground);
+/// Puts \a background below all other windows of the program, which keep their order.
+void keepBelowOthers(QWidget *background);

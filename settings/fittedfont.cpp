@@ -33,9 +33,9 @@ void setFontSize(QFont *font, int size)
     }
 }
 
-QFont fittedFont(const QFont &font, const QString &text, int nWidth)
+QFont fittedFont(const QFont &font, const QString &text, int width)
 {
-    return fittedFont(font, text, QSize(nWidth, QWIDGETSIZE_MAX));
+    return fittedFont(font, text, QSize(width, QWIDGETSIZE_MAX));
 }
 
 QFont fittedFont(const QFont &font, const QString &text, const QSize &room)

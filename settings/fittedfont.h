@@ -7,10 +7,10 @@
 class QSize;
 class QString;
 
-/// \a font, made smaller in steps of a point (or pixel) until \a text fits into \a nWidth pixels on
+/// \a font, made smaller in steps of a point (or pixel) until \a text fits into \a width pixels on
 /// one line, but never below a size that can still be read. Narrow screens need it: the texts of
 /// the forms were written for wider ones.
-QFont fittedFont(const QFont &font, const QString &text, int nWidth);
+QFont fittedFont(const QFont &font, const QString &text, int width);
 
 /// The same, until the text fits into \a room in height as well.
 QFont fittedFont(const QFont &font, const QString &text, const QSize &room);

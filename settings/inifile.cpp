@@ -47,9 +47,9 @@ void forEachLine(QByteArray &text, Visitor visit)
 /// QSettings knows the comments that begin with ';' and takes others for keys without a value.
 void unifyComments(QByteArray &text)
 {
-    forEachLine(text, [](char *pText, const char *pEnd) {
-        if (pText != pEnd && *pText == '#') {
-            *pText = ';';
+    forEachLine(text, [](char *line, const char *end) {
+        if (line != end && *line == '#') {
+            *line = ';';
         }
     });
 }
@@ -57,8 +57,8 @@ void unifyComments(QByteArray &text)
 bool hasGroup(QByteArray &text)
 {
     bool bFound = false;
-    forEachLine(text, [&](const char *pText, const char *pEnd) {
-        bFound = bFound || (pText != pEnd && *pText == '[' && std::find(pText, pEnd, ']') != pEnd);
+    forEachLine(text, [&](const char *line, const char *end) {
+        bFound = bFound || (line != end && *line == '[' && std::find(line, end, ']') != end);
     });
     return bFound;
 }
@@ -132,7 +132,7 @@ IniFile::IniFile(const FileContent &file, QSettings::Format format)
     case FileContent::Absent:
         return;
     case FileContent::Unreadable:
-        nState = Unreadable;
+        current = Unreadable;
         sProblem = QLatin1String("cannot be read: ") + file.sError;
         return;
     case FileContent::Readable:
@@ -157,7 +157,7 @@ void IniFile::judge(const QByteArray &text)
 {
     allKeys(); // only now all of it is parsed
     if (!contains(ProofKey)) {
-        nState = Unreadable;
+        current = Unreadable;
         sProblem = QStringLiteral("cannot be read: no memory");
         return;
     }
@@ -169,7 +169,7 @@ void IniFile::judge(const QByteArray &text)
     if (sProblem.isEmpty() && status() != QSettings::NoError) {
         sProblem = QStringLiteral("has lines that are neither groups nor keys");
     }
-    nState = sProblem.isEmpty() ? Sound : Damaged;
+    current = sProblem.isEmpty() ? Sound : Damaged;
 }
 
 QStringList IniFile::keys() const
@@ -184,10 +184,10 @@ QByteArray iniText(const QString &group, QList<IniEntry> entries)
     if (entries.isEmpty()) {
         return {};
     }
-    std::ranges::sort(entries, {}, &IniEntry::key);
+    std::ranges::sort(entries, {}, &IniEntry::sKey);
     QString text = u'[' + group + QLatin1String("]\n");
     for (const IniEntry &entry : entries) {
-        text += entry.key + u'=' + escaped(entry.value) + u'\n';
+        text += entry.sKey + u'=' + escaped(entry.sValue) + u'\n';
     }
     return text.toUtf8();
 }

@@ -27,7 +27,7 @@ public:
     /// Reads \a file, which has been read before.
     explicit IniFile(const FileContent &file, QSettings::Format format = QSettings::IniFormat);
 
-    State state() const { return nState; }
+    State state() const { return current; }
     /// What is wrong with a damaged or unreadable file, for a warning line; else empty.
     QString problem() const { return sProblem; }
     /// Every "group/key" that the file has.
@@ -37,15 +37,15 @@ private:
     void judge(const QByteArray &text);
     bool swallowsLines(const QByteArray &text) const;
 
-    State nState = Absent;
+    State current = Absent;
     QString sProblem;
 };
 
 /// One line of an ini file.
 struct IniEntry
 {
-    QString key;
-    QString value;
+    QString sKey;
+    QString sValue;
 };
 
 /// The ini file, as QSettings would write it, of one \a group with \a entries: sorted by key. The

@@ -74,6 +74,9 @@ inline constexpr auto ScreenClasses = std::to_array<ScreenClassRow>({
 
 constexpr int ScreenClassCount = int(ScreenClasses.size());
 
+/// Height in pixels below which no finger hits a button, on whatever screen.
+constexpr int LeastButtonHeight = 30;
+
 /// The row of the class \a index, 0 to ScreenClassCount - 1.
 constexpr const ScreenClassRow &screenClassRow(int index)
 {

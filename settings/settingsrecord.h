@@ -14,7 +14,7 @@ class VeltaUtils;
 enum NetMode : quint32 { StaticMode = 0, DhcpMode = 1 };
 
 /// Display name of a network mode, "Static" or "DHCP".
-const QString &networkModeName(quint32 nNetMode);
+const QString &networkModeName(quint32 netMode);
 
 /// Order of SettingsRecord::ipEntries.
 enum IpEntryIndex { AddressEntry, GatewayEntry, NetmaskEntry, Dns1Entry, Dns2Entry };
@@ -36,10 +36,10 @@ struct IpEntry
 /// All values of one configuration pass. The wizard pages read and write the fields directly.
 struct SettingsRecord
 {
-    qint32 nResolutionIndex = 0; ///< Resolution class, 0 to 24.
+    qint32 nResolutionIndex = 0; ///< The screen class, 0 to 24.
     VeltaUtils *pUtils = nullptr; ///< Not owned; set in the working record only.
-    std::array<quint16, ScreenClassCount> nScreenWidth{}; ///< Pixels, by resolution class.
-    std::array<quint16, ScreenClassCount> nScreenHeight{}; ///< Pixels, by resolution class.
+    std::array<quint16, ScreenClassCount> nScreenWidth{}; ///< Pixels, by screen class.
+    std::array<quint16, ScreenClassCount> nScreenHeight{}; ///< Pixels, by screen class.
     bool bFixedWidth = false; ///< The wizard takes nFixedWidth and stands in the screen's middle.
     quint16 nFixedWidth = 0; ///< Pixels; 0 until set.
     QString configPassword; ///< Empty: none.

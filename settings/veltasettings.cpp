@@ -30,9 +30,9 @@ constexpr auto ModeKey = QLatin1String("eth0.mode");
 struct AddressKey
 {
     IpEntryIndex index;
-    QLatin1String key;
-    const char *label;
-    QLatin1String defaultValue;
+    QLatin1String sKey;
+    const char *pLabel;
+    QLatin1String sDefault;
     bool bZeroFirstOctetAllowed; // NoAddress is then a value
     IP4Validator::Mode validateMode;
 };
@@ -72,7 +72,7 @@ struct LiveValue
 {
     IpEntryIndex index;
     std::optional<QString> (*ask)();
-    const char *complaint;
+    const char *pComplaint;
 };
 
 constexpr LiveValue LiveValues[] = {
@@ -87,10 +87,12 @@ constexpr LiveValue LiveValues[] = {
 
 } // namespace
 
-const QString &networkModeName(quint32 nNetMode)
+const QString &networkModeName(quint32 netMode)
 {
-    static const QString names[] = {QStringLiteral("Static"), QStringLiteral("DHCP")};
-    return names[nNetMode == StaticMode ? 0 : 1];
+    static const QString names[] = {
+        QString::fromLatin1(QT_TRANSLATE_NOOP("NetOpModeSettingsPage", "Static")),
+        QString::fromLatin1(QT_TRANSLATE_NOOP("NetOpModeSettingsPage", "DHCP"))};
+    return names[netMode == StaticMode ? 0 : 1];
 }
 
 VeltaSettings::VeltaSettings(const QString &settingsPath, const QString &newSettingsPath,
@@ -107,7 +109,7 @@ VeltaSettings::VeltaSettings(const QString &settingsPath, const QString &newSett
         working.nScreenHeight[i] = snapshot.nScreenHeight[i] = quint16(size.height());
     }
     for (const AddressKey &row : AddressKeys) {
-        defaults[row.index] = row.defaultValue;
+        defaults[row.index] = row.sDefault;
     }
     working.pUtils = &utils;
 }
@@ -202,7 +204,7 @@ void VeltaSettings::readNetwork()
 {
     for (const AddressKey &row : AddressKeys) {
         if (!isNameServer(row.index) || bPageEnabled[DnsPageId]) {
-            working.ipEntries[row.index].label = QCoreApplication::translate("QObject", row.label);
+            working.ipEntries[row.index].label = QCoreApplication::translate("QObject", row.pLabel);
         }
     }
     const QString mode = textValue(*pSettings, ModeKey, QStringLiteral("static")).toLower();
@@ -226,7 +228,7 @@ void VeltaSettings::readDhcpValues()
         if (const auto value = row.ask()) {
             working.ipEntries[row.index].dhcpValue = *value;
         } else {
-            qDebug("%s", row.complaint);
+            qDebug("%s", row.pComplaint);
         }
     }
 }
@@ -234,7 +236,7 @@ void VeltaSettings::readDhcpValues()
 void VeltaSettings::readStoredValues()
 {
     for (const AddressKey &row : AddressKeys) {
-        working.ipEntries[row.index].value = textValue(*pSettings, row.key, defaults[row.index]);
+        working.ipEntries[row.index].value = textValue(*pSettings, row.sKey, defaults[row.index]);
     }
 }
 
@@ -328,9 +330,9 @@ QList<IniEntry> VeltaSettings::changedEntries()
             continue;
         }
         const IpEntry &entry = working.ipEntries[row.index];
-        if (entry.value != snapshot.ipEntries[row.index].value || !pSettings->contains(row.key)
+        if (entry.value != snapshot.ipEntries[row.index].value || !pSettings->contains(row.sKey)
             || entry.bDefaulted) {
-            entries.append({row.key, entry.value});
+            entries.append({row.sKey, entry.value});
         }
     }
     pSettings->endGroup();
@@ -374,8 +376,8 @@ int VeltaSettings::readNewSettingsBack(const QByteArray &text, const QList<IniEn
     const bool bConfirmed = pNewSettings->keys().size() == entries.size()
         && std::all_of(entries.cbegin(), entries.cend(), [this](const IniEntry &entry) {
                                 const QVariant value =
-                                    pNewSettings->value(NetworkGroup + u'/' + entry.key);
-                                return value.isValid() && value.toString() == entry.value;
+                                    pNewSettings->value(NetworkGroup + u'/' + entry.sKey);
+                                return value.isValid() && value.toString() == entry.sValue;
                             });
     return bConfirmed ? 0 : ERR_INI_FORMAT;
 }

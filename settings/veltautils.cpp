@@ -119,13 +119,13 @@ void VeltaUtils::readDpi()
     const auto logicalX = static_cast<quint16>(pScreen->logicalDotsPerInchX());
     const auto logicalY = static_cast<quint16>(pScreen->logicalDotsPerInchY());
     if ((nDpiX != logicalX || nDpiY != logicalY) && logicalX > 0 && logicalY > 0) {
-        dScale = std::min(double(nDpiX) / logicalX, double(nDpiY) / logicalY);
+        nScale = std::min(double(nDpiX) / logicalX, double(nDpiY) / logicalY);
     }
 }
 
-void VeltaUtils::scaleFont(QWidget *widget, int resolutionIndex)
+void VeltaUtils::scaleFont(QWidget *widget, int screenClass)
 {
-    Q_ASSERT(resolutionIndex >= 0 && resolutionIndex < ScreenClassCount);
+    Q_ASSERT(screenClass >= 0 && screenClass < ScreenClassCount);
     if (!bDpiRead) {
         readDpi();
     }
@@ -141,9 +141,9 @@ void VeltaUtils::scaleFont(QWidget *widget, int resolutionIndex)
         return;
     }
 
-    int factor = screenClassRow(resolutionIndex).fontFactors[pColumn->nColumn];
-    if (dScale > 1.0) {
-        factor = factor * static_cast<int>(dScale * 100) / 100;
+    int factor = screenClassRow(screenClass).fontFactors[pColumn->nColumn];
+    if (nScale > 1.0) {
+        factor = factor * static_cast<int>(nScale * 100) / 100;
     }
     QFont font = widget->font();
     // A size of 0 is none: a tiny font keeps its last pixel.

@@ -26,9 +26,9 @@ public:
     static int resolutionIndex(int width, int height);
 
     /// Multiplies the font size of \a widget by the factor of its class on the screen class
-    /// \a resolutionIndex (0 to 24). Scaling twice compounds. A class without factors is reported
+    /// \a screenClass (0 to 24). Scaling twice compounds. A class without factors is reported
     /// in a modal box, and its font stays.
-    void scaleFont(QWidget *widget, int resolutionIndex);
+    void scaleFont(QWidget *widget, int screenClass);
 
     /// Fixes the width of \a widget between its minimum (on a screen of 240 pixels) and its
     /// maximum (from 800 pixels on); a widget without a maximum keeps its free width. With
@@ -51,5 +51,5 @@ private:
     bool bDpiRead = false;
     quint16 nDpiX = 96;
     quint16 nDpiY = 96;
-    double dScale = 1.0;
+    double nScale = 1.0;
 };

@@ -11,6 +11,11 @@ enum class ExitCode { Done = 0, Failed = 1, Usage = 2 };
 ExitCode usageError(const QString &text);
 /// Prints one line for something that could not be done.
 ExitCode failure(const QString &text);
+/// What a step that has told its failure itself comes to.
+inline ExitCode done(bool success)
+{
+    return success ? ExitCode::Done : ExitCode::Failed;
+}
 
 /// \a text as a whole number from \a least to \a most; nothing when it is none.
 std::optional<int> toNumber(const QString &text, int least, int most);

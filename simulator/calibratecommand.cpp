@@ -1,5 +1,7 @@
 #include "simulator/calibratecommand.h"
 
+#include "calibration/calibrationrecord.h"
+#include "platform/requestfiles.h"
 #include "simulator/finger.h"
 
 #include <QDeadlineTimer>
@@ -48,7 +50,7 @@ struct Options
     bool bStart = false;
     bool bAccept = true;
     bool bExit = false;
-    double noise = 0; ///< pixels, standard deviation
+    double nNoise = 0; ///< pixels, standard deviation
     std::chrono::seconds wait{};
     std::chrono::milliseconds hold{};
     std::chrono::milliseconds pause{}; ///< before each cross: its way there and a verdict
@@ -68,7 +70,7 @@ Options takeOptions(Arguments &arguments)
             QStringLiteral("--no-accept contradicts %1")
                 .arg(bAccept ? QStringLiteral("--accept") : QStringLiteral("--exit")));
     }
-    options.noise = arguments.takeNumberOption(QStringLiteral("--noise"), 0, 0, 100);
+    options.nNoise = arguments.takeNumberOption(QStringLiteral("--noise"), 0, 0, 100);
     options.seed =
         static_cast<unsigned>(arguments.takeNumberOption(QStringLiteral("--seed"), 1, 0, 1 << 30));
     options.wait =
@@ -121,16 +123,7 @@ public:
 
     bool touchCrosses()
     {
-        const QSize screen = finger.screenSize();
-        constexpr int Distance = 50;
-        const int right = screen.width() - Distance;
-        const int bottom = screen.height() - Distance;
-        const std::array<QPoint, 5> crosses{{{Distance, Distance},
-                                             {right, Distance},
-                                             {right, bottom},
-                                             {Distance, bottom},
-                                             {screen.width() / 2, screen.height() / 2}}};
-        for (const QPoint &cross : crosses) {
+        for (const QPoint &cross : crosshairTargets(finger.screenSize())) {
             std::this_thread::sleep_for(options.pause);
             const QPoint position = cross + tremble();
             if (!finger.touch(position, position, options.hold)) {
@@ -149,10 +142,10 @@ public:
 private:
     QPoint tremble()
     {
-        if (options.noise <= 0) {
+        if (options.nNoise <= 0) {
             return {};
         }
-        std::normal_distribution<double> noise(0, options.noise);
+        std::normal_distribution<double> noise(0, options.nNoise);
         const double x = noise(random);
         return QPointF(x, noise(random)).toPoint();
     }
@@ -166,7 +159,7 @@ private:
 
 ExitCode calibrateCommand(const DeviceFolder &device, Arguments &arguments)
 {
-    const QString request = QLatin1String(CalibrationRequest);
+    const QString request = CalibrationRequestFile;
     const Options options = takeOptions(arguments);
     if (!arguments.finish()) {
         return usageError(arguments.error());

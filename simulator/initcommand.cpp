@@ -31,12 +31,12 @@ struct InitOptions
 {
     QSize screen;
     int nDpi = 0;
-    QString touch;
+    QString sTouch;
     QStringList mapping;
-    QString pointerCalibration;
-    QString password;
-    QString keyboardMapping;
-    QString network;
+    QString sPointerCalibration;
+    QString sPassword;
+    QString sKeyboardMapping;
+    QString sNetwork;
 };
 
 QSize takeScreen(Arguments &arguments)
@@ -74,33 +74,33 @@ InitOptions takeInitOptions(Arguments &arguments)
     InitOptions options;
     options.screen = takeScreen(arguments);
     options.nDpi = arguments.takeNumberOption(QStringLiteral("--dpi"), 96, 1, 1000);
-    options.touch = arguments.takeChoice(
+    options.sTouch = arguments.takeChoice(
         QStringLiteral("--touch"),
         {QStringLiteral("single"), QStringLiteral("multi"), QStringLiteral("none")});
     options.mapping = takeMapping(arguments);
-    options.pointerCalibration =
+    options.sPointerCalibration =
         arguments.takeChoice(QStringLiteral("--pointercal"),
                              {QStringLiteral("good"), QStringLiteral("none"),
                               QStringLiteral("wrong"), QStringLiteral("broken")});
-    options.password = arguments.takeOption(QStringLiteral("--password"));
-    options.keyboardMapping = arguments.takeOption(QStringLiteral("--kbd-mapping"));
-    options.network = arguments.takeChoice(QStringLiteral("--net"),
-                                           {QStringLiteral("static"), QStringLiteral("dhcp")});
+    options.sPassword = arguments.takeOption(QStringLiteral("--password"));
+    options.sKeyboardMapping = arguments.takeOption(QStringLiteral("--kbd-mapping"));
+    options.sNetwork = arguments.takeChoice(QStringLiteral("--net"),
+                                            {QStringLiteral("static"), QStringLiteral("dhcp")});
     return options;
 }
 
 QByteArray settingsFile(const InitOptions &options)
 {
     QByteArray text;
-    if (!options.password.isEmpty()) {
-        text += "[options]\nconfig_passwd=" + options.password.toUtf8()
+    if (!options.sPassword.isEmpty()) {
+        text += "[options]\nconfig_passwd=" + options.sPassword.toUtf8()
             + "\nconfig_protection_enabled=1\n\n";
     }
-    text += "[network]\neth0.mode=" + options.network.toUtf8()
+    text += "[network]\neth0.mode=" + options.sNetwork.toUtf8()
         + "\neth0.ip=192.168.0.20\neth0.netmask=255.255.255.0\n"
           "default_gateway=192.168.0.1\ndnsserver1=192.168.0.1\ndnsserver2=0.0.0.0\n";
-    if (!options.keyboardMapping.isEmpty()) {
-        text += "\n[input]\nkbd_mapping=" + options.keyboardMapping.toUtf8() + '\n';
+    if (!options.sKeyboardMapping.isEmpty()) {
+        text += "\n[input]\nkbd_mapping=" + options.sKeyboardMapping.toUtf8() + '\n';
     }
     return text;
 }
@@ -109,28 +109,28 @@ QByteArray settingsFile(const InitOptions &options)
 bool makeTouchscreen(const DeviceFolder &device, const InitOptions &options)
 {
     const QString typeFile = QStringLiteral("/proc/device-tree/qrd-specific/qrd_touch_type");
-    if (options.touch == u"none") {
+    if (options.sTouch == u"none") {
         return true;
     }
     // A device-tree string ends with a NUL.
-    if (!device.write(typeFile, options.touch.toUtf8() + '\0')
+    if (!device.write(typeFile, options.sTouch.toUtf8() + '\0')
         || !device.makeFifo(QStringLiteral("/dev/input/touchscreen"))) {
         return false;
     }
-    if (options.touch == u"multi") {
+    if (options.sTouch == u"multi") {
         return true;
     }
     const TouchMapping mapping = TouchMapping::make(options.mapping, options.screen);
     QByteArray calibration = mapping.pointerCalibration();
-    if (options.pointerCalibration == u"wrong") {
+    if (options.sPointerCalibration == u"wrong") {
         calibration = "65536 0 0 0 65536 0 65536\n";
-    } else if (options.pointerCalibration == u"broken") {
+    } else if (options.sPointerCalibration == u"broken") {
         calibration = "65536 0 0 0 65536 0 0\n"; // a divisor of 0
     }
     return mapping.save(device)
         && device.write(QStringLiteral("/etc/ts.conf"),
                         "module_raw waveshare len=8\nmodule linear\n")
-        && (options.pointerCalibration == u"none"
+        && (options.sPointerCalibration == u"none"
             || device.write(QStringLiteral("/etc/pointercal"), calibration));
 }
 
@@ -200,7 +200,7 @@ bool makeDevice(const DeviceFolder &device, const InitOptions &options)
     const QString description = QStringLiteral("%1x%2 %3\n")
                                     .arg(options.screen.width())
                                     .arg(options.screen.height())
-                                    .arg(options.touch);
+                                    .arg(options.sTouch);
     return state.save() && device.write(DescriptionFile, description.toLatin1())
         && device.write(QStringLiteral("/etc/settings.ini"), settingsFile(options))
         && device.write(QStringLiteral("/etc/fwinfo.ini"),

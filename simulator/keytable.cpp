@@ -13,7 +13,7 @@ namespace {
 /// A key that types a character: without, with Shift, with AltGr (0: nothing).
 struct CharacterKey
 {
-    int code;
+    int nCode;
     char16_t plain;
     char16_t shifted;
     char16_t altGr = 0;
@@ -23,7 +23,7 @@ struct CharacterKey
 struct NamedKey
 {
     const char *pName;
-    int code;
+    int nCode;
     Qt::Key key;
 };
 
@@ -137,7 +137,7 @@ enum KeyMapFlag { NoFlag = 0x00, Letter = 0x02, Modifier = 0x04 };
 struct ModifierKey
 {
     const char *pName;
-    int code;
+    int nCode;
     Qt::Key key;
     KeyMapModifier modifier;
 };
@@ -155,10 +155,10 @@ std::optional<KeyStroke> characterStroke(QChar character)
 {
     for (const CharacterKey &key : UsKeys) {
         if (character == key.plain) {
-            return KeyStroke{{}, key.code};
+            return KeyStroke{{}, key.nCode};
         }
         if (character == key.shifted) {
-            return KeyStroke{{KEY_LEFTSHIFT}, key.code};
+            return KeyStroke{{KEY_LEFTSHIFT}, key.nCode};
         }
     }
     return std::nullopt;
@@ -189,9 +189,9 @@ std::optional<KeyStroke> namedStroke(const QString &name)
     if (last == u"lt") {
         stroke = *characterStroke(u'<');
     } else if (const NamedKey *pKey = findByName(NamedKeys, last)) {
-        stroke.code = pKey->code;
+        stroke.nCode = pKey->nCode;
     } else if (const ModifierKey *pModifier = findByName(ModifierKeys, last)) {
-        stroke.code = pModifier->code;
+        stroke.nCode = pModifier->nCode;
     } else if (const auto character = characterStroke(last.size() == 1 ? last.front() : QChar())) {
         stroke = *character;
     } else {
@@ -202,7 +202,7 @@ std::optional<KeyStroke> namedStroke(const QString &name)
         if (!pModifier) {
             return std::nullopt;
         }
-        stroke.modifiers.append(pModifier->code);
+        stroke.modifiers.append(pModifier->nCode);
     }
     stroke.hold = std::chrono::milliseconds(holdMs);
     return stroke;
@@ -210,20 +210,20 @@ std::optional<KeyStroke> namedStroke(const QString &name)
 
 } // namespace
 
-std::optional<QList<KeyStroke>> keyStrokes(const QString &text, QString *pWrong)
+std::optional<QList<KeyStroke>> keyStrokes(const QString &text, QString *wrong)
 {
     QList<KeyStroke> strokes;
     for (qsizetype i = 0; i < text.size(); ++i) {
         std::optional<KeyStroke> stroke;
         if (text.at(i) == u'<') {
             const qsizetype end = text.indexOf(u'>', i);
-            *pWrong = text.mid(i, end < 0 ? -1 : end - i + 1);
+            *wrong = text.mid(i, end < 0 ? -1 : end - i + 1);
             if (end > i + 1) {
                 stroke = namedStroke(text.mid(i + 1, end - i - 1));
                 i = end;
             }
         } else {
-            *pWrong = text.at(i);
+            *wrong = text.at(i);
             stroke = characterStroke(text.at(i));
         }
         if (!stroke) {
@@ -254,20 +254,20 @@ QByteArray germanKeyMap()
         const bool isLetter = upper == key.shifted && upper != key.plain;
         const int flags = isLetter ? Letter : NoFlag;
         // Qt names a letter's key by its capital, any other key by what it types.
-        add(key.code, key.plain, isLetter ? key.shifted : key.plain, Plain, flags);
-        add(key.code, key.shifted, key.shifted, Shift, flags);
+        add(key.nCode, key.plain, isLetter ? key.shifted : key.plain, Plain, flags);
+        add(key.nCode, key.shifted, key.shifted, Shift, flags);
         if (key.altGr != 0) {
-            add(key.code, key.altGr, key.altGr, AltGr, NoFlag);
+            add(key.nCode, key.altGr, key.altGr, AltGr, NoFlag);
         }
         if (isLetter) {
-            add(key.code, key.plain, quint32(Qt::ControlModifier) | key.shifted, Control, flags);
+            add(key.nCode, key.plain, quint32(Qt::ControlModifier) | key.shifted, Control, flags);
         }
     }
     for (const NamedKey &key : NamedKeys) {
-        add(key.code, NoCharacter, key.key, Plain, NoFlag);
+        add(key.nCode, NoCharacter, key.key, Plain, NoFlag);
     }
     for (const ModifierKey &key : ModifierKeys) {
-        add(key.code, NoCharacter, key.key, Plain, Modifier, key.modifier);
+        add(key.nCode, NoCharacter, key.key, Plain, Modifier, key.modifier);
     }
 
     QByteArray file;

@@ -10,10 +10,10 @@
 
 namespace {
 
-void printIndented(const char *pText, const char *pIndent)
+void printIndented(const char *text, const char *indent)
 {
-    for (const QString &line : QString::fromUtf8(pText).split(u'\n', Qt::SkipEmptyParts)) {
-        std::printf("%s%s\n", pIndent, qPrintable(line));
+    for (const QString &line : QString::fromUtf8(text).split(u'\n', Qt::SkipEmptyParts)) {
+        std::printf("%s%s\n", indent, qPrintable(line));
     }
 }
 

@@ -40,8 +40,8 @@ TouchMapping TouchMapping::make(const QStringList &chosen, const QSize &screenSi
     const double height = screenSize.height() - 1;
     auto &[rawX, rawY] = mapping.axes;
     if (chosen.contains(QStringLiteral("plain"))) {
-        rawX.factorX = 1;
-        rawY.factorY = 1;
+        rawX.nFactorX = 1;
+        rawY.nFactorY = 1;
     } else {
         const double share = chosen.contains(QStringLiteral("coarse")) ? CoarseShare : 1.0;
         rawX = {Span * share / width, SkewX * share / height, OffsetX};
@@ -49,12 +49,12 @@ TouchMapping TouchMapping::make(const QStringList &chosen, const QSize &screenSi
     }
     for (Axis &axis : mapping.axes) {
         if (chosen.contains(QStringLiteral("mirror-x"))) {
-            axis.offset += axis.factorX * width;
-            axis.factorX = -axis.factorX;
+            axis.nOffset += axis.nFactorX * width;
+            axis.nFactorX = -axis.nFactorX;
         }
         if (chosen.contains(QStringLiteral("mirror-y"))) {
-            axis.offset += axis.factorY * height;
-            axis.factorY = -axis.factorY;
+            axis.nOffset += axis.nFactorY * height;
+            axis.nFactorY = -axis.nFactorY;
         }
     }
     if (chosen.contains(QStringLiteral("swapped"))) {
@@ -93,7 +93,7 @@ bool TouchMapping::save(const DeviceFolder &device) const
     QByteArray text =
         QByteArray::number(screen.width()) + ' ' + QByteArray::number(screen.height()) + '\n';
     for (const Axis &axis : axes) {
-        for (const double number : {axis.factorX, axis.factorY, axis.offset}) {
+        for (const double number : {axis.nFactorX, axis.nFactorY, axis.nOffset}) {
             text += QByteArray::number(number, 'g', 17) + ' ';
         }
         text += '\n';
@@ -105,7 +105,7 @@ RawPoint TouchMapping::toRaw(const QPoint &position) const
 {
     const auto raw = [&](const Axis &axis) {
         const double value =
-            axis.factorX * position.x() + axis.factorY * position.y() + axis.offset;
+            axis.nFactorX * position.x() + axis.nFactorY * position.y() + axis.nOffset;
         return std::clamp(static_cast<int>(std::lround(value)), 0, LargestRaw);
     };
     return {raw(axes[0]), raw(axes[1])};
@@ -115,15 +115,15 @@ QByteArray TouchMapping::pointerCalibration() const
 {
     const Axis &rawX = axes[0];
     const Axis &rawY = axes[1];
-    const double determinant = rawX.factorX * rawY.factorY - rawX.factorY * rawY.factorX;
+    const double determinant = rawX.nFactorX * rawY.nFactorY - rawX.nFactorY * rawY.nFactorX;
     const auto row = [&](double a, double b) {
-        const double offset = -(a * rawX.offset + b * rawY.offset) / determinant + 0.5;
+        const double offset = -(a * rawX.nOffset + b * rawY.nOffset) / determinant + 0.5;
         QByteArray text;
         for (const double value : {a / determinant, b / determinant, offset}) {
             text += QByteArray::number(std::llround(value * Scale)) + ' ';
         }
         return text;
     };
-    return row(rawY.factorY, -rawX.factorY) + row(-rawY.factorX, rawX.factorX)
+    return row(rawY.nFactorY, -rawX.nFactorY) + row(-rawY.nFactorX, rawX.nFactorX)
         + QByteArray::number(Scale) + '\n';
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/pointercalibrationdata.h"
+#include "platform/calibrationpairs.h"
 #include "simulator/devicefolder.h"
 
 #include <QByteArray>
@@ -33,12 +33,12 @@ public:
     QByteArray pointerCalibration() const;
 
 private:
-    /// raw = factorX * x + factorY * y + offset.
+    /// raw = nFactorX * x + nFactorY * y + nOffset.
     struct Axis
     {
-        double factorX = 0;
-        double factorY = 0;
-        double offset = 0;
+        double nFactorX = 0;
+        double nFactorY = 0;
+        double nOffset = 0;
     };
 
     QSize screen;

@@ -25,17 +25,17 @@ bool holdsNoDigit(const QString &text)
 
 } // namespace
 
-AddressPage::AddressPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
-    : pSettings(pTheSettings), pWizard(pTheWizard)
+AddressPage::AddressPage(VeltaSettings *settings, VeltaWizard *wizard)
+    : pSettings(settings), pWizard(wizard)
 { }
 
 AddressPage::~AddressPage() = default;
 
 void AddressPage::prepareForm(const QList<QWidget *> &placeholders, const PageFrame &frame,
-                              QWidget *pTheBoxOwner)
+                              QWidget *owner)
 {
-    pContexts.resize(std::size_t(fields.size()));
-    pBoxOwner = pTheBoxOwner;
+    contexts.resize(std::size_t(fields.size()));
+    pBoxOwner = owner;
 
     VeltaUtils &utils = *pSettings->working.pUtils;
     const int nIndex = pSettings->working.nResolutionIndex;
@@ -62,7 +62,7 @@ void AddressPage::prepareForm(const QList<QWidget *> &placeholders, const PageFr
     fitRows(pSettings->working, rows);
     setCommonWidth(labels);
     shrinkSpacers(nIndex, frame.pAbove, frame.pBelow);
-    frame.pGroupBox->setTitle(utils.shortGroupBoxTitle(frame.pGroupBox));
+    fitTitle(pSettings->working, frame.pGroupBox);
 }
 
 IpEntry &AddressPage::entryOf(const AddressField &field) const
@@ -71,11 +71,11 @@ IpEntry &AddressPage::entryOf(const AddressField &field) const
 }
 
 // -1: not the button of a field.
-int AddressPage::fieldOf(const QObject *pButton) const
+int AddressPage::fieldOf(const QObject *button) const
 {
     const auto it =
         std::find_if(fields.cbegin(), fields.cend(),
-                     [pButton](const AddressField &field) { return field.pButton == pButton; });
+                     [button](const AddressField &field) { return field.pButton == button; });
     return it != fields.cend() ? int(it - fields.cbegin()) : -1;
 }
 
@@ -88,7 +88,7 @@ void AddressPage::Button_clicked()
     }
     const AddressField &field = fields[nField];
     sOldText = field.pEdit->text();
-    auto &pContext = pContexts[std::size_t(nField)];
+    auto &pContext = contexts[std::size_t(nField)];
     if (!pContext) {
         const SettingsRecord &record = pSettings->working;
         pContext = std::make_unique<VeltaInputPanelContext>(

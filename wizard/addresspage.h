@@ -22,7 +22,7 @@ class AddressPage : public QWizardPage
 
 public:
     /// Neither pointer is owned, neither is null; both outlive the page.
-    AddressPage(VeltaSettings *pSettings, VeltaWizard *pWizard);
+    AddressPage(VeltaSettings *settings, VeltaWizard *wizard);
     ~AddressPage() override;
 
 public Q_SLOTS:
@@ -46,10 +46,9 @@ protected:
     };
 
     /// Adapts the form to the screen and connects the fields, which must be set, captions included.
-    /// \a placeholders: the widgets of rows without use. \a pBoxOwner: of a refusal's box, may be
+    /// \a placeholders: the widgets of rows without use. \a owner: of a refusal's box, may be
     /// null.
-    void prepareForm(const QList<QWidget *> &placeholders, const PageFrame &frame,
-                     QWidget *pBoxOwner);
+    void prepareForm(const QList<QWidget *> &placeholders, const PageFrame &frame, QWidget *owner);
     /// The entry of the working record that a field edits.
     IpEntry &entryOf(const AddressField &field) const;
 
@@ -58,10 +57,10 @@ protected:
     QList<AddressField> fields; ///< Top to bottom.
 
 private:
-    int fieldOf(const QObject *pButton) const;
+    int fieldOf(const QObject *button) const;
     void refuse(const AddressField &field);
 
-    std::vector<std::unique_ptr<VeltaInputPanelContext>> pContexts; // by field; null until used
+    std::vector<std::unique_ptr<VeltaInputPanelContext>> contexts; // by field; null until used
     QWidget *pBoxOwner = nullptr;
     QObject *pLastSender = nullptr;
     QString sOldText; // the field's, when the keyboard opened

@@ -5,8 +5,8 @@
 
 #include <utility>
 
-DNSSettingsPage::DNSSettingsPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
-    : AddressPage(pTheSettings, pTheWizard), pForm(std::make_unique<Ui::VeltaDNSSettingsPage>())
+DNSSettingsPage::DNSSettingsPage(VeltaSettings *settings, VeltaWizard *wizard)
+    : AddressPage(settings, wizard), pForm(std::make_unique<Ui::VeltaDNSSettingsPage>())
 {
     pForm->setupUi(this);
     fields = {{pForm->dns1_ip_Label, pForm->dns1_ip_Edit, pForm->dns1_ip_Button, Dns1Entry,

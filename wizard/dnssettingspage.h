@@ -13,7 +13,7 @@ class DNSSettingsPage : public AddressPage
 
 public:
     /// Neither pointer is owned; both outlive the page.
-    DNSSettingsPage(VeltaSettings *pSettings, VeltaWizard *pWizard);
+    DNSSettingsPage(VeltaSettings *settings, VeltaWizard *wizard);
     ~DNSSettingsPage() override;
 
     void initializePage() override;

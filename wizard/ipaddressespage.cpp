@@ -5,8 +5,8 @@
 
 #include <utility>
 
-IPAddressesPage::IPAddressesPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
-    : AddressPage(pTheSettings, pTheWizard), pForm(std::make_unique<Ui::VeltaIPAddressesForm>())
+IPAddressesPage::IPAddressesPage(VeltaSettings *settings, VeltaWizard *wizard)
+    : AddressPage(settings, wizard), pForm(std::make_unique<Ui::VeltaIPAddressesForm>())
 {
     pForm->setupUi(this);
     pForm->FirstIPLabel->setText(tr("PLC: "));

@@ -13,7 +13,7 @@ class IPAddressesPage : public AddressPage
 
 public:
     /// Neither pointer is owned; both outlive the page.
-    IPAddressesPage(VeltaSettings *pSettings, VeltaWizard *pWizard);
+    IPAddressesPage(VeltaSettings *settings, VeltaWizard *wizard);
     ~IPAddressesPage() override;
 
     void initializePage() override;

@@ -4,9 +4,8 @@
 #include "ui_veltanetopmodeform.h"
 #include "wizard/pagelayout.h"
 
-NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
-    : pSettings(pTheSettings), pWizard(pTheWizard),
-      pForm(std::make_unique<Ui::VeltaNetOpModeForm>())
+NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *settings, VeltaWizard *wizard)
+    : pSettings(settings), pWizard(wizard), pForm(std::make_unique<Ui::VeltaNetOpModeForm>())
 {
     pForm->setupUi(this);
 
@@ -28,9 +27,9 @@ NetOpModeSettingsPage::NetOpModeSettingsPage(VeltaSettings *pTheSettings, VeltaW
     pForm->NetOpModeLabel->setText(tr("IP-Address: "));
     fitRows(pSettings->working,
             {{pForm->NetOpModeLabel, pForm->NetOpModeLineEdit, pForm->NetOpModeSelectButton,
-              networkModeName(StaticMode)}});
+              modeText(StaticMode)}});
     setCommonWidth({pForm->NetOpModeLabel, pForm->DummyLabel1, pForm->DummyLabel2});
-    pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
+    fitTitle(pSettings->working, pForm->groupBox);
     setAttribute(Qt::WA_AcceptTouchEvents);
     shrinkSpacers(nIndex, pForm->verticalSpacer, pForm->verticalSpacer_2);
     showMode();
@@ -56,7 +55,16 @@ void NetOpModeSettingsPage::Button_clicked()
 
 void NetOpModeSettingsPage::showMode()
 {
-    pForm->NetOpModeLineEdit->setText(tr("%1").arg(networkModeName(pSettings->working.nNetMode)));
+    const QString mode = modeText(pSettings->working.nNetMode);
+    // The form knows the English ones.
+    pForm->NetOpModeLineEdit->setMaxLength(
+        qMax(pForm->NetOpModeLineEdit->maxLength(), int(mode.size())));
+    pForm->NetOpModeLineEdit->setText(mode);
+}
+
+QString NetOpModeSettingsPage::modeText(quint32 netMode)
+{
+    return tr("%1").arg(tr(networkModeName(netMode).toLatin1().constData()));
 }
 
 void NetOpModeSettingsPage::DeselectText()

@@ -19,8 +19,11 @@ class NetOpModeSettingsPage : public QWizardPage
 
 public:
     /// Neither pointer is owned; both outlive the page.
-    NetOpModeSettingsPage(VeltaSettings *pSettings, VeltaWizard *pWizard);
+    NetOpModeSettingsPage(VeltaSettings *settings, VeltaWizard *wizard);
     ~NetOpModeSettingsPage() override;
+
+    /// The network mode's name in the operator's language, for the eye alone.
+    static QString modeText(quint32 netMode);
 
 public Q_SLOTS:
     void Button_clicked();

@@ -2,8 +2,10 @@
 
 #include "settings/fittedfont.h"
 #include "settings/settingsrecord.h"
+#include "settings/veltautils.h"
 
 #include <QFontMetrics>
+#include <QGroupBox>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLayout>
@@ -22,16 +24,19 @@ constexpr int WideScreen = 800;
 constexpr int TallScreen = 500;
 constexpr QSize WizardOnLargeScreen(640, 480);
 
+// Pixels of a group box's width in which its title does not stand.
+constexpr int TitleInset = 20;
+
 // Between a field's border and its text, both sides, at the usual density.
-constexpr int EditMargins = 8;
+constexpr int EditMargins = 4;
 constexpr int UsualDpi = 96;
 
 // The layout of a row, in that of its group box.
 QLayout *rowLayout(const FieldRow &row)
 {
     const auto layouts = row.pEdit->parentWidget()->layout()->findChildren<QLayout *>();
-    const auto it = std::find_if(layouts.cbegin(), layouts.cend(), [&row](const QLayout *pLayout) {
-        return pLayout->indexOf(row.pEdit) >= 0;
+    const auto it = std::find_if(layouts.cbegin(), layouts.cend(), [&row](const QLayout *layout) {
+        return layout->indexOf(row.pEdit) >= 0;
     });
     return it != layouts.cend() ? *it : row.pEdit->parentWidget()->layout();
 }
@@ -57,21 +62,18 @@ int gaps(const FieldRow &row)
 int pageMargins(const FieldRow &row)
 {
     const QWidget *pBox = row.pEdit->parentWidget();
-    const QMargins inside = pBox->layout()->contentsMargins();
-    const int nFrame = pBox->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, pBox);
-    return 2 * (wizardMargin(pBox) + nFrame) + inside.left() + inside.right() + gaps(row);
+    const QMargins inside = pBox->layout()->contentsMargins() + pBox->contentsMargins();
+    return 2 * wizardMargin(pBox) + inside.left() + inside.right() + gaps(row);
 }
 
 // One that is longer than its fixed width gets a smaller font.
-void fitButton(QPushButton *pButton)
+void fitButton(QPushButton *button)
 {
-    const int nPadding =
-        2 * pButton->style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, pButton);
-    pButton->setFont(
-        fittedFont(pButton->font(), pButton->text(), pButton->maximumWidth() - nPadding));
+    const int nPadding = 2 * button->style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, button);
+    button->setFont(fittedFont(button->font(), button->text(), button->maximumWidth() - nPadding));
 }
 
-bool rowsFit(const QList<FieldRow> &rows, int nWidth)
+bool rowsFit(const QList<FieldRow> &rows, int width)
 {
     int nLabel = 0;
     int nRest = 0;
@@ -82,27 +84,27 @@ bool rowsFit(const QList<FieldRow> &rows, int nWidth)
                          + EditMargins * row.pEdit->logicalDpiX() / UsualDpi
                          + row.pButton->minimumWidth());
     }
-    return nLabel + nRest <= nWidth;
+    return nLabel + nRest <= width;
 }
 
 // False when the font is as small as it may get.
-bool makeSmaller(QWidget *pWidget)
+bool makeSmaller(QWidget *widget)
 {
-    QFont font = pWidget->font();
+    QFont font = widget->font();
     const int nPoints = font.pointSize();
     if (nPoints <= smallestPoints()) {
         return false;
     }
     font.setPointSize(nPoints - 1);
-    pWidget->setFont(font);
+    widget->setFont(font);
     return true;
 }
 
 } // namespace
 
-int wizardMargin(const QWidget *pWidget)
+int wizardMargin(const QWidget *widget)
 {
-    return pWidget->style()->pixelMetric(QStyle::PM_LayoutLeftMargin, nullptr, pWidget);
+    return widget->style()->pixelMetric(QStyle::PM_LayoutLeftMargin, nullptr, widget);
 }
 
 QSize wizardSize(const SettingsRecord &record)
@@ -125,6 +127,9 @@ void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows)
 {
     const int nWidth = wizardSize(record).width() - pageMargins(rows.constFirst());
     for (const FieldRow &row : rows) {
+        // However small the texts get, the finger that presses it stays the same.
+        row.pButton->setMinimumHeight(
+            qMax(row.pButton->minimumHeight(), row.pButton->sizeHint().height()));
         fitButton(row.pButton);
     }
     bool bSmaller = true;
@@ -141,6 +146,14 @@ void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows)
     }
 }
 
+void fitTitle(const SettingsRecord &record, QGroupBox *pBox)
+{
+    pBox->setTitle(record.pUtils->shortGroupBoxTitle(pBox));
+    const int nFrame = pBox->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, pBox);
+    const int nWidth = wizardSize(record).width() - 2 * (wizardMargin(pBox) + nFrame) - TitleInset;
+    pBox->setFont(fittedFont(pBox->font(), pBox->title(), nWidth));
+}
+
 void setCommonWidth(const QList<QLabel *> &labels)
 {
     int nWidth = 0;
@@ -152,11 +165,11 @@ void setCommonWidth(const QList<QLabel *> &labels)
     }
 }
 
-void shrinkSpacers(int nResolutionIndex, QSpacerItem *pAbove, QSpacerItem *pBelow)
+void shrinkSpacers(int screenClass, QSpacerItem *above, QSpacerItem *below)
 {
-    if (screenClassRow(nResolutionIndex).room == Room::Tight) {
-        pAbove->changeSize(20, 5);
-        pBelow->changeSize(20, 15);
+    if (screenClassRow(screenClass).room == Room::Tight) {
+        above->changeSize(20, 5);
+        below->changeSize(20, 15);
     }
 }
 

@@ -33,20 +33,24 @@ struct PageFrame
 /// Size in pixels of the wizard on the screen of \a record.
 QSize wizardSize(const SettingsRecord &record);
 
-/// Pixels between the wizard's border and what it holds, larger on a dense screen. \a pWidget: the
+/// Pixels between the wizard's border and what it holds, larger on a dense screen. \a widget: the
 /// wizard or a part of it.
-int wizardMargin(const QWidget *pWidget);
+int wizardMargin(const QWidget *widget);
 
 /// Makes the captions and fields of \a rows smaller, all alike, until every row can show its texts
 /// whole in the wizard's width. No effect on wide screens.
 void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows);
 
+/// Shows the title of \a pBox in its short form where the screen is upright, in a font in which it
+/// fits into the wizard's width.
+void fitTitle(const SettingsRecord &record, QGroupBox *pBox);
+
 /// Gives all \a labels one fixed width, that of the widest of their texts in its font.
 void setCommonWidth(const QList<QLabel *> &labels);
 
 /// Pulls the rows of a page together on the screen classes without room to spare. \a
-/// nResolutionIndex: 0 to 24. \a pAbove and \a pBelow: the spacers above and below the rows.
-void shrinkSpacers(int nResolutionIndex, QSpacerItem *pAbove, QSpacerItem *pBelow);
+/// screenClass: 0 to 24. \a above and \a below: the spacers above and below the rows.
+void shrinkSpacers(int screenClass, QSpacerItem *above, QSpacerItem *below);
 
 /// Hides the placeholder rows of a page but keeps their room, so that the rows of all pages stand
 /// at the same height. Empty fields and buttons without effect would only puzzle the operator.

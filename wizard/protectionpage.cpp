@@ -28,9 +28,8 @@ constexpr quint8 MaxAttempts = 3;
 
 } // namespace
 
-ProtectionPage::ProtectionPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
-    : pWizard(pTheWizard), pSettings(pTheSettings),
-      pForm(std::make_unique<Ui::VeltaProtectionForm>())
+ProtectionPage::ProtectionPage(VeltaSettings *settings, VeltaWizard *wizard)
+    : pWizard(wizard), pSettings(settings), pForm(std::make_unique<Ui::VeltaProtectionForm>())
 {
     pForm->setupUi(this);
     pLabel = pForm->ProtectionLabel;
@@ -45,7 +44,7 @@ ProtectionPage::ProtectionPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWiz
     pLabel->hide(); // only the keyboard's caption
     pLabel->setText(tr("Password: "));
     setCommonWidth({pLabel});
-    pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
+    fitTitle(pSettings->working, pForm->groupBox);
     hideDigits();
     pButton->hide();
     keepAsSpace({pForm->DummyLabel1, pForm->DummyLineEdit1, pForm->DummyPushButton1,
@@ -63,16 +62,16 @@ void ProtectionPage::hideDigits()
     pEdit->setPalette(colors);
 }
 
-bool ProtectionPage::event(QEvent *pEvent)
+bool ProtectionPage::event(QEvent *event)
 {
     if (!bEntryStarted
-        && (pEvent->type() == QEvent::Show || pEvent->type() == QEvent::WindowActivate)) {
+        && (event->type() == QEvent::Show || event->type() == QEvent::WindowActivate)) {
         bEntryStarted = true;
         QCoreApplication::instance()->installEventFilter(this);
         pWizard->HideButtons();
         QTimer::singleShot(EntryDelay, this, &ProtectionPage::EnterPassword);
     }
-    return QWidget::event(pEvent);
+    return QWidget::event(event);
 }
 
 bool ProtectionPage::isUnlocked() const
@@ -92,24 +91,24 @@ bool ProtectionPage::validatePage()
 
 // The keyboard and the boxes are windows of their own. Between them, for the moments until the
 // next one is there, the wizard's window has the keys: none of them may work it.
-bool ProtectionPage::eventFilter(QObject *pReceiver, QEvent *pEvent)
+bool ProtectionPage::eventFilter(QObject *receiver, QEvent *event)
 {
-    switch (pEvent->type()) {
+    switch (event->type()) {
     case QEvent::KeyPress:
     case QEvent::KeyRelease:
     case QEvent::ShortcutOverride:
     case QEvent::Shortcut:
         break;
     default:
-        return QWizardPage::eventFilter(pReceiver, pEvent);
+        return QWizardPage::eventFilter(receiver, event);
     }
-    const auto *pWidget = qobject_cast<QWidget *>(pReceiver);
-    const bool bOfWizard = pReceiver == pWizard->window()->windowHandle()
+    const auto *pWidget = qobject_cast<QWidget *>(receiver);
+    const bool bOfWizard = receiver == pWizard->window()->windowHandle()
         || (pWidget && pWidget->window() == pWizard->window());
     if (isUnlocked() || !bOfWizard) {
         return false;
     }
-    pEvent->accept();
+    event->accept();
     return true;
 }
 
@@ -154,7 +153,7 @@ void ProtectionPage::OnInputOk()
     }
     ++nFailedAttempts;
     const int nLeft = MaxAttempts - nFailedAttempts;
-    const QString tries = nLeft > 1 ? QStringLiteral("tries") : QStringLiteral("try");
+    const QString tries = nLeft > 1 ? tr("tries") : tr("try");
     if (reportWrongPassword(tr(" You have %1 %2 left.").arg(nLeft).arg(tries))) {
         QTimer::singleShot(EntryDelay, this, &ProtectionPage::EnterPassword);
     }

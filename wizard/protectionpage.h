@@ -23,13 +23,13 @@ class ProtectionPage : public QWizardPage
 
 public:
     /// Neither pointer is owned; both outlive the page.
-    ProtectionPage(VeltaSettings *pSettings, VeltaWizard *pWizard);
+    ProtectionPage(VeltaSettings *settings, VeltaWizard *wizard);
     ~ProtectionPage() override;
 
     /// Starts the entry when the page is first shown.
-    bool event(QEvent *pEvent) override;
+    bool event(QEvent *event) override;
     /// Drops the keys of the wizard's window while the password is missing.
-    bool eventFilter(QObject *pReceiver, QEvent *pEvent) override;
+    bool eventFilter(QObject *receiver, QEvent *event) override;
     /// Both are false until the password was accepted: no button leads on from here.
     bool isComplete() const override;
     bool validatePage() override;

@@ -3,6 +3,8 @@
 #include "settings/fittedfont.h"
 #include "settings/veltasettings.h"
 #include "ui_veltasummaryform.h"
+#include "wizard/netopmodesettingspage.h"
+#include "wizard/pagelayout.h"
 #include "wizard/veltawizard.h"
 
 #include <QAbstractButton>
@@ -11,8 +13,8 @@
 #include <QStyle>
 #include <QStyleFactory>
 
-SummaryPage::SummaryPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
-    : pSettings(pTheSettings), pWizard(pTheWizard), pForm(std::make_unique<Ui::VeltaSummaryForm>()),
+SummaryPage::SummaryPage(VeltaSettings *settings, VeltaWizard *wizard)
+    : pSettings(settings), pWizard(wizard), pForm(std::make_unique<Ui::VeltaSummaryForm>()),
       pStyle(QStyleFactory::create(QStringLiteral("Windows")))
 {
     pForm->setupUi(this);
@@ -26,7 +28,7 @@ SummaryPage::SummaryPage(VeltaSettings *pTheSettings, VeltaWizard *pTheWizard)
     listFont = pForm->listChangedData->font();
     labelFont = pForm->SummaryLabel->font();
     pForm->listChangedData->viewport()->installEventFilter(this);
-    pForm->groupBox->setTitle(utils.shortGroupBoxTitle(pForm->groupBox));
+    fitTitle(pSettings->working, pForm->groupBox);
 }
 
 SummaryPage::~SummaryPage()
@@ -55,9 +57,8 @@ void SummaryPage::buildChangeList()
     const SettingsRecord &before = pSettings->snapshot;
     changeList.clear();
     if (now.nNetMode != before.nNetMode) {
-        changeList += QLatin1String("Network OP-Mode: ")
-            + tr("%1").arg(networkModeName(before.nNetMode)) + QLatin1String(" -> ")
-            + tr("%1").arg(networkModeName(now.nNetMode));
+        changeList += tr("Network OP-Mode: ") + NetOpModeSettingsPage::modeText(before.nNetMode)
+            + QLatin1String(" -> ") + NetOpModeSettingsPage::modeText(now.nNetMode);
     }
     for (int i = 0; i < IpEntryCount; ++i) {
         const IpEntry &entry = now.ipEntries[i];
@@ -66,8 +67,7 @@ void SummaryPage::buildChangeList()
             changeList +=
                 entry.label + QLatin1String(": ") + oldValue + QLatin1String(" -> ") + entry.value;
         } else if (entry.bDefaulted) {
-            changeList +=
-                QLatin1String("set ") + entry.label + QLatin1String(" to: ") + entry.value;
+            changeList += tr("set %1 to: %2").arg(entry.label, entry.value);
         }
     }
     if (!changeList.isEmpty()) {
@@ -99,13 +99,13 @@ void SummaryPage::fitChangeList()
     bFitting = false;
 }
 
-bool SummaryPage::eventFilter(QObject *pWatched, QEvent *pEvent)
+bool SummaryPage::eventFilter(QObject *watched, QEvent *event)
 {
     // Fitting itself resizes the viewport, when the scroll bar comes or goes.
-    if (pEvent->type() == QEvent::Resize && !bFitting) {
+    if (event->type() == QEvent::Resize && !bFitting) {
         fitChangeList();
     }
-    return QWizardPage::eventFilter(pWatched, pEvent);
+    return QWizardPage::eventFilter(watched, event);
 }
 
 void SummaryPage::cleanupPage()

@@ -20,14 +20,14 @@ class SummaryPage : public QWizardPage
 
 public:
     /// Neither pointer is owned; both outlive the page.
-    SummaryPage(VeltaSettings *pSettings, VeltaWizard *pWizard);
+    SummaryPage(VeltaSettings *settings, VeltaWizard *wizard);
     ~SummaryPage() override;
 
     void initializePage() override;
     void cleanupPage() override;
 
 protected:
-    bool eventFilter(QObject *pWatched, QEvent *pEvent) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void buildChangeList();

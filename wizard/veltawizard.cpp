@@ -4,6 +4,7 @@
 #include "infobox/veltainfobox.h"
 #include "settings/errorcatalogue.h"
 #include "settings/fittedfont.h"
+#include "settings/screenclass.h"
 #include "settings/veltautils.h"
 #include "wizard/dnssettingspage.h"
 #include "wizard/ipaddressespage.h"
@@ -29,15 +30,14 @@ namespace {
 constexpr auto OrganizationName = QLatin1String("Tarnwik Automation GmbH");
 constexpr auto OrganizationDomain = QLatin1String("tarnwik-automation.example");
 
-constexpr int ButtonHeight = 30; // pixels, for a finger
 constexpr int RoomyButtonHeight = 40;
 
 using PageCreator = QWizardPage *(*)(VeltaSettings *, VeltaWizard *);
 
 template <typename Page>
-QWizardPage *createPage(VeltaSettings *pSettings, VeltaWizard *pWizard)
+QWizardPage *createPage(VeltaSettings *settings, VeltaWizard *wizard)
 {
-    return new (std::nothrow) Page(pSettings, pWizard);
+    return new (std::nothrow) Page(settings, wizard);
 }
 
 // By WizardPageIndex.
@@ -49,7 +49,7 @@ static_assert(std::size(PageCreators) == WizardPageCount, "every page id has its
 
 } // namespace
 
-VeltaWizard::VeltaWizard(QWidget *pParent) : QWizard(pParent, {})
+VeltaWizard::VeltaWizard(QWidget *parent) : QWizard(parent, {})
 {
     bSetupFailed = setup() != 0;
 }
@@ -62,7 +62,7 @@ VeltaWizard::~VeltaWizard()
 // The pages first: they work on the settings to their end.
 void VeltaWizard::release()
 {
-    for (QWizardPage *&pPage : pPages) {
+    for (QWizardPage *&pPage : pages) {
         delete pPage;
         pPage = nullptr;
     }
@@ -89,7 +89,7 @@ int VeltaWizard::setup()
 
 int VeltaWizard::setupPages()
 {
-    pPages.fill(nullptr);
+    pages.fill(nullptr);
     pKbdInput = std::make_unique<VeltaKbdInput>(this);
     setupButtons();
     pageTable.fill({});
@@ -128,7 +128,7 @@ void VeltaWizard::setupButtons()
         buttonFont.setBold(true);
         button(which)->setFont(buttonFont);
         pSettings->utils.scaleFont(button(which), nIndex);
-        button(which)->setMinimumHeight(bTight ? ButtonHeight : RoomyButtonHeight);
+        button(which)->setMinimumHeight(bTight ? LeastButtonHeight : RoomyButtonHeight);
         if (bTight) {
             // The style's least width, three times, is more than a small screen has, and QWizard
             // grows beyond its own maximum rather than squeeze its buttons.
@@ -171,7 +171,7 @@ void VeltaWizard::createPages()
 {
     for (int nId = 0; nId < WizardPageCount; ++nId) {
         if (pSettings->bPageEnabled[nId]) {
-            pPages[nId] = PageCreators[nId](pSettings.get(), this);
+            pages[nId] = PageCreators[nId](pSettings.get(), this);
         }
     }
 }
@@ -179,7 +179,7 @@ void VeltaWizard::createPages()
 bool VeltaWizard::allPagesCreated() const
 {
     for (int nId = 0; nId < WizardPageCount; ++nId) {
-        if (pSettings->bPageEnabled[nId] && !pPages[nId]) {
+        if (pSettings->bPageEnabled[nId] && !pages[nId]) {
             return false;
         }
     }
@@ -190,41 +190,41 @@ void VeltaWizard::addPages()
 {
     for (int nId = 0; nId < WizardPageCount; ++nId) {
         if (pSettings->bPageEnabled[nId]) {
-            AddPage(nId, pPages[nId], false, false);
+            AddPage(nId, pages[nId], false, false);
         }
     }
 }
 
 // Releases what setup has created and tells the operator.
-int VeltaWizard::failSetup(int nCode)
+int VeltaWizard::failSetup(int code)
 {
-    VeltaInfoBox box(qint16(nCode), 0, nullptr, true, true);
+    VeltaInfoBox box(qint16(code), 0, nullptr, true, true);
     release();
-    return nCode;
+    return code;
 }
 
-void VeltaWizard::AddPage(int nId, QWizardPage *pPage, bool bShowExpert, bool bSkipOnBack)
+void VeltaWizard::AddPage(int id, QWizardPage *page, bool showExpert, bool skipOnBack)
 {
-    if (!pPage) {
+    if (!page) {
         return;
     }
-    setPage(nId, pPage);
+    setPage(id, page);
     if (nFirstPageId == -1) {
-        nFirstPageId = nId;
+        nFirstPageId = id;
     } else if (nSecondPageId == -1) {
-        nSecondPageId = nId;
+        nSecondPageId = id;
     }
     const auto it = std::find_if(pageTable.begin(), pageTable.end(),
                                  [](const PageEntry &entry) { return entry.nId == -1; });
     if (it != pageTable.end()) {
-        *it = {nId, bShowExpert, bSkipOnBack, pPage};
+        *it = {id, showExpert, skipOnBack, page};
     }
 }
 
-const VeltaWizard::PageEntry *VeltaWizard::findPage(int nId) const
+const VeltaWizard::PageEntry *VeltaWizard::findPage(int id) const
 {
-    const auto it = std::find_if(pageTable.begin(), pageTable.end(), [nId](const PageEntry &entry) {
-        return entry.nId != -1 && entry.nId == nId;
+    const auto it = std::find_if(pageTable.begin(), pageTable.end(), [id](const PageEntry &entry) {
+        return entry.nId != -1 && entry.nId == id;
     });
     return it != pageTable.end() ? &*it : nullptr;
 }
@@ -290,10 +290,10 @@ void VeltaWizard::ExpertButtonClicked(int)
     QWizard::next();
 }
 
-void VeltaWizard::HandleBack(int nId)
+void VeltaWizard::HandleBack(int id)
 {
-    const PageEntry *pEntry = findPage(nId);
-    if (pEntry && pEntry->bSkipOnBack && nId < nLastPageId) {
+    const PageEntry *pEntry = findPage(id);
+    if (pEntry && pEntry->bSkipOnBack && id < nLastPageId) {
         QWizard::back();
     }
     nLastPageId = currentId();
@@ -316,12 +316,12 @@ void VeltaWizard::HideButtons()
         return;
     }
     bButtonsHidden = true;
-    bSavedVisibility.clear();
-    bSavedEnabled.clear();
+    savedVisibility.clear();
+    savedEnabled.clear();
     for (const WizardButton which : std::as_const(buttonOrder)) {
         // Not isVisible(): while a page is being shown the wizard itself may not be visible yet.
-        bSavedVisibility.append(!button(which)->isHidden());
-        bSavedEnabled.append(button(which)->isEnabled());
+        savedVisibility.append(!button(which)->isHidden());
+        savedEnabled.append(button(which)->isEnabled());
         button(which)->hide();
         // One that is only hidden can have the focus and takes keys.
         button(which)->setEnabled(false);
@@ -335,8 +335,8 @@ void VeltaWizard::RestoreButtons()
     }
     bButtonsHidden = false;
     for (int i = 0; i < buttonOrder.size(); ++i) {
-        button(buttonOrder[i])->setEnabled(bSavedEnabled[i]);
-        if (bSavedVisibility[i]) {
+        button(buttonOrder[i])->setEnabled(savedEnabled[i]);
+        if (savedVisibility[i]) {
             button(buttonOrder[i])->show();
         }
     }
@@ -379,9 +379,9 @@ void VeltaWizard::reject()
     QDialog::reject();
 }
 
-void VeltaWizard::keyPressEvent(QKeyEvent *pEvent)
+void VeltaWizard::keyPressEvent(QKeyEvent *event)
 {
     if (pKbdInput) {
-        pKbdInput->handleKey(pEvent);
+        pKbdInput->handleKey(event);
     }
 }

@@ -18,7 +18,7 @@ class VeltaWizard : public QWizard
 public:
     /// Loads the settings and creates the pages. When that fails the operator has been told, and
     /// Run() returns false.
-    explicit VeltaWizard(QWidget *pParent);
+    explicit VeltaWizard(QWidget *parent);
     ~VeltaWizard() override;
 
     /// Runs the pass modally. True exactly when a changed configuration was saved and applied.
@@ -27,8 +27,8 @@ public:
     /// Order of the pages; also shows or hides the Expert button for the current one.
     Q_INVOKABLE int nextId() const override;
 
-    /// Registers \a pPage, which the wizard then owns; a null page is ignored.
-    void AddPage(int nId, QWizardPage *pPage, bool bShowExpert, bool bSkipOnBack);
+    /// Registers \a page, which the wizard then owns; a null page is ignored.
+    void AddPage(int id, QWizardPage *page, bool showExpert, bool skipOnBack);
 
     /// Hides and disables all buttons until RestoreButtons(); a second call changes nothing.
     void HideButtons();
@@ -41,11 +41,11 @@ public Q_SLOTS:
     /// missing.
     void accept() override;
     void reject() override;
-    void ExpertButtonClicked(int nButton);
-    void HandleBack(int nId);
+    void ExpertButtonClicked(int button);
+    void HandleBack(int id);
 
 protected:
-    void keyPressEvent(QKeyEvent *pEvent) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     static constexpr int PageTableSize = 20;
@@ -65,20 +65,20 @@ private:
     void createPages();
     bool allPagesCreated() const;
     void addPages();
-    int failSetup(int nCode);
+    int failSetup(int code);
     void release();
     void markFocusedButton();
     void applyWindowFlags();
     void applyGeometry();
-    const PageEntry *findPage(int nId) const;
+    const PageEntry *findPage(int id) const;
 
     std::unique_ptr<VeltaSettings> pSettings;
     std::unique_ptr<VeltaKbdInput> pKbdInput;
-    std::array<QWizardPage *, WizardPageCount> pPages{}; // owned by QWizard once registered
+    std::array<QWizardPage *, WizardPageCount> pages{}; // owned by QWizard once registered
     int nLastPageId = -1;
     QList<QWizard::WizardButton> buttonOrder;
-    QList<bool> bSavedVisibility; // by buttonOrder
-    QList<bool> bSavedEnabled; // by buttonOrder
+    QList<bool> savedVisibility; // by buttonOrder
+    QList<bool> savedEnabled; // by buttonOrder
     bool bSetupFailed = false;
     bool bButtonsHidden = false;
     int nFirstPageId = -1;

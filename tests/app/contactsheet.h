@@ -26,10 +26,10 @@ public:
         picture.save(folder.filePath(name));
         if (cell.isEmpty()) { // the first one is of the whole screen
             cell = picture.size().scaled(Width, Width, Qt::KeepAspectRatio);
-            dScale = double(cell.width()) / picture.width();
+            nScale = double(cell.width()) / picture.width();
         }
         small +=
-            picture.scaled(picture.size() * dScale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+            picture.scaled(picture.size() * nScale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
         return !bCompare
             || QImage(reference.filePath(name)).convertToFormat(picture.format()) == picture;
     }
@@ -67,5 +67,5 @@ private:
     QStringList names;
     QList<QImage> small;
     QSize cell; ///< of one small picture
-    double dScale = 1;
+    double nScale = 1;
 };

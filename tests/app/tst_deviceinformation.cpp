@@ -40,7 +40,7 @@ private Q_SLOTS:
                      ? QStringLiteral("%1 %2 %3 %4")
                            .arg(shown->nInterface)
                            .arg(shown->bStatic ? QStringLiteral("static") : QStringLiteral("dhcp"),
-                                shown->ip, shown->netmask)
+                                shown->sIp, shown->sNetmask)
                      : QStringLiteral("none"),
                  expected);
     }
@@ -59,7 +59,7 @@ private Q_SLOTS:
         if (!file.isEmpty()) {
             root().write("/sys/class/net/eth0/address", file);
         }
-        QCOMPARE(readInterfaceInformation()->mac, expected);
+        QCOMPARE(readInterfaceInformation()->sMac, expected);
     }
 
     void versions_data()
@@ -83,7 +83,7 @@ private Q_SLOTS:
         }
         for (int i = 0; i < 2; ++i) { // the second time without a word
             const FirmwareVersions versions = readFirmwareVersions();
-            QCOMPARE(versions.firmware + '|' + versions.runtime, expected);
+            QCOMPARE(versions.sFirmware + '|' + versions.sRuntime, expected);
         }
     }
 

@@ -27,7 +27,7 @@ private:
     /// Where the program finds its service manager.
     QByteArray notifySocket() const
     {
-        const QByteArray path = QFile::encodeName(root().path("/tmp/notify"));
+        QByteArray path = QFile::encodeName(root().path("/tmp/notify"));
         qputenv("NOTIFY_SOCKET", path);
         return path;
     }

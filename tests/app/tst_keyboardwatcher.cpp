@@ -1,7 +1,10 @@
 #include "app/keyboardwatcher.h"
 #include "platform/windowserver.h"
+#include "platform/windowstack.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/support/devicetest.h"
+
+#include <QWindow>
 
 #include <map>
 
@@ -125,6 +128,35 @@ private Q_SLOTS:
         qunsetenv("PANEL_ROOT");
         QVERIFY(!isKeyboard(path));
         qputenv("PANEL_ROOT", before);
+    }
+
+    /// While no window is there nobody reads it; what is held down since then does nothing.
+    void windowHidden()
+    {
+        QLineEdit edit;
+        edit.show();
+        plug('0');
+        start();
+        const KeyboardFifo &keyboard = keyboards.at('0');
+        QVERIFY(keyboard.isRead());
+        edit.hide();
+        rescan();
+        QVERIFY(!keyboard.isRead());
+        keyboard.type({KEY_X});
+        plug('1');
+
+        const auto isTaken = [this, &edit] {
+            QVERIFY(!edit.windowHandle()->isVisible());
+            QCOMPARE(readOnes().size(), 1);
+        };
+        connect(WindowStack::instance(), &WindowStack::firstShown, &edit, isTaken);
+        edit.show();
+        QVERIFY(QTest::qWaitForWindowActive(&edit));
+        const KeyboardFifo &used = keyboards.at(readOnes().front());
+        used.repeat(KEY_X);
+        used.type({KEY_Y});
+        used.repeat(KEY_Y); // of a key that has been pressed here
+        QTRY_COMPARE(edit.text(), "yy");
     }
 
     /// By itself: a folder that is there, one that comes late, and one that goes and comes back.

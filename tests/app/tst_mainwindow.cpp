@@ -208,6 +208,22 @@ private Q_SLOTS:
         QCOMPARE(text("label_rts"), QStringLiteral("Codesys RTS Version: "));
     }
 
+    void lateLease()
+    {
+        root().setFirmware("eth0.mode=dhcp");
+        startLinked(2);
+        QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 0.0.0.0 (dhcp)"));
+        root().setFirmware("eth0.ip=10.9.8.7");
+        pWindow->controlVisibility();
+        QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 10.9.8.7 (dhcp)"));
+        // Another language brings the examples of the form, and nobody tells the address any more.
+        root().breakFirmware();
+        QEvent languageChange(QEvent::LanguageChange);
+        QCoreApplication::sendEvent(pWindow.get(), &languageChange);
+        QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 10.9.8.7 (dhcp)"));
+        QCOMPARE(text("label_appname"), QStringLiteral("no codesys application"));
+    }
+
     // The configuration stays closed, until the next press finds a file that can be read.
     void unreadableSettings()
     {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/pointercalibrationdata.h"
+#include "platform/calibrationpairs.h"
 
 #include <QSize>
 

@@ -294,7 +294,7 @@ private:
     {
         if (pRun->state() == Sampling && event == Event::PointMeasured) {
             pFifo->tap(Glass.touch({50, 50}));
-            QTRY_COMPARE(pRun->calibrationData().points.screenX[0], 50);
+            QTRY_COMPARE(pRun->calibrationData().record.screenX[0], 50);
         } else if (pRun->state() == Sampling && event == Event::AllMeasured) {
             measure();
         } else {

@@ -1,10 +1,13 @@
 #include "calibration/calibrationrun.h"
 #include "calibration/touchcalibrationdata.h"
+#include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
 #include "tests/calibration/calibrationtest.h"
 #include "tests/calibration/touchsheet.h"
 #include "tests/support/ioctlhook.h"
 #include "tests/support/screen.h"
+
+#include <QWindow>
 
 #include <array>
 #include <atomic>
@@ -376,12 +379,31 @@ private Q_SLOTS:
         QCOMPARE(eventDevice.nGrabber, pointer);
         QVERIFY(pointerHasIt());
 
-        // Someone outside is faster.
+        // No window is there, and a calibration that is asked for in front of its window.
+        pSheet->hide();
+        QCOMPARE(eventDevice.nGrabber, -1);
+        pServer->resumePointer();
+        QCOMPARE(eventDevice.nGrabber, -1);
+        connect(WindowStack::instance(), &WindowStack::firstShown, pSheet.get(), [this, &pointer] {
+            QVERIFY(!pSheet->windowHandle()->isVisible());
+            QCOMPARE(eventDevice.nGrabber, pointer);
+        });
+        pSheet->show();
+        QVERIFY(pointerHasIt());
+
+        // Someone outside is faster. It is tried again, with one warning line.
         pServer->suspendPointer();
         eventDevice.nGrabber = fifo;
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot take the touches back"));
         pServer->resumePointer();
+        auto *pTimer = pServer->findChild<QTimer *>();
+        QVERIFY(pTimer->isActive());
+        pTimer->setInterval(1);
+        QTest::qWait(20);
         QCOMPARE(eventDevice.nGrabber, fifo);
+        eventDevice.nGrabber = -1;
+        QTRY_COMPARE(eventDevice.nGrabber, pointer);
+        QVERIFY(!pTimer->isActive());
         ::close(fifo);
     }
 

@@ -60,6 +60,20 @@ private Q_SLOTS:
         FETCH(int, x, int, y, bool, same);
         QCOMPARE(isSamePlace({1000, 1000}, {x, y}, 51), same);
     }
+
+    void targets_data()
+    {
+        row("800x480", QSize(800, 480),
+            QList<QPoint>{{50, 50}, {750, 50}, {750, 430}, {50, 430}, {400, 240}});
+        row("240x320", QSize(240, 320),
+            QList<QPoint>{{50, 50}, {190, 50}, {190, 270}, {50, 270}, {120, 160}});
+    }
+    void targets()
+    {
+        FETCH(QSize, screen, QList<QPoint>, expected);
+        const auto points = crosshairTargets(screen);
+        QCOMPARE(QList<QPoint>(points.begin(), points.end()), expected);
+    }
 };
 
 PANEL_TEST_MAIN(TestTouchReduction)

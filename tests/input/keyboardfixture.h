@@ -66,7 +66,7 @@ struct KeyboardFixture
     {
         QList<QPushButton *> keys;
         for (const KeySpec &spec : inputKeys()) {
-            auto *pKey = pPanel->findChild<QPushButton *>(QLatin1String(spec.name));
+            auto *pKey = pPanel->findChild<QPushButton *>(QLatin1String(spec.pName));
             if (pKey->isVisible()) {
                 keys << pKey;
             }

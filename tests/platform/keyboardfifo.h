@@ -49,17 +49,26 @@ public:
         for (auto code = codes.end(); code != codes.begin();) {
             bytes += event(EV_KEY, *--code, 0) + event(EV_SYN, SYN_REPORT, 0);
         }
-        QFile file(path);
-        if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)
-            || file.write(bytes) != bytes.size()) {
-            qFatal("cannot write to the FIFO %s", qPrintable(path));
-        }
+        write(bytes);
+    }
+    /// The key is held down, and has been before.
+    void repeat(quint16 code) const
+    {
+        write(event(EV_KEY, code, 2) + event(EV_SYN, SYN_REPORT, 0));
     }
 
     QString link;
     QString path;
 
 private:
+    void write(const QByteArray &bytes) const
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)
+            || file.write(bytes) != bytes.size()) {
+            qFatal("cannot write to the FIFO %s", qPrintable(path));
+        }
+    }
     static QByteArray event(int nType, quint16 nCode, int nValue)
     {
         input_event record{};

@@ -1,8 +1,10 @@
+#include "app/keyboardwatcher.h"
 #include "platform/tapguard.h"
 #include "platform/windowserver.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/ioctlhook.h"
 
+#include <cerrno>
 #include <cstring>
 #include <linux/input.h>
 #include <pty.h>
@@ -12,10 +14,16 @@ namespace {
 
 constexpr QSize Screen(800, 480);
 
+bool bGrabbedElsewhere = false;
+
 /// Answers for a multi-touch screen as large as the picture.
 int answer(unsigned long request, void *pArgument)
 {
     const unsigned long number = _IOC_NR(request);
+    if (request == EVIOCGRAB && bGrabbedElsewhere && pArgument) {
+        errno = EBUSY;
+        return -1;
+    }
     if (_IOC_DIR(request) != _IOC_READ) {
         return 0;
     }
@@ -73,6 +81,18 @@ public:
               {ABS_MT_POSITION_Y, at.y()}});
     }
     void release() const { send({{ABS_MT_TRACKING_ID, -1}}); }
+    /// How often this program has it open, this object aside.
+    int readers() const
+    {
+        char name[64];
+        ttyname_r(nSlave, name, sizeof name);
+        int n = -1;
+        const QDir descriptors("/proc/self/fd");
+        for (const QFileInfo &entry : descriptors.entryInfoList(QDir::Files | QDir::System)) {
+            n += entry.symLinkTarget() == QLatin1String(name) ? 1 : 0;
+        }
+        return n;
+    }
 
 private:
     void send(const QList<std::pair<int, int>> &axes) const
@@ -153,6 +173,54 @@ private Q_SLOTS:
         };
         QTRY_VERIFY(tap());
     }
+
+    void windowHidden()
+    {
+        const EventDevice device(root().path("/dev/input/touchscreen"));
+        root().write("/proc/device-tree/qrd-specific/qrd_touch_type", "multi");
+        QPushButton button;
+        button.setGeometry(100, 100, 80, 40);
+        button.show();
+        QSignalSpy clicks(&button, &QPushButton::clicked);
+        WindowServer server;
+        QVERIFY(server.openPointer());
+        QTRY_COMPARE(device.readers(), 1);
+        QTest::qWait(int(TapGuard::Delay.count()) + 20);
+        device.press({140, 120});
+        QTRY_VERIFY(button.isDown());
+        button.hide();
+        QCOMPARE(device.readers(), 0);
+        QTRY_VERIFY(!button.isDown());
+        button.show();
+        QTRY_COMPARE(device.readers(), 1);
+        QTest::qWait(int(TapGuard::Delay.count()) + 20);
+        device.release();
+        device.press({140, 120});
+        device.release();
+        QTRY_COMPARE(clicks.size(), 1);
+    }
+
+    /// Another program has the keyboard for itself, and gives it back.
+    void grabbedKeyboard()
+    {
+        const EventDevice device(root().path("/dev/input/keyboard0"));
+        const WindowServer server;
+        KeyboardWatcher watcher;
+        bGrabbedElsewhere = true;
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("has grabbed keyboard0"));
+        watcher.start();
+        watcher.rescan(root().path("/dev/input"));
+        QVERIFY(!server.hasKeyboard());
+        auto *pTimer = watcher.findChild<QTimer *>();
+        QVERIFY(pTimer->isActive());
+        pTimer->setInterval(1);
+        bGrabbedElsewhere = false;
+        QTRY_VERIFY(server.hasKeyboard());
+        QVERIFY(!pTimer->isActive());
+    }
+
+private:
+    void closeWindows() override { bGrabbedElsewhere = false; }
 };
 
 PANEL_TEST_MAIN(TestMultiTouch)

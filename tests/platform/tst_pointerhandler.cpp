@@ -6,6 +6,7 @@
 
 #include <QMouseEvent>
 #include <QScopeGuard>
+#include <QSignalSpy>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -86,21 +87,21 @@ void deliver()
     }
 }
 
-PointerCalibrationData targetsOnly()
+CalibrationPairs targetsOnly()
 {
-    PointerCalibrationData data;
-    data.screenPoints = Targets;
-    return data;
+    CalibrationPairs pairs;
+    pairs.screenPoints = Targets;
+    return pairs;
 }
 
 /// The pairs of a touchscreen that reports 4 units for a pixel, \a offset units off.
-PointerCalibrationData scaledPairs(int offset)
+CalibrationPairs scaledPairs(int offset)
 {
-    PointerCalibrationData data = targetsOnly();
-    std::ranges::transform(Targets, data.devPoints.begin(), [offset](QPoint target) {
+    CalibrationPairs pairs = targetsOnly();
+    std::ranges::transform(Targets, pairs.devicePoints.begin(), [offset](QPoint target) {
         return RawPoint{4 * target.x() + offset, 4 * target.y() + offset};
     });
-    return data;
+    return pairs;
 }
 
 } // namespace
@@ -252,9 +253,10 @@ private Q_SLOTS:
             root().write(CalibrationFile, content);
         }
         start();
-        PointerCalibrationData data = targetsOnly();
-        data.devPoints = {RawPoint{3700, 390}, {420, 310}, {380, 3610}, {3660, 3720}, {2041, 2007}};
-        QVERIFY(!content.isEmpty() || isStored(data));
+        CalibrationPairs pairs = targetsOnly();
+        pairs.devicePoints = {
+            RawPoint{3700, 390}, {420, 310}, {380, 3610}, {3660, 3720}, {2041, 2007}};
+        QVERIFY(!content.isEmpty() || isStored(pairs));
 
         TouchscreenFifo copy(root(), "/tmp/copy");
         QProcess print;
@@ -329,6 +331,52 @@ private Q_SLOTS:
         pServer.reset();
         deliver();
         QCOMPARE(pSheet->take(), tapAt(10, 20));
+    }
+
+    /// What begins or ends while no window is there presses no button, and another program has it.
+    void windowHidden()
+    {
+        QPushButton button("Start", pSheet.get());
+        button.setGeometry(600, 400, 80, 40);
+        button.setFocusPolicy(Qt::NoFocus);
+        button.show();
+        QSignalSpy clicks(&button, &QPushButton::clicked);
+        start();
+        pTouchscreen->send({640, 420}, 1);
+        deliver();
+        QVERIFY(button.isDown());
+        pSheet->hide();
+        deliver();
+        QVERIFY(!button.isDown());
+        pTouchscreen->send({640, 420}, 0);
+        pTouchscreen->tap({640, 420});
+        deliver();
+        QFile reader(pTouchscreen->path);
+        QVERIFY(reader.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+        const QByteArray press = TouchscreenFifo::sample({640, 420}, 1);
+        const QByteArray lift = TouchscreenFifo::sample({640, 420}, 0);
+        QCOMPARE(reader.read(24), lift + press + lift);
+
+        pTouchscreen->send({640, 420}, 1);
+        pSheet->show();
+        waitOutDoubleTap();
+        pTouchscreen->send({640, 421}, 1); // held since then
+        deliver();
+        QVERIFY(!button.isDown());
+        pTouchscreen->send({640, 421}, 0);
+        deliver();
+        QCOMPARE(clicks.size(), 0);
+        pTouchscreen->send({640, 420}, 1);
+        deliver();
+        pSheet->hide();
+        Sheet other;
+        other.show();
+        waitOutDoubleTap();
+        pTouchscreen->send({640, 420}, 0);
+        pTouchscreen->tap({640, 420});
+        deliver();
+        QCOMPARE(other.take(), tapAt(640, 420));
+        QCOMPARE(clicks.size(), 0);
     }
 
     void cannotOpen_data()
@@ -574,8 +622,8 @@ private Q_SLOTS:
             root().write(CalibrationFile, change);
         }
         // A run that is refused leaves in force what was, not what the file says now.
-        PointerCalibrationData line = targetsOnly();
-        line.devPoints.fill({2000, 2000});
+        CalibrationPairs line = targetsOnly();
+        line.devicePoints.fill({2000, 2000});
         pServer->clearCalibration();
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("calibration refused"));
         QVERIFY(!isStored(line));
@@ -702,9 +750,9 @@ private:
         deliver();
         return pSheet->take();
     }
-    bool isStored(const PointerCalibrationData &data)
+    bool isStored(const CalibrationPairs &pairs)
     {
-        return pServer->calibrate(data, pServer->saveCalibration()) == CalibrationOutcome::Stored;
+        return pServer->calibrate(pairs, pServer->saveCalibration()) == CalibrationOutcome::Stored;
     }
     QByteArray file() { return root().read(CalibrationFile); }
 };

@@ -34,19 +34,19 @@ struct Panel
     }
 };
 
-PointerCalibrationData pairs(const std::array<RawPoint, 5> &raw,
-                             const std::array<QPoint, 5> &screen = Targets)
+CalibrationPairs pairs(const std::array<RawPoint, 5> &raw,
+                       const std::array<QPoint, 5> &screen = Targets)
 {
     return {raw, screen};
 }
 
-PointerCalibrationData pairs(const Panel &panel)
+CalibrationPairs pairs(const Panel &panel)
 {
-    PointerCalibrationData data;
-    data.screenPoints = Targets;
-    std::ranges::transform(Targets, data.devPoints.begin(),
+    CalibrationPairs pairs;
+    pairs.screenPoints = Targets;
+    std::ranges::transform(Targets, pairs.devicePoints.begin(),
                            [&](QPoint target) { return panel.touch(target); });
-    return data;
+    return pairs;
 }
 
 } // namespace
@@ -96,11 +96,11 @@ private Q_SLOTS:
     {
         // One of five touches 10 raw units off: the error is shared by all five, as the sum of
         // squares wants it, and not taken by any three of them.
-        PointerCalibrationData data =
+        CalibrationPairs measured =
             pairs({RawPoint{-100, -100}, {100, -100}, {100, 100}, {-100, 100}, {0, 0}},
                   {QPoint(0, 0), {200, 0}, {200, 200}, {0, 200}, {100, 100}});
-        data.screenPoints[4] = {110, 100};
-        const auto transform = PointerTransform::fit(data);
+        measured.screenPoints[4] = {110, 100};
+        const auto transform = PointerTransform::fit(measured);
         QVERIFY(transform);
         QCOMPARE(transform->map({-100, -100}), QPoint(2, 0));
         QCOMPARE(transform->map({0, 0}), QPoint(102, 100));
@@ -130,8 +130,8 @@ private Q_SLOTS:
     }
     void refuses()
     {
-        FETCH(PointerCalibrationData, data);
-        QVERIFY(!PointerTransform::fit(data));
+        FETCH(CalibrationPairs, refused);
+        QVERIFY(!PointerTransform::fit(refused));
     }
 
     void parses_data()

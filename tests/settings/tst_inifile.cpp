@@ -85,14 +85,14 @@ private Q_SLOTS:
             QSettings settings(path, QSettings::IniFormat);
             for (qsizetype i = values.size() - 1; i >= 0; --i) {
                 entries.append({QStringLiteral("key%1.b_c").arg(i), values[i]});
-                settings.setValue("group/" + entries.last().key, values[i]);
+                settings.setValue("group/" + entries.last().sKey, values[i]);
             }
         }
         const QByteArray text = iniText(QStringLiteral("group"), entries);
         QCOMPARE(text, root().read("/tmp/file.ini"));
         const IniFile file(FileContent{FileContent::Readable, text, {}});
         for (const IniEntry &entry : entries) {
-            QCOMPARE(file.value("group/" + entry.key).toString(), entry.value);
+            QCOMPARE(file.value("group/" + entry.sKey).toString(), entry.sValue);
         }
         QCOMPARE(file.keys().size(), entries.size());
         QCOMPARE(iniText(QStringLiteral("group"), {}), QByteArray());
