@@ -319,6 +319,21 @@ private Q_SLOTS:
         QVERIFY(!picture.isNull());
         QCOMPARE(picture, pictureOf("8057"));
     }
+
+    /// The marked key has a colour of its own where the dialog asks for it.
+    void focusHighlight()
+    {
+        QWidget parent;
+        for (const auto &[mode, bAsked, nStyled] : {std::tuple("AlphaNumInput", true, 82),
+                                                    {"AlphaNumInputPW", true, 81},
+                                                    {"HexInput", false, 0}}) {
+            const VeltaInputPanel panel(&parent, bAsked, QLatin1String(mode), 0);
+            const auto keys = panel.findChildren<QPushButton *>();
+            QCOMPARE(std::count_if(keys.begin(), keys.end(),
+                                   [](const auto *pKey) { return !pKey->styleSheet().isEmpty(); }),
+                     nStyled);
+        }
+    }
 };
 
 PANEL_TEST_MAIN(TestVeltaInputPanel)

@@ -333,6 +333,17 @@ private Q_SLOTS:
         QCOMPARE(pSheet->take(), tapAt(10, 20));
     }
 
+    /// What a killed save has left beside the file goes with the next start.
+    void straysGo()
+    {
+        root().write(CalibrationFile, SwappedFile);
+        root().write("/etc/pointercal.panel-a1B2c3", "half a fi");
+        start();
+        QCOMPARE(QDir(root().path("/etc")).entryList(QDir::Files),
+                 QStringList({"pointercal", "ts.conf"}));
+        QCOMPARE(file(), QByteArray(SwappedFile));
+    }
+
     /// What begins or ends while no window is there presses no button, and another program has it.
     void windowHidden()
     {

@@ -1,6 +1,8 @@
 #include "platform/regularfile.h"
 #include "tests/support/devicetest.h"
 
+#include <csignal>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -120,6 +122,16 @@ private Q_SLOTS:
         QVERIFY(!writeNewFile("/dev/full/file", "new"));
         QVERIFY(!replaceFile("/nowhere/file", "new"));
         QCOMPARE(errno, ENOENT);
+        // A full disk takes the beginning, which does not stay.
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit before = {};
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit room = {2, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &room);
+        const bool bDone = writeNewFile(path(), "new") || replaceFile(path(), "new");
+        setrlimit(RLIMIT_FSIZE, &before);
+        QVERIFY(!bDone);
+        QCOMPARE(folder(), QStringList());
     }
 };
 
