@@ -84,7 +84,7 @@ private:
     std::unique_ptr<DeviceRoot> pRoot;
 };
 
-/// The values of the row that is tested, as variables: FETCH(QString, text, bool, valid).
+/// The values of the tested row as variables: FETCH(QString, text, bool, valid).
 // NOLINTBEGIN(bugprone-macro-parentheses): names and types
 #define FETCH(...) PANEL_FETCH_0(__VA_ARGS__)
 #define PANEL_FETCH_0(T, name, ...) \
