@@ -38,7 +38,7 @@ bool isKnown(const QString &screen, const QString &view, const QString &defect, 
         "^(240x320|320x240|272x480|240x320 dense) AlphaNumInput(-.)? "
         "panelButton_a([A-Z0-9]|dot|slash) is too small for a finger$");
     static const QRegularExpression knownPseudo(
-        "^(240x320|272x480|240x320 dense) AlphaNumInput panelButton_acancel cuts its text$|"
+        "^(240x320|272x480|240x320 dense) AlphaNumInput(-.)? panelButton_acancel cuts its text$|"
         "^240x320 dense IPAddressesPage(-changed)? .*IPLineEdit cuts its text$");
     const QString what = screen + ' ' + view + ' ' + defect;
     return known.match(what).hasMatch() || (bPseudo && knownPseudo.match(what).hasMatch());
