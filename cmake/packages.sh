@@ -7,10 +7,12 @@ BuildPackages=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-bas
 # What the tests need besides.
 TestPackages=(libts-bin)
 # What it takes to make the Debian packages, for this machine and for ARM.
-PackagingPackages=(debhelper lintian)
+PackagingPackages=(debhelper lintian systemd)
 CrossPackages=(crossbuild-essential-armhf fakeroot gpg mmdebstrap)
 # What a program for ARM is compiled against, but for the compiler's own C++ library.
 SysrootPackages=(libc6-dev qt6-base-dev qt6-base-private-dev libgl-dev libvulkan-dev libts-dev)
+# What it takes to make an image of the emulated device and to run it.
+EmulatorPackages=(python3 qemu-system-arm qemu-utils device-tree-compiler e2fsprogs f2fs-tools)
 # What .ci/run needs besides.
 CheckPackages=(git clang-format clang-tidy shellcheck libbenchmark-dev)
 

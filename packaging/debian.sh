@@ -65,13 +65,14 @@ debianTree() {
         --extract-hook='rm "$1/var/cache/apt/archives"' \
         --include="$*" '' "$new" - <<<"$sources" >"$log" 2>&1 \
         || die "unpacking packages for $architecture failed: $(reasonIn "$log") (see $log)"
-    sed -n 's/^Inst \([^ ]*\) (\([^ ]*\) .*\[\(.*\)\])$/\1 \2 \3/p' "$new.packages" \
+    # Behind the bracket apt may tell which dependencies are still open.
+    sed -n 's/^Inst \([^ ]*\) (\([^ ]*\) [^)]*\[\([^]]*\)\]).*/\1 \2 \3/p' "$new.packages" \
         >"$folder.packages"
     rm -rf -- "$folder" "$new.packages"
     mv -- "$new" "$folder"
 }
 
-# reasonIn LOG: the line in which apt or mmdebstrap says why it failed.
+# reasonIn LOG: the line in which apt, a compiler or a packaging tool says why it failed.
 reasonIn() {
-    grep -m 1 '^E: ' "$1" || tail -n 1 "$1"
+    grep -m 1 -E '^E: |[Ee]rror: ' "$1" || tail -n 1 "$1"
 }

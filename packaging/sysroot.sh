@@ -34,10 +34,12 @@ describeLibraries() {
     rm -rf -- "$folder"
     mkdir -p "$folder/info" "$folder/updates"
     printf '%s\n' "$(dpkg --print-architecture)" "$architecture" >"$folder/arch"
+    echo 1 >"$folder/info/format" # names of packages that any number of architectures may have
     while read -r name version packageArchitecture; do
-        id=$name:$packageArchitecture
         archive=$DownloadFolder/$architecture/${name}_${version//:/%3a}_$packageArchitecture.deb
         dpkg-deb --control "$archive" "$folder/control"
+        id=$name
+        ! grep -q '^Multi-Arch: same' "$folder/control/control" || id+=:$packageArchitecture
         if [[ -e $folder/control/shlibs || -e $folder/control/symbols ]]; then
             sed '/^Package:/a Status: install ok installed' "$folder/control/control"
             echo

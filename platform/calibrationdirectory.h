@@ -1,11 +1,14 @@
 #pragma once
 
+#include <QString>
+
 /// The directory of the pointer calibration file, writable for as long as this lives.
 ///
 /// Where it is not writable by itself, its file system is remounted for writing, and at the end for
-/// reading only, by the device's mount command. Any exit status of the command counts as success;
-/// what then cannot be written says so itself. Where the file is a symbolic link, this is the
-/// link's directory, not its target's. GUI thread; both ends may take as long as the command.
+/// reading only, by the device's mount command: at the directory, and where that has no effect, at
+/// the mount point that the directory is a part of. Any exit status of the command counts as
+/// success; what then cannot be written says so itself. Where the file is a symbolic link, this is
+/// the link's directory, not its target's. GUI thread; both ends may take as long as the command.
 class CalibrationDirectory
 {
 public:
@@ -22,6 +25,9 @@ public:
     bool protect();
 
 private:
+    bool makeWritable();
+
+    QString sTarget; ///< what was remounted
     bool bRemounted = false;
     bool bReady = true;
 };

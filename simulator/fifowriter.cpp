@@ -24,7 +24,9 @@ bool FifoWriter::open(const QString &path, std::chrono::milliseconds limit)
     std::signal(SIGPIPE, SIG_IGN);
     const QByteArray name = QFile::encodeName(path);
     struct stat information = {};
-    if (stat(name.constData(), &information) != 0 || !S_ISFIFO(information.st_mode)) {
+    const bool bFound = stat(name.constData(), &information) == 0;
+    bEventDevice = bFound && S_ISCHR(information.st_mode);
+    if (!bFound || !(bEventDevice || S_ISFIFO(information.st_mode))) {
         sError = QStringLiteral("%1 is no simulated input device").arg(path);
         return false;
     }

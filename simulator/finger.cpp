@@ -5,6 +5,7 @@
 #include <QPoint>
 #include <QThread>
 
+#include <linux/input.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,6 +23,25 @@ QByteArray touchSample(const RawPoint &raw, bool pressed)
     sample[4] = static_cast<char>(raw.y >> 8);
     sample[5] = static_cast<char>(raw.y & 0xff);
     return sample;
+}
+
+QByteArray touchEvents(const RawPoint &raw, bool pressed)
+{
+    constexpr int Pressure = 100;
+    QByteArray events;
+    const auto append = [&events](int type, int code, int value) {
+        input_event event = {};
+        event.type = static_cast<__u16>(type);
+        event.code = static_cast<__u16>(code);
+        event.value = value;
+        events.append(reinterpret_cast<const char *>(&event), sizeof event);
+    };
+    append(EV_KEY, BTN_TOUCH, pressed ? 1 : 0);
+    append(EV_ABS, ABS_X, raw.x);
+    append(EV_ABS, ABS_Y, raw.y);
+    append(EV_ABS, ABS_PRESSURE, pressed ? Pressure : 0);
+    append(EV_SYN, SYN_REPORT, 0);
+    return events;
 }
 
 } // namespace
@@ -44,13 +64,23 @@ bool Finger::touch(const QPoint &from, const QPoint &to, std::chrono::millisecon
 {
     constexpr int SamplePeriodMs = 10;
     const int steps = static_cast<int>(hold.count()) / SamplePeriodMs;
-    bool ok = touchscreen.write(touchSample(mapping->toRaw(from), true));
+    const auto report = [this](const QPoint &position, bool pressed) {
+        const RawPoint raw = mapping->toRaw(position);
+        return touchscreen.write(touchscreen.isEventDevice() ? touchEvents(raw, pressed)
+                                                             : touchSample(raw, pressed));
+    };
+    bool ok = true;
+    if (touchscreen.isEventDevice()) {
+        // The kernel tells only what has changed, and a panel that has just started would learn
+        // nothing of a finger where the last one was.
+        ok = report(from + QPoint(1, 1), true);
+    }
+    ok = ok && report(from, true);
     for (int i = 1; ok && i <= steps; ++i) {
         QThread::msleep(SamplePeriodMs);
-        const QPoint position = from + (to - from) * i / steps;
-        ok = touchscreen.write(touchSample(mapping->toRaw(position), true));
+        ok = report(from + (to - from) * i / steps, true);
     }
-    return ok && touchscreen.write(touchSample(mapping->toRaw(to), false));
+    return ok && report(to, false);
 }
 
 int Finger::openings() const

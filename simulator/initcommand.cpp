@@ -169,6 +169,12 @@ bool applyNetworkSettings(const DeviceFolder &device)
     return state.save();
 }
 
+/// True on the emulated device, which is no folder but all of a machine.
+bool isWholeMachine(const DeviceFolder &device)
+{
+    return QDir(device.root()).isRoot();
+}
+
 bool makeDevice(const DeviceFolder &device, const InitOptions &options)
 {
     for (const QString &folder : deviceFolders()) {
@@ -226,6 +232,9 @@ ExitCode initCommand(const DeviceFolder &defaultDevice, Arguments &arguments)
         return usageError(arguments.error());
     }
     const DeviceFolder device(folder);
+    if (isWholeMachine(device)) {
+        return failure(QStringLiteral("/ is no folder for a simulated device"));
+    }
     const QFileInfo info(device.root());
     if (info.exists() && !info.isDir()) {
         return failure(QStringLiteral("%1 is no folder").arg(device.root()));
@@ -248,7 +257,9 @@ ExitCode bootCommand(const DeviceFolder &device, Arguments &arguments)
     if (!arguments.finish()) {
         return usageError(arguments.error());
     }
-    QDir(device.path(QStringLiteral("/tmp"))).removeRecursively();
+    if (!isWholeMachine(device)) { // whose own start empties tmp
+        QDir(device.path(QStringLiteral("/tmp"))).removeRecursively();
+    }
     return device.makeFolder(QStringLiteral("/tmp/.system")) && applyNetworkSettings(device)
         ? ExitCode::Done
         : ExitCode::Failed;

@@ -1,5 +1,6 @@
 // The simulated firmware library: the symbols of the device's own, with the answers of a text file,
-// $PANEL_ROOT/simulator/firmware.state. The file is read again at every call, so panelctl (or an
+// /simulator/firmware.state below $PANEL_ROOT (on the emulated device, which has no such variable,
+// the file of this name). The file is read again at every call, so panelctl (or an
 // editor) changes the device while the panel runs. Without Qt, because the device's library has
 // none: the program must not be able to rely on it.
 
@@ -77,10 +78,7 @@ public:
     State()
     {
         const char *pRoot = std::getenv("PANEL_ROOT");
-        if (!pRoot || !*pRoot) {
-            return;
-        }
-        sPath = std::string(pRoot) + "/simulator/firmware.state";
+        sPath = std::string(pRoot ? pRoot : "") + "/simulator/firmware.state";
         std::ifstream file(sPath, std::ios::binary);
         std::string line;
         while (std::getline(file, line)) {

@@ -341,7 +341,9 @@ private Q_SLOTS:
         BoxWatcher watcher;
         const auto pSettings = load();
         pSettings->working.nNetMode = DhcpMode;
-        QCOMPARE(pSettings->saveSettings(true), result);
+        const SaveResult saved = pSettings->save(true);
+        QCOMPARE(saved.outcome, result == 0 ? SaveResult::Saved : SaveResult::ToolFailed);
+        QCOMPARE(saved.described(), result);
         if (!script.isEmpty()) {
             QCOMPARE(root().read("/arguments"),
                      "-i\n" + root().path(NewSettings).toUtf8() + "\n-g\nall\n");

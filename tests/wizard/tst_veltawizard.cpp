@@ -208,7 +208,7 @@ private Q_SLOTS:
             };
             pWizard->button(QWizard::CancelButton)->setFocus();
             QCOMPARE(marked(), 1); // the focused one alone
-            for (const int id : {IpPageId, DnsPageId, SummaryPageId}) {
+            for (int id = IpPageId; id <= SummaryPageId; ++id) {
                 press(QWizard::NextButton);
                 QCOMPARE(pWizard->currentId(), id);
                 const auto *pFocused = qobject_cast<QPushButton *>(QApplication::focusWidget());

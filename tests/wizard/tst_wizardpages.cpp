@@ -396,7 +396,9 @@ private Q_SLOTS:
                 }
                 QCOMPARE(find<QLineEdit>(Fields[i].edit)->text(), QLatin1String(texts[i]));
             }
-            activate(QWizard::NextButton);
+            while (pWizard->currentId() != SummaryPageId) {
+                activate(QWizard::NextButton);
+            }
             QCOMPARE(changes(),
                      QStringList(
                          {"Network OP-Mode: DHCP -> Static", "Address: 192.168.0.10 -> 10.0.0.9",

@@ -1,0 +1,90 @@
+"""Group 1: power-on to the first page; start page, link, preview. Idle pages, pages behind pages."""
+
+from checks import (READY, SMALL_PANEL, WIDE_PANEL, check, expect, ready_panel,
+                    running)
+from common import wait_for
+from panel import FIRST_PAGE_LIMIT, GLANCE, Panel
+
+IDLE = 5  # seconds in which an idle page is one picture
+
+
+def power_on(panel):
+    """From power-on to the preview page; the first thing painted is the whole start page."""
+    panel.start()
+
+    def painted():
+        picture = panel.picture()
+        expect((picture.width, picture.height) in (panel.kind.size, (640, 480)),
+               f"the screen is {picture.width}x{picture.height}")
+        lit = (picture.width, picture.height) == panel.kind.size and picture.at(5, 5) != (0, 0, 0)
+        return picture if lit else None
+    first = wait_for("the first frame", painted, FIRST_PAGE_LIMIT, look=0.02)
+    expect(first.is_page("start page"), f"the first frame shows {first.page()}")
+    panel.wait_page("preview", FIRST_PAGE_LIMIT)
+
+
+@check(1, 35, first=True)
+def power_on_800x480():
+    """The device that most checks go on with."""
+    panel = Panel("power_on_800x480", WIDE_PANEL)
+    with running(panel):
+        power_on(panel)
+        panel.wait_agent()
+        panel.agent.check("while systemctl is-system-running | grep -q starting; do sleep 0.1; done",
+                          limit=60)
+        panel.watch_still(panel.wait_still(), IDLE)
+        panel.remember(READY)
+
+
+@check(1, 45)
+def power_on_480x272():
+    """A small screen: a page behind the wizard is as it was."""
+    panel = Panel("power_on_480x272", SMALL_PANEL)
+    with running(panel):
+        power_on(panel)
+        preview = panel.wait_still()
+        panel.watch_still(preview, IDLE)
+        mode = panel.touch("configure", "mode")
+        expect(panel.kind.size == (mode.width, mode.height), "the wizard is on another screen")
+        panel.touch("cancel", "preview")
+        panel.wait_picture(preview)
+
+
+@check(1, 20)
+def runtime_link():
+    """Without a link to the runtime the start page stays; with it the preview page comes."""
+    with ready_panel("runtime_link") as panel:
+        preview = panel.wait_still()
+        panel.systemctl("stop operator-panel.service")
+        panel.control("plc no-link")
+        panel.systemctl("start operator-panel.service", 60)
+        panel.wait_page("start page", 30)
+        # The first tick comes 5 s after the start, and finds nothing.
+        wait_for("a tick that asks for the link",
+                 lambda: panel.unit("StatusText")[0] != "" and panel.agent.check("cat /proc/uptime"),
+                 20)
+        panel.wait_page("start page")
+        panel.control("plc link")
+        panel.wait_page("preview")
+        panel.wait_picture(preview)
+
+
+@check(1, 20)
+def idle_pages():
+    """Every page of the wizard is one picture for 5 s, and back comes what was there before."""
+    with ready_panel("idle_pages") as panel:
+        before = {"preview": panel.wait_still()}
+        panel.touch("configure", "mode")
+        order = ["mode", "addresses", "name servers", "nothing to save"]
+        for index, name in enumerate(order):
+            before[name] = panel.wait_still(seconds=GLANCE)
+            panel.watch_still(before[name], IDLE if name in ("mode", order[-1]) else 1)
+            if index + 1 < len(order):
+                panel.touch("next", order[index + 1])
+        for name in reversed(order[:-1]):
+            panel.touch("back", name)
+        panel.wait_picture(before["mode"])
+        panel.touch("cancel", "preview")
+        panel.wait_picture(before["preview"])
+
+
