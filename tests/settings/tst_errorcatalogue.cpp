@@ -1,9 +1,6 @@
 #include "settings/errorcatalogue.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
-#include <QMessageBox>
-#include <QSet>
 #include <QTranslator>
 
 class TestErrorCatalogue : public DeviceTest
