@@ -10,7 +10,7 @@ from panel import FIRST_PAGE_LIMIT, device_settings
 # Where the mode page says "Static" or "DHCP", and the number pad its text.
 MODE_FIELD = (240, 175, 350, 26)
 PAD_FIELD = (90, 58, 620, 40)
-BLINK = 1.3  # seconds: a cursor that blinks is seen and not seen
+BLINK = 2  # seconds: a cursor that blinks is seen and not seen
 
 
 def expect_saved(panel, before, mode_page):
@@ -173,7 +173,8 @@ def german_keyboard():
         expect(seven, "the 7 on the screen has typed nothing")
         new_settings(panel, "\n[input]\nkbd_mapping=DE\n")
         restart_unit(panel)
-        expect(typed(lambda: panel.press_key("a"))[1] & seven, "the key map is not used")
+        looks = typed(lambda: panel.press_key("a"))[1]
+        expect(looks & seven, f"the key map is not used: {len(looks)} looks, none of {len(seven)}")
 
 
 def field_looks(panel):

@@ -18,7 +18,7 @@ from checks import ALL, READY
 from common import patience, run_main
 from machine import KINDS, RUNS, die_with_parent
 
-JOBS = 2
+JOBS = 3
 LONGEST = 300  # seconds for one check; whatever it waits for has a limit of its own
 MODULES = (check_pages, check_wizard, check_calibration, check_screen, check_service)
 
