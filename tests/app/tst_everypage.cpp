@@ -326,8 +326,8 @@ private:
         show(QStringLiteral("box-password"), ERR_PASSWORD, tries, 10);
         show(QStringLiteral("box-address"), ERR_IP_DATA_INVALID, IPAddressesPage::tr("netmask"), 0);
         show(QStringLiteral("box-long"), ERR_CAL_TIMEOUT, QString(), 0);
-        for (const ErrorEntry *pEntry = errorCatalogue; bPseudo && pEntry->nCode != ERR_END;
-             ++pEntry) {
+        for (const ErrorEntry *pEntry = errorCatalogue;
+             !translator.isEmpty() && pEntry->nCode != ERR_END; ++pEntry) {
             show(QStringLiteral("box%1").arg(pEntry->nCode), pEntry->nCode, "/etc/pointercal", 0);
         }
     }
