@@ -85,7 +85,9 @@ public:
     int readers() const
     {
         char name[64];
-        ttyname_r(nSlave, name, sizeof name);
+        if (ttyname_r(nSlave, name, sizeof name) != 0) {
+            qFatal("no terminal");
+        }
         int n = -1;
         const QDir descriptors("/proc/self/fd");
         for (const QFileInfo &entry : descriptors.entryInfoList(QDir::Files | QDir::System)) {
