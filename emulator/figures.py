@@ -44,7 +44,7 @@ def start_up(panel):
     unit = offset + monotonic_property(panel, "InactiveExitTimestampMonotonic")
     executed = offset + monotonic_property(panel, "ExecMainStartTimestampMonotonic")
     return {"power-on to the kernel's end": init, "init to the unit's start": unit - init,
-            "unit's start to exec": executed - unit, "exec to the first frame": frame - executed,
+            "unit's start to exec": max(0, executed - unit), "exec to the first frame": frame - executed,
             "power-on to the first frame": frame, "unit's start to the first frame": frame - unit}
 
 
