@@ -288,32 +288,33 @@ bool VeltaSettings::detectChanges()
     return bChanged;
 }
 
-int VeltaSettings::saveSettings(bool bApply)
+SaveResult VeltaSettings::save(bool apply)
 {
     if (!detectChanges()) {
-        return 1;
+        return {SaveResult::NothingToDo};
     }
     qDebug("Data changed !!!");
     const QList<IniEntry> entries = changedEntries();
     if (entries.isEmpty()) { // all of pages that are switched off
-        return bApply ? 1 : 0;
+        return {apply ? SaveResult::NothingToDo : SaveResult::Saved};
     }
     if (const int nWritten = writeNewSettings(entries); nWritten != 0) {
         qWarning("%s: nothing is applied", qPrintable(sNewSettingsPath));
         discardPendingInput(); // a slow disk: as after the tool
-        return nWritten;
+        return {SaveResult::NotWritten, nWritten};
     }
-    if (!bApply) {
-        return 0;
+    if (!apply) {
+        return {};
     }
     const int nResult = utils.runSysCfg();
     // The tool blocks everything for a while. Who taps SAVE or presses Return again meanwhile must
     // not press what comes up in its place.
     discardPendingInput();
-    if (nResult != 0) {
-        const VeltaInfoBox box(ERR_SYSCFG_RESULT, QString::number(nResult), 0, nullptr, true, true);
+    if (nResult == 0) {
+        return {};
     }
-    return nResult;
+    const VeltaInfoBox box(ERR_SYSCFG_RESULT, QString::number(nResult), 0, nullptr, true, true);
+    return {SaveResult::ToolFailed, nResult};
 }
 
 QList<IniEntry> VeltaSettings::changedEntries()

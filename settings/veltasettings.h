@@ -1,6 +1,7 @@
 #pragma once
 
 #include "settings/inifile.h"
+#include "settings/saveresult.h"
 #include "settings/settingsrecord.h"
 #include "settings/veltautils.h"
 
@@ -46,12 +47,12 @@ public:
     /// Compares the working record with the snapshot, as far as saving goes, and keeps the result
     /// in working.bDataChanged.
     bool detectChanges();
-    /// Writes what changed into the new-settings file and, with \a bApply, hands it to the system
-    /// configuration tool. Returns 0 on success, 1 when there was nothing to do, ERR_INI_ACCESS
-    /// when the file cannot be written and read again as it was meant, ERR_INI_FORMAT when it can
-    /// be read but makes no sense (nothing is applied and no file left in both cases), else the
-    /// tool's result, which has been shown to the operator.
-    int saveSettings(bool bApply);
+    /// Writes what changed into the new-settings file and, with \a apply, hands it to the system
+    /// configuration tool, whose failure is shown to the operator.
+    SaveResult save(bool apply);
+    /// The same, told as one number: 0 on success, 1 when there was nothing to do, else
+    /// SaveResult::nCode, which is 1 as well when the tool ended with that exit status.
+    int saveSettings(bool bApply) { return save(bApply).described(); }
 
     SettingsRecord working; ///< Loaded and edited.
     SettingsRecord snapshot; ///< As loaded by init(), never edited.

@@ -16,8 +16,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// What the panel shows a touch for: the way to the next cross and, after the last, its verdict.
-constexpr auto PauseBetweenCrosses = 800ms;
 constexpr auto LongestVerdict = 5s;
 // A glance at the page before it is touched; the panel drops what is touched sooner.
 constexpr auto PageUp = 500ms;
@@ -55,6 +53,7 @@ struct Options
     double nNoise = 0; ///< pixels, standard deviation
     std::chrono::seconds wait{};
     std::chrono::milliseconds hold{};
+    std::chrono::milliseconds pause{}; ///< before each cross: its way there and a verdict
     unsigned seed = 0;
 };
 
@@ -78,6 +77,8 @@ Options takeOptions(Arguments &arguments)
         std::chrono::seconds(arguments.takeNumberOption(QStringLiteral("--wait"), 20, 1, 600));
     options.hold = std::chrono::milliseconds(
         arguments.takeNumberOption(QStringLiteral("--ms"), 120, 0, 60000));
+    options.pause = std::chrono::milliseconds(
+        arguments.takeNumberOption(QStringLiteral("--pause"), 800, 0, 60000));
     return options;
 }
 
@@ -123,7 +124,7 @@ public:
     bool touchCrosses()
     {
         for (const QPoint &cross : crosshairTargets(finger.screenSize())) {
-            std::this_thread::sleep_for(PauseBetweenCrosses);
+            std::this_thread::sleep_for(options.pause);
             const QPoint position = cross + tremble();
             if (!finger.touch(position, position, options.hold)) {
                 return false;

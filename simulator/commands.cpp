@@ -349,11 +349,12 @@ constexpr Command Commands[] = {
      calibrationRequestCommand},
     {"calibrate",
      "[--start] [--accept|--no-accept] [--exit] [--noise PX] [--seed N]\n"
-     "[--wait SECONDS] [--ms N]",
+     "[--wait SECONDS] [--ms N] [--pause N]",
      "Plays the operator of one touchscreen calibration: asks the panel for it, waits for the run\n"
      "(--start: presses Start Calibration), touches the five crosses, each for N ms (default "
-     "120),\n"
-     "and presses Accept Calibration, then with --exit Exit Calibration. With --noise the finger\n"
+     "120)\n"
+     "after a pause (default 800 ms), and presses Accept Calibration, then with --exit Exit "
+     "Calibration. With --noise the finger\n"
      "misses each cross by a Gaussian error of PX pixels on each axis.",
      true, calibrateCommand},
     {"cal-message", "", "Leaves the message that the calibration at start timed out.", true,

@@ -146,12 +146,12 @@ void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows)
     }
 }
 
-void fitTitle(const SettingsRecord &record, QGroupBox *pBox)
+void fitTitle(const SettingsRecord &record, QGroupBox *box)
 {
-    pBox->setTitle(record.pUtils->shortGroupBoxTitle(pBox));
-    const int nFrame = pBox->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, pBox);
-    const int nWidth = wizardSize(record).width() - 2 * (wizardMargin(pBox) + nFrame) - TitleInset;
-    pBox->setFont(fittedFont(pBox->font(), pBox->title(), nWidth));
+    box->setTitle(record.pUtils->shortGroupBoxTitle(box));
+    const int nFrame = box->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, box);
+    const int nWidth = wizardSize(record).width() - 2 * (wizardMargin(box) + nFrame) - TitleInset;
+    box->setFont(fittedFont(box->font(), box->title(), nWidth));
 }
 
 void setCommonWidth(const QList<QLabel *> &labels)

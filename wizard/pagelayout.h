@@ -41,9 +41,9 @@ int wizardMargin(const QWidget *widget);
 /// whole in the wizard's width. No effect on wide screens.
 void fitRows(const SettingsRecord &record, const QList<FieldRow> &rows);
 
-/// Shows the title of \a pBox in its short form where the screen is upright, in a font in which it
+/// Shows the title of \a box in its short form where the screen is upright, in a font in which it
 /// fits into the wizard's width.
-void fitTitle(const SettingsRecord &record, QGroupBox *pBox);
+void fitTitle(const SettingsRecord &record, QGroupBox *box);
 
 /// Gives all \a labels one fixed width, that of the widest of their texts in its font.
 void setCommonWidth(const QList<QLabel *> &labels);

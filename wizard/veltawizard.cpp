@@ -23,6 +23,7 @@
 #include <algorithm>
 #include <iterator>
 #include <new>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -359,18 +360,18 @@ void VeltaWizard::accept()
     }
     button(QWizard::FinishButton)->setEnabled(false);
     button(QWizard::FinishButton)->repaint(); // a sign of life while the tool blocks everything
-    const int nResult = pSettings ? pSettings->saveSettings(true) : 1;
-    if (nResult == 0) {
+    const SaveResult result =
+        pSettings ? pSettings->save(true) : SaveResult{SaveResult::NothingToDo};
+    if (result.outcome == SaveResult::Saved) {
         QDialog::accept();
         return;
     }
-    if (nResult == 1) {
-        reject();
-        return;
+    // The tool's own results have been reported and are in no catalogue: their box is not modal and
+    // goes with the wizard. Its exit status 1 has none, like the save with nothing to do.
+    std::optional<VeltaInfoBox> box;
+    if (result.described() != 1) {
+        box.emplace(qint16(result.nCode), 0, nullptr, true, false);
     }
-    // The tool's own results have been reported and are in no catalogue: their box is not modal
-    // and goes with the wizard.
-    VeltaInfoBox box(qint16(nResult), 0, nullptr, true, false);
     reject();
 }
 

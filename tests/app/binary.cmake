@@ -4,7 +4,7 @@ set(prefix ${BUILD}/tests/installed)
 file(REMOVE_RECURSE ${prefix})
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix}
     OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
-file(GLOB program ${prefix}/*/operator-panel)
+file(GLOB program LIST_DIRECTORIES false ${prefix}/*/operator-panel)
 execute_process(COMMAND ${READELF} --wide --file-header --segments --dynamic --dyn-syms ${program}
     OUTPUT_VARIABLE elf COMMAND_ERROR_IS_FATAL ANY)
 file(REMOVE_RECURSE ${prefix})

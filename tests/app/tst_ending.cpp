@@ -1,9 +1,7 @@
 #include "tests/platform/notifysocket.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <QElapsedTimer>
-#include <QProcess>
 
 #include <csignal>
 #include <fcntl.h>
@@ -57,15 +55,12 @@ private:
 private Q_SLOTS:
     void endsInTime_data()
     {
-        columns<int, QString, bool>("number", "delayMs", "hard");
         row("SIGTERM, idle", SIGTERM, "0", false);
         row("SIGINT, a firmware call hangs", SIGINT, "60000", true);
     }
     void endsInTime()
     {
-        QFETCH(int, number);
-        QFETCH(QString, delayMs);
-        QFETCH(bool, hard);
+        FETCH(int, number, QString, delayMs, bool, hard);
         root().setFirmware("delayMs", delayMs);
         NotifySocket manager(notifySocket());
         start("offscreen", [] {
@@ -88,13 +83,12 @@ private Q_SLOTS:
     // Nobody reads what it and its libraries write.
     void fullErrorStream_data()
     {
-        columns<bool>("socket");
         row("pipe", false);
         row("socket", true);
     }
     void fullErrorStream()
     {
-        QFETCH(bool, socket);
+        FETCH(bool, socket);
         int ends[2] = {};
         QCOMPARE(socket ? socketpair(AF_UNIX, SOCK_STREAM, 0, ends) : pipe2(ends, 0), 0);
         fcntl(ends[1], F_SETFL, fcntl(ends[1], F_GETFL) | O_NONBLOCK);
@@ -119,14 +113,12 @@ private Q_SLOTS:
 
     void noDisplay_data()
     {
-        columns<QString, QByteArray>("platform", "missing");
-        row("no framebuffer", "linuxfb:fb=/nowhere", QByteArray("framebuffer"));
-        row("no such platform", "nosuch", QByteArray("platform plugin"));
+        row("no framebuffer", "linuxfb:fb=/nowhere", "framebuffer");
+        row("no such platform", "nosuch", "platform plugin");
     }
     void noDisplay()
     {
-        QFETCH(QString, platform);
-        QFETCH(QByteArray, missing);
+        FETCH(QString, platform, QByteArray, missing);
         qputenv("TMPDIR", QFile::encodeName(root().path("/tmp")));
         NotifySocket manager(notifySocket());
         start(platform);

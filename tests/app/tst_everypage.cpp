@@ -12,21 +12,15 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/openkeyboard.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
 #include "wizard/ipaddressespage.h"
 #include "wizard/protectionpage.h"
 #include "wizard/veltawizard.h"
 
 #include <QAbstractScrollArea>
-#include <QApplication>
 #include <QGroupBox>
 #include <QLCDNumber>
-#include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QProgressBar>
-#include <QPushButton>
-#include <QScreen>
 #include <QScrollBar>
 #include <QTranslator>
 
@@ -41,10 +35,10 @@ constexpr double MmPerInch = 25.4;
 bool isKnown(const QString &screen, const QString &view, const QString &defect, bool bPseudo)
 {
     static const QRegularExpression known(
-        "^(240x320|320x240|272x480|240x320 dense) AlphaNumInput "
+        "^(240x320|320x240|272x480|240x320 dense) AlphaNumInput(-.)? "
         "panelButton_a([A-Z0-9]|dot|slash) is too small for a finger$");
     static const QRegularExpression knownPseudo(
-        "^(240x320|272x480|240x320 dense) AlphaNumInput panelButton_acancel cuts its text$|"
+        "^(240x320|272x480|240x320 dense) AlphaNumInput(-.)? panelButton_acancel cuts its text$|"
         "^240x320 dense IPAddressesPage(-changed)? .*IPLineEdit cuts its text$");
     const QString what = screen + ' ' + view + ' ' + defect;
     return known.match(what).hasMatch() || (bPseudo && knownPseudo.match(what).hasMatch());
@@ -72,8 +66,8 @@ bool showsItsText(const QWidget &widget)
                                   : showsLine(*pLabel) || holds(pLabel->sizeHint(), 0);
     }
     if (const auto *pButton = qobject_cast<const QAbstractButton *>(&widget)) {
-        return pButton->text().isEmpty()
-            || holds(metrics.size(Qt::TextShowMnemonic, pButton->text()), 4);
+        const int nWidth = metrics.horizontalAdvance(pButton->text().replace("&&", "&"));
+        return pButton->text().isEmpty() || holds({nWidth, metrics.height()}, 4);
     }
     if (const auto *pEdit = qobject_cast<const QLineEdit *>(&widget)) {
         return holds({metrics.horizontalAdvance(pEdit->displayText()), metrics.height()}, 4);
@@ -308,6 +302,10 @@ private:
                                            quint16(size.height()));
             context.showPanel();
             inspect(QLatin1String(mode), context);
+            for (int nLevel = 1; nLevel < 3 && *mode == 'A'; ++nLevel) {
+                context.findChild<QPushButton *>("panelButton_aMode")->click();
+                inspect(QStringLiteral("%1-%2").arg(QLatin1String(mode)).arg(nLevel), context);
+            }
         }
     }
 
@@ -328,8 +326,8 @@ private:
         show(QStringLiteral("box-password"), ERR_PASSWORD, tries, 10);
         show(QStringLiteral("box-address"), ERR_IP_DATA_INVALID, IPAddressesPage::tr("netmask"), 0);
         show(QStringLiteral("box-long"), ERR_CAL_TIMEOUT, QString(), 0);
-        for (const ErrorEntry *pEntry = errorCatalogue; bPseudo && pEntry->nCode != ERR_END;
-             ++pEntry) {
+        for (const ErrorEntry *pEntry = errorCatalogue;
+             !translator.isEmpty() && pEntry->nCode != ERR_END; ++pEntry) {
             show(QStringLiteral("box%1").arg(pEntry->nCode), pEntry->nCode, "/etc/pointercal", 0);
         }
     }
@@ -337,7 +335,6 @@ private:
 private Q_SLOTS:
     void everyPage_data()
     {
-        columns<QSize, int, int>("screen", "dpi", "logicalDpi");
         for (const PanelScreen &screen : panelScreens()) {
             row(screen.name(), screen.size, screen.nDpi, 96);
         }
@@ -348,9 +345,7 @@ private Q_SLOTS:
     }
     void everyPage()
     {
-        QFETCH(QSize, screen);
-        QFETCH(int, dpi);
-        QFETCH(int, logicalDpi);
+        FETCH(QSize, screen, int, dpi, int, logicalDpi);
         size = screen;
         nDpi = dpi;
         screenName = QString::fromLatin1(QTest::currentDataTag());

@@ -3,14 +3,10 @@
 #include "platform/windowstack.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
-#include <QDir>
-#include <QLineEdit>
 #include <QWindow>
 
 #include <map>
-#include <memory>
 
 class KeyboardWatcherTest : public DeviceTest
 {
@@ -55,7 +51,6 @@ private Q_SLOTS:
         // "+0" plugs keyboard0 in, "-0" pulls it, "." is a pass of the event loop; at its end one
         // of the third column is read, and handlers were closed so often: of two, the first goes
         // for the second.
-        columns<QString, QString, int>("story", "read", "closed");
         row("one", "+0.", "0", 0);
         row("one pulled", "+0.-0.", "", 1);
         row("second", "+0.+1.", "01", 2);
@@ -72,8 +67,7 @@ private Q_SLOTS:
     }
     void comeAndGo()
     {
-        QFETCH(QString, story);
-        QFETCH(QString, read);
+        FETCH(QString, story, QString, read, int, closings);
         start();
         QSignalSpy closed(pServer.get(), &WindowServer::keyboardClosed);
         for (qsizetype i = 0; i < story.size(); ++i) {
@@ -88,12 +82,12 @@ private Q_SLOTS:
         QCOMPARE(pServer->hasKeyboard(), !read.isEmpty());
         QCOMPARE(readOnes().size(), read.isEmpty() ? 0 : 1);
         QVERIFY2(read.contains(readOnes()), qPrintable(readOnes()));
-        QTEST(int(closed.size()), "closed");
+        QCOMPARE(closed.size(), closings);
     }
 
     void noKeyboards_data()
     {
-        columns<QString>("target"); // of the link; empty: no link
+        // of the link; empty: no link
         row("device without an end", "/dev/null");
         row("no event device", "/dev/zero");
         row("plain file", "/etc/ts.conf");
@@ -103,7 +97,7 @@ private Q_SLOTS:
     }
     void noKeyboards()
     {
-        QFETCH(QString, target);
+        FETCH(QString, target);
         root().write("/etc/ts.conf", "");
         const QString link = root().path("/dev/input/keyboard0");
         if (target.isEmpty()) {

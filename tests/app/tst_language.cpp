@@ -72,7 +72,6 @@ private:
 private Q_SLOTS:
     void environment_data()
     {
-        columns<QString, QString>("environment", "next");
         row("none", "", "Next");
         row("C", "LANG=C", "Next");
         row("C over all", "LC_ALL=C.UTF-8 LANG=de_DE", "Next");
@@ -89,7 +88,7 @@ private Q_SLOTS:
     }
     void environment()
     {
-        QFETCH(QString, environment);
+        FETCH(QString, environment, QString, next);
         // Qt reads the environment once in the life of a process.
         QProcess other;
         QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
@@ -103,20 +102,19 @@ private Q_SLOTS:
         other.setProcessEnvironment(variables);
         other.start(QCoreApplication::applicationFilePath(), {SayNext});
         QVERIFY(other.waitForFinished());
-        QTEST(QString::fromUtf8(other.readAllStandardOutput()), "next");
+        QCOMPARE(QString::fromUtf8(other.readAllStandardOutput()), next);
     }
 
     void letters_data()
     {
-        columns<QString, bool>("text", "there");
         row("German", QStringLiteral("ÄÖÜäöüß"), true);
         row("none", QString(), true);
         row("of nobody", QStringLiteral("a\uE4A7"), false);
     }
     void letters()
     {
-        QFETCH(QString, text);
-        QTEST(hasLetters(QGuiApplication::font(), text), "there");
+        FETCH(QString, text, bool, there);
+        QCOMPARE(hasLetters(QGuiApplication::font(), text), there);
     }
 
     /// What is asked of the fonts are the letters that the translation has.
@@ -164,7 +162,6 @@ private Q_SLOTS:
 
     void saves_data()
     {
-        columns<QSize, QByteArray>("screen", "settings");
         row("480x272, static", QSize(480, 272), StaticSettings);
         row("480x272, DHCP", QSize(480, 272), DhcpSettings);
         row("1280x800, static", QSize(1280, 800), StaticSettings);
@@ -173,8 +170,7 @@ private Q_SLOTS:
     /// To the byte what English hands over.
     void saves()
     {
-        QFETCH(QSize, screen);
-        QFETCH(QByteArray, settings);
+        FETCH(QSize, screen, QByteArray, settings);
         setScreen(screen);
         const WindowServer server;
         const QByteArray english = saveAndRestart(settings);

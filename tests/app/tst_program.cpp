@@ -148,7 +148,7 @@ bool isPainted(const QImage &picture, QPoint place)
     return picture.rect().contains(place) && picture.pixel(place) != picture.pixel(0, 0);
 }
 
-/// The busy bar lies across the screen; a box in the middle leaves its ends free.
+/// The busy bar lies across the screen.
 bool isStartPage(const QImage &picture)
 {
     return isPainted(picture, {15, 271}) && isPainted(picture, {785, 271});
@@ -164,12 +164,6 @@ bool isPreviewPage(const QImage &picture)
 bool isWizard(const QImage &picture)
 {
     return isPainted(picture, {85, 475}) && !isPainted(picture, {40, 475});
-}
-
-/// What a box in the middle covers and nothing moves in.
-QImage middle(const QImage &picture)
-{
-    return picture.copy(300, 200, 200, 50);
 }
 
 struct Pages
@@ -192,27 +186,6 @@ Pages seePages()
     pages.wizard = panel.screenshotOf(isWizard);
     pages.exitCode = panel.terminate();
     pages.complaints = panel.complaints();
-    return pages;
-}
-
-struct Fontless
-{
-    QImage box, start, preview;
-    int exitCode = -1;
-};
-
-Fontless seeFontless()
-{
-    Panel panel;
-    QFile::remove(panel.path("/usr/lib/fonts/Vera.ttf"));
-    QFile::remove(panel.path("/usr/lib/fonts/VeraBd.ttf"));
-    panel.start();
-    Fontless pages;
-    pages.box = panel.screenshot();
-    panel.control("keyboard type <Return>");
-    pages.start = panel.screenshot();
-    pages.preview = panel.screenshotOf(isPreviewPage);
-    pages.exitCode = panel.terminate();
     return pages;
 }
 
@@ -267,7 +240,7 @@ Calibrated endInCalibration()
 
 } // namespace
 
-/// The program itself on a simulated device, seen and worked from outside. All panels run at the
+/// The program itself on a simulated device, seen and worked from outside. Both panels run at the
 /// same time, because each takes the first five seconds to come up.
 class TestProgram : public QObject
 {
@@ -278,10 +251,8 @@ private Q_SLOTS:
     {
         // Threads, no futures: how these hand over is not seen by the thread sanitizer.
         std::thread first([this] { pages = seePages(); });
-        std::thread second([this] { fontless = seeFontless(); });
         calibrated = endInCalibration();
         first.join();
-        second.join();
     }
 
     void showsItsPages()
@@ -292,15 +263,6 @@ private Q_SLOTS:
         QVERIFY(isWizard(pages.wizard)); // by the real keyboard
         QCOMPARE(pages.exitCode, 0); // from within the wizard
         QCOMPARE(pages.complaints, QStringList());
-    }
-
-    /// One box for both fonts: the key that closes it leaves none.
-    void goesOnWithoutFonts()
-    {
-        QVERIFY(isStartPage(fontless.box) && isStartPage(fontless.start));
-        QVERIFY(middle(fontless.box) != middle(fontless.start));
-        QVERIFY(isPreviewPage(fontless.preview));
-        QCOMPARE(fontless.exitCode, 0);
     }
 
     /// Told to end in the seconds in which nobody has accepted the calibration yet.
@@ -314,7 +276,6 @@ private Q_SLOTS:
 
 private:
     Pages pages;
-    Fontless fontless;
     Calibrated calibrated;
 };
 

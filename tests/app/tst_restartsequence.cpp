@@ -1,6 +1,5 @@
 #include "app/restartsequence.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 using State = RestartSequence::State;
 using Event = RestartSequence::Event;
@@ -12,7 +11,6 @@ class RestartSequenceTest : public DeviceTest
 private Q_SLOTS:
     void steps_data()
     {
-        columns<QList<Event>, State, bool>("events", "state", "retry");
         const auto asked = Event::Asked;
         const auto good = Event::Succeeded;
         const auto bad = Event::Failed;
@@ -32,13 +30,13 @@ private Q_SLOTS:
     }
     void steps()
     {
-        QFETCH(QList<Event>, events);
+        FETCH(QList<Event>, events, State, state, bool, retry);
         RestartSequence sequence(root().path("/sbin/reboot"));
         for (const Event event : std::as_const(events)) {
             sequence.handle(event);
         }
-        QTEST(sequence.state(), "state");
-        QTEST(sequence.isRetryDue(), "retry");
+        QCOMPARE(sequence.state(), state);
+        QCOMPARE(sequence.isRetryDue(), retry);
     }
 
     // The end of the program leaves a shutdown alone, and does not wait for it.

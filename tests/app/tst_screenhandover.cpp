@@ -1,21 +1,14 @@
 #include "app/mainwindow.h"
 #include "platform/screenhandover.h"
 #include "platform/windowserver.h"
-#include "tests/support/deviceroot.h"
-#include "tests/support/testmain.h"
+#include "tests/support/devicetest.h"
+#include "tests/support/ioctlhook.h"
 
-#include <QDialog>
-#include <QFile>
 #include <QProgressBar>
-#include <QSignalSpy>
-#include <QTemporaryDir>
 
-#include <cstdarg>
 #include <cstring>
 #include <linux/fb.h>
 #include <sys/mman.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace {
 
@@ -57,19 +50,14 @@ void processAll()
 
 } // namespace
 
-/// In place of the C library's, for Qt's platform plugin too.
-extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
+bool answerIoctl(int, unsigned long request, void *pArgument, int &)
 {
-    va_list arguments;
-    va_start(arguments, request);
-    void *pArgument = va_arg(arguments, void *);
-    va_end(arguments);
     if (request == FBIOGET_FSCREENINFO) {
         fb_fix_screeninfo info{};
         info.smem_len = FrameSize;
         info.line_length = LineLength;
         std::memcpy(pArgument, &info, sizeof info);
-        return 0;
+        return true;
     }
     if (request == FBIOGET_VSCREENINFO) {
         fb_var_screeninfo info{};
@@ -80,9 +68,9 @@ extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
         info.green = {8, 8, 0};
         info.blue = {0, 8, 0};
         std::memcpy(pArgument, &info, sizeof info);
-        return 0;
+        return true;
     }
-    return static_cast<int>(syscall(SYS_ioctl, fd, request, pArgument));
+    return false;
 }
 
 /// On Qt's real linuxfb: what arrives in the framebuffer.

@@ -1,11 +1,8 @@
 #include "app/keyrepeatfilter.h"
 #include "app/veltakbdinput.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
-#include <QDialog>
 #include <QKeyEvent>
-#include <QPushButton>
 
 namespace {
 
@@ -40,7 +37,6 @@ class VeltaKbdInputTest : public DeviceTest
 private Q_SLOTS:
     void translation_data()
     {
-        columns<int, int>("key", "sent");
         row("S", int(Qt::Key_S), int(Qt::Key_Tab));
         row("T", int(Qt::Key_T), int(Qt::Key_Backtab));
         row("R", int(Qt::Key_R), int(Qt::Key_Backspace));
@@ -49,8 +45,7 @@ private Q_SLOTS:
     }
     void translation()
     {
-        QFETCH(int, key);
-        QFETCH(int, sent);
+        FETCH(int, key, int, sent);
         KeyLog target;
         VeltaKbdInput input(&target);
         QKeyEvent event(QEvent::KeyPress, key, Qt::ShiftModifier, QStringLiteral("s"));

@@ -1,36 +1,19 @@
 #include "calibration/calibrationpage.h"
 #include "calibration/calibrationrun.h"
 #include "calibration/veltacalibrationpanel.h"
-#include "calibration/veltacalibrationpanelcontext.h"
 #include "platform/requestfiles.h"
-#include "platform/windowserver.h"
-#include "tests/calibration/simulatedpanel.h"
+#include "tests/calibration/calibrationtest.h"
 #include "tests/calibration/touchsheet.h"
-#include "tests/platform/touchscreenfifo.h"
 #include "tests/support/boxwatcher.h"
-#include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
 
-#include <QApplication>
-#include <QDir>
-#include <QFile>
 #include <QLCDNumber>
 #include <QPlainTextEdit>
-#include <QPushButton>
-#include <QRegularExpression>
-#include <QTimer>
-
-#include <memory>
 
 namespace {
 
-constexpr char OldFile[] = "16384 0 0 0 8192 0 65536\n";
-const QString CalibrationFile = "/etc/pointercal";
 const QString Request = CalibrationRequestFile;
-constexpr int RunLimitMs = 30000; // far more than any machine takes
 constexpr CalibrationPace Fast{std::chrono::milliseconds(0), std::chrono::milliseconds(0)};
-constexpr SimulatedPanel Glass{true, false, true, 0};
 
 qsizetype samplingThreads()
 {
@@ -57,7 +40,7 @@ qsizetype openTouchscreens()
 } // namespace
 
 /// The page, its controller and its crosshair screen on a touchscreen that real tslib reads.
-class TestCalibrationPage : public DeviceTest
+class TestCalibrationPage : public CalibrationTest
 {
     Q_OBJECT
 
@@ -65,11 +48,8 @@ private Q_SLOTS:
     void init()
     {
         DeviceTest::init();
-        pFifo = std::make_unique<TouchscreenFifo>(root());
-        root().write(CalibrationFile, OldFile);
+        openPointer();
         root().write(Request, {});
-        pServer = std::make_unique<WindowServer>();
-        QVERIFY(pServer->openPointer());
         pPage = std::make_unique<CalibrationPage>(Fast);
     }
 
@@ -125,22 +105,10 @@ private Q_SLOTS:
         QCOMPARE(openTouchscreens(), open);
     }
 
-    void nobodyAccepts_data()
-    {
-        // "writable" is the calibration file when the count has run out.
-        columns<bool, bool, QString>("writable", "secondRun", "box");
-        row("restored", true, false, "old calibration data restored");
-        row("restored at the end of the program", false, false, "Error -212");
-        row("second run accepted", false, true, "Error -212");
-    }
     /// 10 to 0, the old calibration, and a count-down to the next run.
     void nobodyAccepts()
     {
-        QFETCH(bool, writable);
-        QFETCH(bool, secondRun);
-        QFETCH(QString, box);
         const QPoint before = landing({1000, 1000});
-        const QString path = root().path(CalibrationFile);
         startPage();
         touchCrosshairs();
         for (int i = 0; i < 10; ++i) {
@@ -148,70 +116,17 @@ private Q_SLOTS:
         }
         QVERIFY(inAcceptMode());
         QCOMPARE(pPage->findChild<QLCDNumber *>()->intValue(), 0);
-        if (!writable) {
-            // Not even root can write a file where a directory is.
-            QVERIFY(QFile::remove(path) && QDir().mkpath(path));
-            QTest::ignoreMessage(QtWarningMsg, CannotWrite);
-        }
         {
             BoxWatcher operatorsEyes;
             pPage->updateLCD();
             QCOMPARE(operatorsEyes.texts().size(), 1);
-            QVERIFY(operatorsEyes.texts().constFirst().startsWith(box));
+            QVERIFY(operatorsEyes.texts().constFirst().startsWith("old calibration data restored"));
         }
         QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
         QVERIFY(!inAcceptMode());
         QCOMPARE(button("startCalibrationButton")->text(), "Start Calibration (5)");
         QCOMPARE(landing({1000, 1000}), before);
         QVERIFY(isCounting());
-        if (secondRun) {
-            QTest::ignoreMessage(QtWarningMsg, CannotWrite); // once more, at its start
-            pPage->StartCalibration();
-        }
-        QVERIFY(writable || QDir().rmdir(path));
-        if (secondRun) {
-            touchCrosshairs();
-            button("acceptCalibrationButton")->click();
-        }
-        pPage.reset();
-        QVERIFY(root().exists(CalibrationFile));
-        QCOMPARE(root().read(CalibrationFile) == OldFile, !secondRun);
-    }
-
-    /// While the end of a run shows a box, the page is hidden, raised and started again.
-    void startsBehindBox()
-    {
-        landing({1, 1}); // opens the other end
-        const qsizetype open = openTouchscreens();
-        startPage();
-        VeltaCalibrationPanel *pPanel = crosshairs();
-        // Not even root can write into a directory that is not there.
-        qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
-        bool bRestarted = false;
-        QTimer again;
-        connect(&again, &QTimer::timeout, this, [&] {
-            if (!bRestarted && run()->state() == CalibrationState::Applying) {
-                bRestarted = true;
-                QCOMPARE(pPanel->grab().toImage().pixelColor(790, 470), QColor(Qt::green));
-                pPage->hide();
-                pPage->startAutoCalibration();
-                pPage->StartCalibration();
-                QVERIFY(run()->state() == CalibrationState::Applying);
-            }
-        });
-        again.start(1);
-        BoxWatcher operatorsEyes(200);
-        touchCrosshairs();
-        QVERIFY(bRestarted);
-        const QStringList &boxes = operatorsEyes.texts();
-        QCOMPARE(boxes.size(), 2);
-        QVERIFY(boxes[0].startsWith("Error -233"));
-        QVERIFY(boxes[1].startsWith("Error -234"));
-        QVERIFY(!crosshairs()->isVisible());
-        QVERIFY(isCounting());
-        qunsetenv("POINTERCAL_FILE");
-        pPage.reset();
-        QCOMPARE(openTouchscreens(), open);
         QCOMPARE(root().read(CalibrationFile), OldFile);
     }
 
@@ -229,9 +144,7 @@ private Q_SLOTS:
             }
         });
         look.start(5);
-        for (const QPoint target : crosshairTargets(Glass.picture())) {
-            touch(target);
-        }
+        touchTargets();
         QTest::ignoreMessage(QtWarningMsg, CannotWrite);
         QCoreApplication::exec();
         look.stop();
@@ -241,55 +154,16 @@ private Q_SLOTS:
         QCOMPARE(openTouchscreens(), open);
     }
 
-    void endsInTheMiddle_data()
-    {
-        columns<int, bool>("touches", "withdrawn"); // the page is hidden, else destroyed
-        row("withdrawn at the first point", 0, true);
-        row("program ends at the third point", 2, false);
-        row("program ends before acceptance", 5, false);
-    }
-    void endsInTheMiddle()
-    {
-        QFETCH(int, touches);
-        QFETCH(bool, withdrawn);
-        const QPoint before = landing({1000, 1000});
-        const qsizetype open = openTouchscreens();
-        startPage();
-        QCOMPARE(openTouchscreens(), open + 1);
-        QTRY_COMPARE(samplingThreads(), 1);
-        if (touches == CalibrationRecord::PointCount) {
-            touchCrosshairs();
-            QVERIFY(root().read(CalibrationFile) != OldFile);
-            QVERIFY(WindowServer::isCalibrationUnaccepted());
-        }
-        for (int i = 0; i < touches % CalibrationRecord::PointCount; ++i) {
-            touch(crosshairTargets(Glass.picture())[std::size_t(i)]);
-        }
-        QTest::qWait(touches * 5); // somewhere on its way
-        if (withdrawn) {
-            pPage->hide();
-            QVERIFY(!crosshairs()->isVisible());
-            QVERIFY(!pPage->isRunning());
-            QVERIFY(!isCounting());
-        }
-        pPage.reset();
-        QCOMPARE(root().read(CalibrationFile), OldFile);
-        QCOMPARE(landing({1000, 1000}), before);
-        QCOMPARE(openTouchscreens(), open);
-    }
-
     void runFails_data()
     {
         // "device" in the environment, empty: the built-in one. "wordless": the thread ends, but
         // says nothing. "box" is how its text begins.
-        columns<QString, QByteArray, bool, QList<QByteArray>, QString>(
-            "device", "configuration", "wordless", "messages", "box");
         using Messages = QList<QByteArray>;
         const QByteArray good = "module_raw waveshare len=8\nmodule linear\n";
         const QByteArray end = "CalibrationPanel CalThreadError\n";
         row("no device", "/nowhere", good, false, Messages{"ts_open error"}, "Error -207");
-        row("broken configuration", "", QByteArray("module_raw nosuch\n"), false,
-            Messages{"ts_config error"}, "Error -208");
+        row("broken configuration", "", "module_raw nosuch\n", false, Messages{"ts_config error"},
+            "Error -208");
         row("empty configuration", "", QByteArray(), false, Messages{"ts_config error"},
             "Error -208");
         row("read error", "/dev/input/broken", good, false,
@@ -301,11 +175,8 @@ private Q_SLOTS:
     /// before.
     void runFails()
     {
-        QFETCH(QString, device);
-        QFETCH(QByteArray, configuration);
-        QFETCH(bool, wordless);
-        QFETCH(QList<QByteArray>, messages);
-        QFETCH(QString, box);
+        FETCH(QString, device, QByteArray, configuration, bool, wordless, QList<QByteArray>,
+              messages, QString, box);
         const QPoint before = landing({1000, 1000});
         root().write("/dev/input/broken",
                      TouchscreenFifo::sample({1000, 1000}, 1)
@@ -393,7 +264,6 @@ private Q_SLOTS:
 
     void paints_data()
     {
-        columns<QColor, QColor>("asked", "shown");
         row("black", QColor(Qt::black), QColor(Qt::white));
         for (const auto *pName : {"white", "yellow", "lime", "red"}) {
             row(pName, QColor(pName), QColor(pName));
@@ -401,8 +271,7 @@ private Q_SLOTS:
     }
     void paints()
     {
-        QFETCH(QColor, asked);
-        QFETCH(QColor, shown);
+        FETCH(QColor, asked, QColor, shown);
         startPage();
         QCoreApplication::processEvents();
         crosshairs()->updateScreen(400, 240, asked);
@@ -417,15 +286,14 @@ private Q_SLOTS:
 
     void textsFit_data()
     {
-        QTest::addColumn<QSize>("screen");
-        for (const QSize size : panelScreenSizes()) {
-            QTest::addRow("%dx%d", size.width(), size.height()) << size;
+        for (const PanelScreen &screen : panelScreens()) {
+            row(screen.name(), screen.size);
         }
     }
     /// The three lines neither leave the screen nor touch a crosshair.
     void textsFit()
     {
-        QFETCH(QSize, screen);
+        FETCH(QSize, screen);
         pPage.reset();
         setScreen(screen);
         pPage = std::make_unique<CalibrationPage>(Fast);
@@ -451,53 +319,12 @@ private Q_SLOTS:
     }
 
     void fitsScreen_data() { textsFit_data(); }
-    /// In both modes every widget is on the screen, with its text unclipped and a button high
-    /// enough.
-    void fitsScreen()
-    {
-        QFETCH(QSize, screen);
-        pPage.reset();
-        setScreen(screen);
-        pPage = std::make_unique<CalibrationPage>(Fast);
-        pPage->startAutoCalibration();
-        for (const bool bAccept : {false, true}) {
-            if (bAccept) {
-                pPage->CancelStartTimer();
-                pPage->CalibrationDone();
-            }
-            QCoreApplication::processEvents();
-            const QRect page(QPoint(), screen);
-            QCOMPARE(pPage->geometry(), page);
-            for (const char *name :
-                 {"startCalibrationButton", "acceptCalibrationButton", "cancelCalibrationButton"}) {
-                QPushButton *pButton = button(name);
-                QVERIFY2(page.contains({pButton->mapTo(pPage.get(), QPoint()), pButton->size()}),
-                         name);
-                QVERIFY2(pButton->fontMetrics().horizontalAdvance(pButton->text()) + 8
-                             <= pButton->width(),
-                         name);
-                QVERIFY2(pButton->height() >= 30, name);
-            }
-            auto *pText = pPage->findChild<QPlainTextEdit *>();
-            QVERIFY(page.contains({pText->mapTo(pPage.get(), QPoint()), pText->size()}));
-            const QSizeF text = pText->document()->size(); // height in lines
-            QVERIFY(text.height() * pText->fontMetrics().lineSpacing()
-                    <= pText->viewport()->height());
-            if (bAccept) {
-                auto *pCount = pPage->findChild<QLCDNumber *>();
-                QVERIFY(page.contains({pCount->mapTo(pPage.get(), QPoint()), pCount->size()}));
-            }
-        }
-    }
 
 private:
     void closeWindows() override
     {
         pPage.reset();
-        pServer.reset();
-        pFifo.reset();
-        qunsetenv("TSLIB_TSDEVICE");
-        qunsetenv("POINTERCAL_FILE");
+        CalibrationTest::closeWindows();
     }
 
     QPushButton *button(const char *name) const
@@ -519,13 +346,10 @@ private:
 
     void touchCrosshairs()
     {
-        for (const QPoint target : crosshairTargets(Glass.picture())) {
-            touch(target);
-        }
+        touchTargets();
         QVERIFY(QTest::qWaitFor([this] { return inAcceptMode(); }, RunLimitMs));
     }
 
-    void touch(QPoint finger) { pFifo->tap(Glass.touch(finger)); }
     QPoint landing(RawPoint raw)
     {
         TouchSheet sheet;
@@ -536,9 +360,6 @@ private:
     const CalibrationRun *run() const { return pPage->findChild<CalibrationRun *>(); }
     bool isCounting() const { return run()->findChild<QTimer *>()->isActive(); }
 
-    const QRegularExpression CannotWrite{"Cannot write the pointer calibration file"};
-    std::unique_ptr<TouchscreenFifo> pFifo;
-    std::unique_ptr<WindowServer> pServer;
     std::unique_ptr<CalibrationPage> pPage;
 };
 

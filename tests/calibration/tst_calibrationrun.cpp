@@ -1,31 +1,15 @@
 #include "calibration/calibrationrun.h"
-#include "platform/windowserver.h"
-#include "tests/calibration/simulatedpanel.h"
-#include "tests/platform/touchscreenfifo.h"
-#include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
+#include "tests/calibration/calibrationtest.h"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QEventLoop>
-#include <QFile>
-#include <QMap>
-#include <QRegularExpression>
 
 #include <array>
-#include <functional>
-#include <memory>
 #include <utility>
 
 namespace {
 
 using enum CalibrationState;
 using Event = CalibrationEvent;
-
-constexpr char OldFile[] = "16384 0 0 0 8192 0 65536\n";
-const QString CalibrationFile = "/etc/pointercal";
-constexpr SimulatedPanel Glass{true, false, true, 0};
-constexpr int RunLimitMs = 30000; // far more than any machine takes
 
 constexpr std::array<const char *, CalibrationStates> StateNames{
     "Idle",         "Resting",  "CountingDown", "Sampling",  "Applying",
@@ -50,7 +34,7 @@ extern "C" int fsync(int /*fd*/)
 
 /// In place of the page, the panel and the operator, for a run on a touchscreen that real tslib
 /// reads.
-class TestCalibrationRun : public DeviceTest
+class TestCalibrationRun : public CalibrationTest
 {
     Q_OBJECT
 
@@ -58,10 +42,7 @@ private Q_SLOTS:
     void init()
     {
         DeviceTest::init();
-        pFifo = std::make_unique<TouchscreenFifo>(root());
-        root().write(CalibrationFile, OldFile);
-        pServer = std::make_unique<WindowServer>();
-        QVERIFY(pServer->openPointer());
+        openPointer();
         pRun = std::make_unique<CalibrationRun>(
             CalibrationPace{std::chrono::milliseconds(0), std::chrono::milliseconds(0)});
         bCloseEarly = false;
@@ -72,55 +53,26 @@ private Q_SLOTS:
 
     void steps_data()
     {
-        columns<CalibrationState, int, CalibrationState>("state", "event", "next");
-        const QMap<std::pair<CalibrationState, Event>, CalibrationState> steps{
-            {{Idle, Event::Request}, CountingDown},
-            {{Idle, Event::Start}, Sampling},
-            {{Idle, Event::Applied}, Awaiting},
-            {{Resting, Event::Start}, Sampling},
-            {{Resting, Event::Applied}, Awaiting},
-            {{Resting, Event::Withdraw}, Idle},
-            {{CountingDown, Event::Start}, Sampling},
-            {{CountingDown, Event::StopCountdown}, Resting},
-            {{CountingDown, Event::Expired}, Sampling},
-            {{CountingDown, Event::Applied}, Awaiting},
-            {{CountingDown, Event::Withdraw}, Idle},
-            {{Sampling, Event::AllMeasured}, Awaiting},
-            {{Sampling, Event::TouchscreenFailed}, Resting},
-            {{Sampling, Event::Withdraw}, Idle},
-            {{Applying, Event::Applied}, Awaiting},
-            {{Applying, Event::Withdraw}, ApplyingLeft},
-            {{ApplyingLeft, Event::Applied}, AwaitingLeft},
-            {{ApplyingLeft, Event::Request}, Applying},
-            {{Awaiting, Event::Expired}, CountingDown},
-            {{Awaiting, Event::Accept}, Resting},
-            {{Awaiting, Event::Restore}, CountingDown},
-            {{Awaiting, Event::Withdraw}, AwaitingLeft},
-            {{AwaitingLeft, Event::Request}, Awaiting},
-            {{AwaitingLeft, Event::Expired}, Idle},
-            {{AwaitingLeft, Event::Accept}, Idle},
-            {{AwaitingLeft, Event::Restore}, Idle},
-            {{Restoring, Event::Start}, Sampling},
-            {{Restoring, Event::Restored}, CountingDown},
-            {{Restoring, Event::Withdraw}, RestoringLeft},
-            {{RestoringLeft, Event::Request}, Restoring},
-            {{RestoringLeft, Event::Start}, Sampling},
-            {{RestoringLeft, Event::Restored}, Idle},
-        };
+        // By the state and, in the order of EventNames, by the event; a dot: it stays.
+        const QByteArray letters = "IRCSPpAaTt"; // of the states
+        static constexpr std::array<const char *, CalibrationStates> Next{
+            "CS.......A....", ".S.......A...I", ".SR..S...A...I", ".......AR....I",
+            ".........A...p", "P........a....", ".....C....RC.a", "A....I....II..",
+            ".S..........Ct", "TS..........I."};
         for (int i = 0; i < CalibrationStates * CalibrationEvents; ++i) {
             const auto state = static_cast<CalibrationState>(i / CalibrationEvents);
             const int event = i % CalibrationEvents;
-            QTest::addRow("%s, %s", StateNames[std::size_t(state)], EventNames[std::size_t(event)])
-                << state << event << steps.value({state, static_cast<Event>(event)}, state);
+            const char next = Next[std::size_t(state)][event];
+            row(QByteArray(StateNames[std::size_t(state)]) + ", " + EventNames[std::size_t(event)],
+                state, event,
+                next == '.' ? state : static_cast<CalibrationState>(letters.indexOf(next)));
         }
     }
     /// Every event in every state: where it leads, and that touchscreen, pointer, file, note and
     /// count-down are those of that state, also when the program ends there.
     void steps()
     {
-        QFETCH(CalibrationState, state);
-        QFETCH(int, event);
-        QFETCH(CalibrationState, next);
+        FETCH(CalibrationState, state, int, event, CalibrationState, next);
         const auto fired = static_cast<Event>(event);
         bringTo(state, [&] {
             fire(fired);
@@ -165,30 +117,25 @@ private Q_SLOTS:
     void tells_data()
     {
         // The boxes of a run, of its acceptance and of its restore, each with what it names.
-        columns<QByteArray, QStringList, QStringList, QStringList>("fault", "applied", "accepted",
-                                                                   "restored");
         const QStringList none;
         const QStringList restored{"0 "};
         const QStringList file{"-212 /etc/pointercal"};
         row("none", QByteArray(), none, none, restored);
-        row("no command to remount", QByteArray("mount"),
-            QStringList{"-233 /nonexistent", "-234 /nonexistent"}, none,
+        row("no command to remount", "mount", QStringList{"-233 /nonexistent", "-234 /nonexistent"},
+            none,
             QStringList{"-233 /nonexistent", "-234 /nonexistent", "-212 /nonexistent/pointercal"});
-        row("file cannot be written", QByteArray("file"), file, none, restored);
-        row("file cannot be restored", QByteArray("restore"), none, none, file);
-        row("touches on one line", QByteArray("line"), QStringList{"-235 /etc/pointercal"}, none,
+        row("file cannot be written", "file", file, none, restored);
+        row("file cannot be restored", "restore", none, none, file);
+        row("touches on one line", "line", QStringList{"-235 /etc/pointercal"}, none, restored);
+        row("touchscreen closed by somebody", "close", QStringList{"-210 closeTouchscreen"}, none,
             restored);
-        row("touchscreen closed by somebody", QByteArray("close"),
-            QStringList{"-210 closeTouchscreen"}, none, restored);
-        row("note stays", QByteArray("note"), none, QStringList{"-230 /etc/pointercal"}, restored);
+        row("note stays", "note", none, QStringList{"-230 /etc/pointercal"}, restored);
     }
     /// Nothing that was not applied goes without a box.
     void tells()
     {
-        QFETCH(QByteArray, fault);
-        QFETCH(QStringList, applied);
-        QFETCH(QStringList, accepted);
-        QFETCH(QStringList, restored);
+        FETCH(QByteArray, fault, QStringList, applied, QStringList, accepted, QStringList,
+              restored);
         const QString path = root().path(CalibrationFile);
         const QString note = path + ".unaccepted";
         const auto plantDirectory = [](const QString &where) {
@@ -250,9 +197,7 @@ private:
     void closeWindows() override
     {
         pRun.reset();
-        pServer.reset();
-        pFifo.reset();
-        qunsetenv("POINTERCAL_FILE");
+        CalibrationTest::closeWindows();
     }
 
     /// As panel and page do it.
@@ -359,13 +304,10 @@ private:
 
     void measure()
     {
-        for (const QPoint target : crosshairTargets(Glass.picture())) {
-            pFifo->tap(Glass.touch(target));
-        }
+        touchTargets();
         waitForEnd();
     }
 
-    const QRegularExpression CannotWrite{"Cannot write the pointer calibration file"};
     void waitForEnd()
     {
         QEventLoop loop;
@@ -379,8 +321,6 @@ private:
         QVERIFY(pRun->state() != Sampling);
     }
 
-    std::unique_ptr<TouchscreenFifo> pFifo;
-    std::unique_ptr<WindowServer> pServer;
     std::unique_ptr<CalibrationRun> pRun;
     std::unique_ptr<QObject> pReceiver; ///< of the thread's signals
     std::function<void()> whileBoxIsOpen; ///< what the operator does with the next box

@@ -1,22 +1,16 @@
 #include "calibration/veltacalibrationthread.h"
 #include "tests/platform/touchscreenfifo.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
+#include "tests/support/ioctlhook.h"
 
-#include <QFileInfo>
 #include <QMap>
 
 #include <chrono>
-#include <cstdarg>
 #include <limits>
 #include <linux/input.h>
-#include <memory>
 #include <pty.h>
-#include <sys/ioctl.h>
-#include <sys/syscall.h>
 #include <thread>
 #include <tslib.h>
-#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -69,19 +63,15 @@ public:
 
 } // namespace
 
-/// In place of the C library's: a file "axes4000" passes for a touchscreen with such axes.
-extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
+/// A file "axes4000" passes for a touchscreen with such axes.
+bool answerIoctl(int fd, unsigned long request, void *pArgument, int &)
 {
-    va_list arguments;
-    va_start(arguments, request);
-    void *pArgument = va_arg(arguments, void *);
-    va_end(arguments);
     const QString file = QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(fd)).symLinkTarget();
-    if (file.endsWith(QLatin1String("axes4000")) && _IOC_TYPE(request) == 'E') {
+    const bool bAxis = file.endsWith(QLatin1String("axes4000")) && _IOC_TYPE(request) == 'E';
+    if (bAxis) {
         static_cast<input_absinfo *>(pArgument)->maximum = 4000;
-        return 0;
     }
-    return static_cast<int>(syscall(SYS_ioctl, fd, request, pArgument));
+    return bAxis;
 }
 
 /// The sampling thread on a touchscreen that real tslib reads.
@@ -100,7 +90,7 @@ private Q_SLOTS:
 
     void reduces_data()
     {
-        columns<int, int>("count", "expected"); // of samples at 1000, 1001, 1002, ...
+        // of samples at 1000, 1001, 1002, ...
         row("1", 1, 1000);
         row("2", 2, 1000);
         row("3", 3, 1001);
@@ -111,7 +101,7 @@ private Q_SLOTS:
     }
     void reduces()
     {
-        QFETCH(int, count);
+        FETCH(int, count, int, expected);
         const Touchscreen touchscreen = open(pFifo->path);
         VeltaCalibrationThread thread;
         const Listener gui(&thread);
@@ -126,7 +116,7 @@ private Q_SLOTS:
         sample(thread);
 
         QCOMPARE(gui.records, {&record});
-        QTEST(record.rawX[0], "expected");
+        QCOMPARE(record.rawX[0], expected);
         const int odd = count % 2 == 0 && count < 127 ? 1 : 0;
         QCOMPARE(record.rawY[0], 4000 - record.rawX[0] - odd);
         QCOMPARE(QPoint(record.screenX[0], record.screenY[0]), QPoint(50, 60));
@@ -136,7 +126,7 @@ private Q_SLOTS:
 
     void secondPoint_data()
     {
-        columns<bool, int>("named", "tolerance"); // whether the environment names the touchscreen
+        // whether the environment names the touchscreen
         row("does not tell its axes", false, 51);
         row("named, axes of 4000", true, 200);
     }
@@ -144,8 +134,7 @@ private Q_SLOTS:
     /// was.
     void secondPoint()
     {
-        QFETCH(bool, named);
-        QFETCH(int, tolerance);
+        FETCH(bool, named, int, tolerance);
         if (named) {
             root().write("/dev/input/axes4000", {});
             qputenv("TSLIB_TSDEVICE", QFile::encodeName(root().path("/dev/input/axes4000")));
@@ -178,9 +167,7 @@ private Q_SLOTS:
 
     void stops_data()
     {
-        columns<int, QString, int, bool, char>("index", "name", "pressed", // samples with pressure
-                                               "released", // and one without
-                                               "colour"); // of the screen at the stop
+        // of the screen at the stop // samples with pressure // and one without
         row("before the touch", 0, "Top right", 0, false, 'b');
         row("during the touch", 0, "Top right", 2, false, 'y');
         row("during a long touch", 0, "Top right", 300, false, 'y');
@@ -190,11 +177,7 @@ private Q_SLOTS:
     }
     void stops()
     {
-        QFETCH(int, index);
-        QFETCH(QString, name);
-        QFETCH(int, pressed);
-        QFETCH(bool, released);
-        QFETCH(char, colour);
+        FETCH(int, index, QString, name, int, pressed, bool, released, char, colour);
         const Touchscreen touchscreen = open(pFifo->path);
         // Where the thread is to be caught it stays longer than any machine takes to look.
         VeltaCalibrationThread thread(nullptr, {pressed == 0 ? 30min : 0min, 30min});
@@ -229,16 +212,13 @@ private Q_SLOTS:
     void readError_data()
     {
         // At its content's end the device cannot be read.
-        columns<QByteArray, int, QByteArray>("content", "code", "message");
         const QByteArray press = TouchscreenFifo::sample({1000, 1000}, 1);
-        row("before the touch", QByteArray(), -217, QByteArray("getxy: ts_read_raw error 1"));
-        row("during the touch", press + press, -218, QByteArray("getxy: ts_read_raw error 2"));
+        row("before the touch", QByteArray(), -217, "getxy: ts_read_raw error 1");
+        row("during the touch", press + press, -218, "getxy: ts_read_raw error 2");
     }
     void readError()
     {
-        QFETCH(QByteArray, content);
-        QFETCH(int, code);
-        QFETCH(QByteArray, message);
+        FETCH(QByteArray, content, int, code, QByteArray, message);
         root().write("/dev/input/broken", content);
         const Touchscreen touchscreen = open(root().path("/dev/input/broken"));
         VeltaCalibrationThread thread;

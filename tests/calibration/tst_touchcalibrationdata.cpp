@@ -1,37 +1,22 @@
 #include "calibration/calibrationrun.h"
 #include "calibration/touchcalibrationdata.h"
-#include "platform/windowserver.h"
 #include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
-#include "tests/calibration/simulatedpanel.h"
+#include "tests/calibration/calibrationtest.h"
 #include "tests/calibration/touchsheet.h"
-#include "tests/platform/touchscreenfifo.h"
-#include "tests/support/devicetest.h"
+#include "tests/support/ioctlhook.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QRegularExpression>
 #include <QWindow>
 
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <cstdarg>
 #include <cstring>
 #include <linux/input.h>
-#include <memory>
-#include <sys/ioctl.h>
-#include <sys/syscall.h>
 #include <tslib.h>
-#include <unistd.h>
 
 namespace {
-
-/// x' = x / 4, y' = y / 8: not what any of the simulated panels needs.
-constexpr char OldFile[] = "16384 0 0 0 8192 0 65536\n";
 
 CalibrationRecord measured(const SimulatedPanel &panel)
 {
@@ -123,19 +108,14 @@ int fakeIoctl(int fd, unsigned long request, void *pArgument)
 
 } // namespace
 
-/// In place of the C library's, for tslib's modules too.
-extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
+bool answerIoctl(int fd, unsigned long request, void *pArgument, int &result)
 {
-    va_list arguments;
-    va_start(arguments, request);
-    void *pArgument = va_arg(arguments, void *);
-    va_end(arguments);
-    return eventDevice.bPresent && _IOC_TYPE(request) == 'E'
-        ? fakeIoctl(fd, request, pArgument)
-        : static_cast<int>(syscall(SYS_ioctl, fd, request, pArgument));
+    const bool bAnswered = eventDevice.bPresent && _IOC_TYPE(request) == 'E';
+    result = bAnswered ? fakeIoctl(fd, request, pArgument) : 0;
+    return bAnswered;
 }
 
-class TestTouchCalibrationData : public DeviceTest
+class TestTouchCalibrationData : public CalibrationTest
 {
     Q_OBJECT
 
@@ -144,24 +124,18 @@ private Q_SLOTS:
     {
         DeviceTest::init();
         pFifo = std::make_unique<TouchscreenFifo>(root());
-        calibrationFile = "/etc/pointercal";
+        calibrationFile = CalibrationFile;
     }
 
     void touchLandsWhereFingerIs_data()
     {
-        columns<bool, bool, bool, int>("exchanged", "mirroredX", "mirroredY", "rotation");
         for (int i = 0; i < 32; ++i) {
-            QTest::addRow("rotation %d%s%s%s", i / 8, i & 1 ? ", mirrored x" : "",
-                          i & 2 ? ", mirrored y" : "", i & 4 ? ", exchanged" : "")
-                << bool(i & 4) << bool(i & 1) << bool(i & 2) << i / 8;
+            row("way " + QByteArray::number(i), bool(i & 4), bool(i & 1), bool(i & 2), i / 8);
         }
     }
     void touchLandsWhereFingerIs()
     {
-        QFETCH(bool, exchanged);
-        QFETCH(bool, mirroredX);
-        QFETCH(bool, mirroredY);
-        QFETCH(int, rotation);
+        FETCH(bool, exchanged, bool, mirroredX, bool, mirroredY, int, rotation);
         const SimulatedPanel panel{exchanged, mirroredX, mirroredY, rotation};
         const QSize screen = panel.picture();
         setScreen(screen);
@@ -189,8 +163,6 @@ private Q_SLOTS:
     {
         // "file" in the environment, empty: the built-in one. "mount" is what the command does,
         // empty: there is none. "log" of the command, and the file's state when it came.
-        columns<QString, bool, QByteArray, int, QByteArray, bool>("file", "writable", "mount",
-                                                                  "result", "log", "fails");
         const QByteArray works = "if [ $2 = remount,rw ]; then chmod 755 $3; else chmod 555 $3; fi";
         const QByteArray asked = "-o remount,rw DIR old\n-o remount,ro DIR ";
         const QByteArray empty;
@@ -198,9 +170,9 @@ private Q_SLOTS:
         const QString file = "/flash/cal/pointercal";
         row("writable", file, true, works, 0, empty, false);
         row("read-only", file, false, works, 0, asked + "new\n", false);
-        row("mount without effect", file, false, QByteArray("exit 32"), int(ERR_FILE_WRITE),
-            asked + "old\n", false);
-        row("mount crashes", file, false, QByteArray("kill -9 $$"), remount, asked + "old\n", true);
+        row("mount without effect", file, false, "exit 32", int(ERR_FILE_WRITE), asked + "old\n",
+            false);
+        row("mount crashes", file, false, "kill -9 $$", remount, asked + "old\n", true);
         row("no mount", file, false, empty, remount, empty, true);
         row("built-in, read-only", "", false, works, 0, asked + "new\n", false);
         row("built-in, no mount", "", false, empty, remount, empty, true);
@@ -208,12 +180,8 @@ private Q_SLOTS:
     /// Whatever becomes of the remount: after the restore everything is as it was.
     void readOnlyDirectory()
     {
-        QFETCH(QString, file);
-        QFETCH(bool, writable);
-        QFETCH(QByteArray, mount);
-        QFETCH(int, result);
-        QFETCH(QByteArray, log);
-        QFETCH(bool, fails);
+        FETCH(QString, file, bool, writable, QByteArray, mount, int, result, QByteArray, log, bool,
+              fails);
 
         if (!file.isEmpty()) {
             calibrationFile = file;
@@ -319,19 +287,6 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo(directory).isWritable());
     }
 
-    void refusedPoints()
-    {
-        openPointer(OldFile);
-        const QPoint before = landing({1000, 1000});
-        CalibrationRecord record = measured({});
-        record.rawY.fill(2000);
-        Run data;
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("refused"));
-        QCOMPARE(data.applyCalibration(record), ERR_CAL_CORRUPT);
-        QCOMPARE(root().read(calibrationFile), OldFile);
-        QCOMPARE(landing({1000, 1000}), before);
-    }
-
     /// Without a restore in between, the calibration of the first run is the one to go back to. At
     /// the very first there was none.
     void twoRuns()
@@ -353,30 +308,6 @@ private Q_SLOTS:
             QCOMPARE(root().read(calibrationFile), file);
             QCOMPARE(landing(first.touch({600, 200})), QPoint(600, 200));
         }
-    }
-
-    /// The old calibration is live, and stays the backup until it is in the file again. That its
-    /// points are too close to measure one by them plays no part.
-    void restoreCannotWrite()
-    {
-        const QByteArray coarse = "1 0 0 0 1 0 65536\n";
-        openPointer(coarse);
-        const QPoint before = landing({4000, 3000});
-        Run data;
-        QCOMPARE(data.applyCalibration(measured({})), 0);
-        const QString path = root().path(calibrationFile);
-        QVERIFY(QFile::remove(path) && QDir().mkpath(path));
-        QTest::ignoreMessage(QtWarningMsg, CannotWrite);
-        QCOMPARE(data.restoreOldCalibration(), ERR_FILE_WRITE);
-        QCOMPARE(landing({4000, 3000}), before);
-        QTest::ignoreMessage(QtWarningMsg, CannotWrite);
-        data.settle();
-        QCOMPARE(data.backupCalibration(), WARN_CAL_BACKUP_LOADED);
-
-        QVERIFY(QDir().rmdir(path));
-        data.settle();
-        QCOMPARE(root().read(calibrationFile), coarse);
-        QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
     }
 
     /// tslib may keep an event device to itself. Pointer and run still have it in turn, and no
@@ -491,25 +422,15 @@ private:
     void closeWindows() override
     {
         pSheet.reset();
-        pServer.reset();
-        pFifo.reset();
+        CalibrationTest::closeWindows();
         eventDevice.bPresent = false;
         eventDevice.nGrabber = -1;
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        qunsetenv("POINTERCAL_FILE");
     }
 
     void openPointer(const QByteArray &oldFile, int rotation = 0)
     {
-        if (!oldFile.isEmpty()) {
-            root().write(calibrationFile, oldFile);
-        }
-        qputenv("QT_QPA_PLATFORM", "offscreen:rotation=" + QByteArray::number(rotation));
-        pServer = std::make_unique<WindowServer>();
+        CalibrationTest::openPointer(oldFile, rotation);
         pSheet = std::make_unique<TouchSheet>();
-        if (!pServer->openPointer()) {
-            qFatal("no pointer");
-        }
     }
 
     QPoint landing(RawPoint raw)
@@ -517,9 +438,6 @@ private:
         return pSheet->landing([&] { pFifo->tap(raw); });
     }
 
-    const QRegularExpression CannotWrite{"Cannot write the pointer calibration file"};
-    std::unique_ptr<TouchscreenFifo> pFifo;
-    std::unique_ptr<WindowServer> pServer;
     std::unique_ptr<TouchSheet> pSheet;
     QString calibrationFile;
 };

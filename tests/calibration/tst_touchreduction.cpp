@@ -1,7 +1,6 @@
 #include "calibration/calibrationrecord.h"
 #include "calibration/touchreduction.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <limits>
 
@@ -14,7 +13,6 @@ class TestTouchReduction : public DeviceTest
 private Q_SLOTS:
     void median_data()
     {
-        columns<RawPoints, int, int>("samples", "x", "y");
         constexpr int Max = std::numeric_limits<int>::max();
         row("one", RawPoints{{7, 9}}, 7, 9);
         row("two: average, cut off", RawPoints{{7, 9}, {10, 12}}, 8, 10);
@@ -26,15 +24,14 @@ private Q_SLOTS:
     }
     void median()
     {
-        QFETCH(RawPoints, samples);
+        FETCH(RawPoints, samples, int, x, int, y);
         const RawPoint position = medianPosition({samples.cbegin(), samples.cend()});
-        QTEST(position.x, "x");
-        QTEST(position.y, "y");
+        QCOMPARE(position.x, x);
+        QCOMPARE(position.y, y);
     }
 
     void tolerance_data()
     {
-        columns<int, int, int>("maximumX", "maximumY", "expected");
         row("none known", 0, 0, 51);
         row("x only", 4095, 0, 51);
         row("y only", 0, 4095, 51);
@@ -46,14 +43,12 @@ private Q_SLOTS:
     }
     void tolerance()
     {
-        QFETCH(int, maximumX);
-        QFETCH(int, maximumY);
-        QTEST(int(touchTolerance(quint16(maximumX), quint16(maximumY))), "expected");
+        FETCH(int, maximumX, int, maximumY, int, expected);
+        QCOMPARE(int(touchTolerance(quint16(maximumX), quint16(maximumY))), expected);
     }
 
     void samePlace_data()
     {
-        columns<int, int, bool>("x", "y", "same");
         row("same", 1000, 1000, true);
         row("at the tolerance", 1051, 949, true);
         row("beyond in x", 1052, 1000, false);
@@ -62,14 +57,12 @@ private Q_SLOTS:
     }
     void samePlace()
     {
-        QFETCH(int, x);
-        QFETCH(int, y);
-        QTEST(isSamePlace({1000, 1000}, {x, y}, 51), "same");
+        FETCH(int, x, int, y, bool, same);
+        QCOMPARE(isSamePlace({1000, 1000}, {x, y}, 51), same);
     }
 
     void targets_data()
     {
-        columns<QSize, QList<QPoint>>("screen", "expected");
         row("800x480", QSize(800, 480),
             QList<QPoint>{{50, 50}, {750, 50}, {750, 430}, {50, 430}, {400, 240}});
         row("240x320", QSize(240, 320),
@@ -77,41 +70,9 @@ private Q_SLOTS:
     }
     void targets()
     {
-        QFETCH(QSize, screen);
+        FETCH(QSize, screen, QList<QPoint>, expected);
         const auto points = crosshairTargets(screen);
-        QTEST(QList<QPoint>(points.begin(), points.end()), "expected");
-    }
-
-    void pairs_data()
-    {
-        columns<int, QByteArray>("rotation", "device"); // indices of the record's points
-        row("0", 0, QByteArray("01234"));
-        row("1", 1, QByteArray("12304"));
-        row("2", 2, QByteArray("23014"));
-        row("3", 3, QByteArray("30124"));
-    }
-    void pairs()
-    {
-        QFETCH(int, rotation);
-        QFETCH(QByteArray, device);
-        // The panel is 800 x 480, turned or not: the pairs are always those of the panel.
-        const QList<QPoint> screen{{50, 50}, {750, 50}, {750, 430}, {50, 430}, {400, 240}};
-        const QSize panel(800, 480);
-        const auto targets = crosshairTargets(rotation % 2 != 0 ? panel.transposed() : panel);
-        CalibrationRecord record;
-        for (int i = 0; i < CalibrationRecord::PointCount; ++i) {
-            const auto index = std::size_t(i);
-            record.rawX[index] = 1000 + i;
-            record.rawY[index] = 2000 + i;
-            record.screenX[index] = targets[index].x();
-            record.screenY[index] = targets[index].y();
-        }
-        const CalibrationPairs pairs = pairsOf(record, rotation);
-        for (std::size_t i = 0; i < CalibrationRecord::PointCount; ++i) {
-            const int index = device[qsizetype(i)] - '0';
-            QCOMPARE(pairs.devicePoints[i], (RawPoint{1000 + index, 2000 + index}));
-            QCOMPARE(pairs.screenPoints[i], screen[qsizetype(i)]);
-        }
+        QCOMPARE(QList<QPoint>(points.begin(), points.end()), expected);
     }
 };
 

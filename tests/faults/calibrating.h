@@ -8,8 +8,6 @@
 #include "tests/faults/trial.h"
 #include "tests/platform/touchscreenfifo.h"
 
-#include <QPushButton>
-
 /// A calibration from its start to its end, with the touches left out.
 class Calibrating : public Trial
 {
@@ -106,37 +104,18 @@ private:
         return {40 + pixel.x() * 4 / 5, 40 + pixel.y() * 4 / 5};
     }
 
-    /// Notes where touches arrive, those included that come too soon after a window.
-    class TouchNote : public QObject
-    {
-    public:
-        TouchNote() { QCoreApplication::instance()->installEventFilter(this); }
-        QPoint position{-1, -1};
-
-    protected:
-        bool eventFilter(QObject *pReceiver, QEvent *pEvent) override
-        {
-            if (pReceiver->isWindowType() && pEvent->type() == QEvent::MouseButtonPress) {
-                position = static_cast<QMouseEvent *>(pEvent)->globalPosition().toPoint();
-            }
-            return false;
-        }
-    };
-
     /// Where a touch lands: that tells the calibration in force.
     static QPoint landing()
     {
         TouchSheet sheet;
         sheet.raise();
-        const TouchNote note;
         QFile touchscreen(devicePath(Touchscreen));
         if (touchscreen.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) { // never waits
             for (const int nPressure : {1, 0}) {
                 touchscreen.write(TouchscreenFifo::sample({200, 120}, nPressure));
             }
         }
-        sheet.takeTouch();
-        return note.position;
+        return sheet.takeTouch().value_or(QPoint(-1, -1));
     }
 
     static Answer start()

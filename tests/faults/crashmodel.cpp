@@ -44,9 +44,7 @@ void CrashModel::replay(const Record &record)
     switch (record.kind) {
     case Record::Created:
         byInode[record.nNode] = addNode({});
-        if (!path.isEmpty()) {
-            change({{path, byInode[record.nNode]}});
-        }
+        change({{path, byInode[record.nNode]}});
         break;
     case Record::Written: {
         Node &node = nodeOf(record);
@@ -68,10 +66,6 @@ void CrashModel::replay(const Record &record)
     }
     case Record::Renamed:
         change({{path, Gone}, {target, present.value(path, Gone)}});
-        break;
-    case Record::Linked:
-        nodeOf(record); // known from now on
-        change({{target, byInode[record.nNode]}});
         break;
     case Record::Unlinked:
         change({{path, Gone}});

@@ -1,77 +1,217 @@
 #include "tests/faults/filefaults.h"
 
-#include "tests/faults/faultplan.h"
-
+#include <cerrno>
+#include <climits>
+#include <csignal>
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
-#include <sys/uio.h>
+#include <cstring>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 
-using namespace FaultPlan;
+using FileFaults::Fault;
+using FileFaults::Journal;
+using FileFaults::Record;
 
 namespace {
 
-// ---- calls of one form --------------------------------------------------------------------------
+// ---- which calls are watched, and which of them fails
 
-bool exists(int folder, const char *path)
+struct Plan
 {
-    struct stat status = {};
-    return fstatat(folder, path, &status, AT_SYMLINK_NOFOLLOW) == 0;
+    std::string folder;
+    Fault fault = Fault::None;
+    int nCall = 0;
+    Journal *pJournal = nullptr;
+    bool bCutShort = false; ///< a write has been, on the full disk
+};
+Plan plan;
+std::atomic<bool> bArmed;
+
+/// The C library's own \a name.
+template <typename Function>
+Function *behind(const char *name)
+{
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
-int openIt(int folder, const char *path, int flags, mode_t mode)
+/// What a call does to the disk.
+enum class Effect { None, Change, TakesRoom };
+
+/// \a path behind the watched folder; empty when it is not watched.
+std::string watchedPart(const std::string &path)
 {
-    static const auto real = behind<int(int, const char *, int, ...)>("openat");
-    const std::string file = watchedName(folder, path);
-    if (file.empty()) {
-        return real(folder, path, flags, mode);
+    if (path.compare(0, plan.folder.size(), plan.folder) != 0 || path[plan.folder.size()] != '/') {
+        return {};
     }
-    const bool bNameless = (flags & O_TMPFILE) == O_TMPFILE;
-    const bool bCreates = bNameless || ((flags & O_CREAT) != 0 && !exists(folder, path));
-    const Effect effect = bCreates ? Effect::TakesRoom
-        : (flags & O_TRUNC) != 0   ? Effect::Change
-                                   : Effect::None;
-    if (fails("open", file, effect)) {
+    std::string part = path.substr(plan.folder.size());
+    for (const char *other : {"/simulator/", "/dev/", "/proc/", "/etc/ts.conf"}) {
+        if (part.compare(0, std::strlen(other), other) == 0) {
+            return {};
+        }
+    }
+    return part;
+}
+
+std::string watchedFile(int fd)
+{
+    if (!bArmed) {
+        return {};
+    }
+    char path[PATH_MAX];
+    const std::string link = "/proc/self/fd/" + std::to_string(fd);
+    const ssize_t length = readlink(link.c_str(), path, sizeof path);
+    return length > 0 ? watchedPart({path, static_cast<std::size_t>(length)}) : std::string();
+}
+
+std::string watchedName(const char *path)
+{
+    return bArmed && path ? watchedPart(path) : std::string();
+}
+
+/// Whether the plan strikes call number \a nCall.
+bool isStruck(int nCall, Effect effect)
+{
+    switch (plan.fault) {
+    case Fault::None:
+        return false;
+    case Fault::Once:
+        return nCall == plan.nCall;
+    case Fault::DiskFull:
+        return nCall >= plan.nCall && effect == Effect::TakesRoom;
+    case Fault::DiskDead:
+        return nCall >= plan.nCall;
+    case Fault::Kill:
+        // Before any other call the disk is as it is before the next that changes it.
+        return nCall >= plan.nCall && effect != Effect::None;
+    }
+    return false;
+}
+
+/// Counts the call on a watched file and tells whether it is to fail; errno is then set.
+bool fails(const char *call, const std::string &file, Effect effect)
+{
+    Journal &journal = *plan.pJournal;
+    const int nCall = ++journal.nCalls;
+    if (!isStruck(nCall, effect)) {
+        return false;
+    }
+    if (journal.nFirstFault == 0) {
+        journal.nFirstFault = nCall;
+        std::snprintf(journal.faultyCall, sizeof journal.faultyCall, "%s %s", call, file.c_str());
+    }
+    if (plan.fault == Fault::Kill) {
+        kill(getpid(), SIGKILL);
+    }
+    errno = effect == Effect::TakesRoom && plan.fault != Fault::DiskDead ? ENOSPC : EIO;
+    return true;
+}
+
+Record *newRecord(Record::Kind kind, const std::string &path)
+{
+    Journal &journal = *plan.pJournal;
+    if (journal.nRecords == Journal::Capacity || path.size() >= Record::LongestPath) {
+        journal.bIncomplete = true;
+        return nullptr;
+    }
+    // Counted when it is whole; there is one thread that changes files.
+    Record &record = journal.records[journal.nRecords];
+    record.kind = kind;
+    std::strcpy(record.path, path.c_str());
+    return &record;
+}
+
+void note(Record::Kind kind, const std::string &path, std::uint64_t nNode = 0,
+          std::uint32_t nSize = 0, const std::string &target = {})
+{
+    if (Record *pRecord = newRecord(kind, path)) {
+        pRecord->nNode = nNode;
+        pRecord->nSize = nSize;
+        std::strncpy(pRecord->target, target.c_str(), Record::LongestPath - 1);
+        ++plan.pJournal->nRecords;
+    }
+}
+
+struct stat statusOf(int fd)
+{
+    struct stat status = {};
+    fstat(fd, &status);
+    return status;
+}
+
+void noteContent(int fd, const std::string &path)
+{
+    static const auto openFile = behind<int(const char *, int, ...)>("open");
+    static const auto readFile = behind<ssize_t(int, void *, size_t, off_t)>("pread");
+    static const auto closeFile = behind<int(int)>("close");
+    Record *pRecord = newRecord(Record::Written, path);
+    const int copy =
+        openFile(("/proc/self/fd/" + std::to_string(fd)).c_str(), O_RDONLY | O_CLOEXEC);
+    const ssize_t size = pRecord ? readFile(copy, pRecord->content, Record::LongestContent, 0) : -1;
+    closeFile(copy);
+    if (size < 0 || size == Record::LongestContent) {
+        plan.pJournal->bIncomplete = true;
+        return;
+    }
+    pRecord->nNode = statusOf(fd).st_ino;
+    pRecord->nSize = static_cast<std::uint32_t>(size);
+    ++plan.pJournal->nRecords;
+}
+
+// ---- calls of one form --------------------------------------------------------------------------
+
+int openIt(const char *path, int flags, mode_t mode)
+{
+    static const auto real = behind<int(const char *, int, ...)>("open");
+    const std::string file = watchedName(path);
+    if (file.empty()) {
+        return real(path, flags, mode);
+    }
+    struct stat status = {};
+    const bool bCreates = (flags & O_CREAT) != 0 && lstat(path, &status) != 0;
+    if (fails("open", file, bCreates ? Effect::TakesRoom : Effect::None)) {
         return -1;
     }
-    const int fd = real(folder, path, flags, mode);
+    const int fd = real(path, flags, mode);
     if (fd >= 0 && bCreates) {
-        note(Record::Created, bNameless ? std::string() : file, statusOf(fd).st_ino);
-    } else if (fd >= 0 && (flags & O_TRUNC) != 0) {
-        note(Record::Truncated, file, statusOf(fd).st_ino);
+        note(Record::Created, file, statusOf(fd).st_ino);
     }
     return fd;
 }
 
-int makeTemporary(char *path, int suffix, int flags)
+int makeTemporary(char *path, int flags)
 {
-    static const auto real = behind<int(char *, int, int)>("mkostemps");
-    const std::string file = watchedName(AT_FDCWD, path);
+    static const auto real = behind<int(char *, int)>("mkostemp");
+    const std::string file = watchedName(path);
     if (!file.empty() && fails("mkstemp", file, Effect::TakesRoom)) {
         return -1;
     }
-    const int fd = real(path, suffix, flags);
+    const int fd = real(path, flags);
     if (!file.empty() && fd >= 0) {
-        note(Record::Created, watchedName(AT_FDCWD, path), statusOf(fd).st_ino);
+        note(Record::Created, watchedName(path), statusOf(fd).st_ino);
     }
     return fd;
 }
 
-/// \a real writes all or, told so, the given number of bytes.
-template <typename Real>
-ssize_t writeIt(const char *call, int fd, std::size_t size, Real real)
+ssize_t writeIt(int fd, const void *data, std::size_t size)
 {
+    static const auto real = behind<ssize_t(int, const void *, size_t)>("write");
     const std::string file = watchedFile(fd);
     if (file.empty()) {
-        return real(size);
+        return real(fd, data, size);
     }
-    if (fails(call, file, Effect::TakesRoom)) {
+    if (fails("write", file, Effect::TakesRoom)) {
         if (plan.fault != Fault::DiskFull || plan.bCutShort || size < 2) {
             return -1;
         }
         plan.bCutShort = true;
         size /= 2;
     }
-    const ssize_t result = real(size);
+    const ssize_t result = real(fd, data, size);
     if (result > 0) {
         noteContent(fd, file);
     }
@@ -79,22 +219,21 @@ ssize_t writeIt(const char *call, int fd, std::size_t size, Real real)
 }
 
 template <typename Real>
-ssize_t readIt(const char *call, int fd, Real real)
+ssize_t readIt(int fd, Real real)
 {
     const std::string file = watchedFile(fd);
-    return !file.empty() && fails(call, file, Effect::None) ? -1 : real();
+    return !file.empty() && fails("read", file, Effect::None) ? -1 : real();
 }
 
 /// Noted, not done: what is certain is the journal's to know, and a real sync takes its time.
-template <typename Real>
-int syncIt(const char *call, int fd, Real real)
+int syncIt(int fd)
 {
     const std::string file = watchedFile(fd);
     if (file.empty()) {
-        return real(fd);
+        return behind<int(int)>("fsync")(fd);
     }
     // Room is found only now where the file system has put that off.
-    if (fails(call, file, Effect::TakesRoom)) {
+    if (fails("fsync", file, Effect::TakesRoom)) {
         return -1;
     }
     const struct stat status = statusOf(fd);
@@ -102,68 +241,32 @@ int syncIt(const char *call, int fd, Real real)
     return 0;
 }
 
-int renameIt(int fromFolder, const char *from, int toFolder, const char *to, unsigned flags)
+int renameIt(const char *from, const char *to)
 {
-    static const auto real =
-        behind<int(int, const char *, int, const char *, unsigned)>("renameat2");
-    const std::string file = watchedName(fromFolder, from);
-    const std::string target = watchedName(toFolder, to);
+    static const auto real = behind<int(const char *, const char *)>("rename");
+    const std::string file = watchedName(from);
     if (!file.empty() && fails("rename", file, Effect::TakesRoom)) {
         return -1;
     }
-    const int result = real(fromFolder, from, toFolder, to, flags);
+    const int result = real(from, to);
     if (!file.empty() && result == 0) {
-        note(Record::Renamed, file, 0, 0, target);
+        note(Record::Renamed, file, 0, 0, watchedName(to));
     }
     return result;
 }
 
-int linkIt(int fromFolder, const char *from, int toFolder, const char *to, int flags)
+/// By \a call, which is unlink or rmdir.
+int unlinkIt(const char *call, const char *path)
 {
-    static const auto real = behind<int(int, const char *, int, const char *, int)>("linkat");
-    const std::string target = watchedName(toFolder, to);
-    if (!target.empty() && fails("link", target, Effect::TakesRoom)) {
-        return -1;
-    }
-    const int result = real(fromFolder, from, toFolder, to, flags);
-    struct stat status = {};
-    if (!target.empty() && result == 0 && fstatat(toFolder, to, &status, 0) == 0) {
-        note(Record::Linked, watchedName(fromFolder, from), status.st_ino, 0, target);
-    }
-    return result;
-}
-
-int unlinkIt(const char *call, int folder, const char *path, int flags)
-{
-    static const auto real = behind<int(int, const char *, int)>("unlinkat");
-    const std::string file = watchedName(folder, path);
+    const std::string file = watchedName(path);
     if (!file.empty() && fails(call, file, Effect::Change)) {
         return -1;
     }
-    const int result = real(folder, path, flags);
+    const int result = behind<int(const char *)>(call)(path);
     if (!file.empty() && result == 0) {
         note(Record::Unlinked, file);
     }
     return result;
-}
-
-template <typename Real>
-int truncateIt(int fd, off64_t size, Real real)
-{
-    const std::string file = watchedFile(fd);
-    if (!file.empty() && fails("ftruncate", file, Effect::Change)) {
-        return -1;
-    }
-    const int result = real();
-    if (!file.empty() && result == 0) {
-        note(Record::Truncated, file, statusOf(fd).st_ino, static_cast<std::uint32_t>(size));
-    }
-    return result;
-}
-
-mode_t modeArgument(int flags, va_list arguments)
-{
-    return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
 } // namespace
@@ -207,141 +310,66 @@ PANEL_DEFINE(int, panelOpen, open, (const char *path, int flags, ...))
 {
     va_list arguments;
     va_start(arguments, flags);
-    const mode_t mode = modeArgument(flags, arguments);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    return openIt(AT_FDCWD, path, flags, mode);
-}
-PANEL_DEFINE(int, panelOpenat, openat, (int folder, const char *path, int flags, ...))
-{
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeArgument(flags, arguments);
-    va_end(arguments);
-    return openIt(folder, path, flags, mode);
-}
-
-PANEL_DEFINE(int, panelCreat, creat, (const char *path, mode_t mode))
-{
-    return openIt(AT_FDCWD, path, O_CREAT | O_WRONLY | O_TRUNC, mode);
-}
-PANEL_DEFINE(int, panelMkstemp, mkstemp, (char *path))
-{
-    return makeTemporary(path, 0, 0);
+    return openIt(path, flags, mode);
 }
 PANEL_DEFINE(int, panelMkostemp, mkostemp, (char *path, int flags))
 {
-    return makeTemporary(path, 0, flags);
+    return makeTemporary(path, flags);
 }
-
 PANEL_DEFINE(ssize_t, panelWrite, write, (int fd, const void *data, size_t size))
 {
-    static const auto real = behind<ssize_t(int, const void *, size_t)>("write");
-    return writeIt("write", fd, size, [=](size_t part) { return real(fd, data, part); });
+    return writeIt(fd, data, size);
 }
-PANEL_DEFINE(ssize_t, panelPwrite, pwrite, (int fd, const void *data, size_t size, off_t offset))
-{
-    static const auto real = behind<ssize_t(int, const void *, size_t, off_t)>("pwrite");
-    return writeIt("pwrite", fd, size, [=](size_t part) { return real(fd, data, part, offset); });
-}
-PANEL_DEFINE(ssize_t, panelWritev, writev, (int fd, const iovec *pieces, int count))
-{
-    static const auto real = behind<ssize_t(int, const iovec *, int)>("writev");
-    // Cut short by whole pieces.
-    return writeIt("writev", fd, static_cast<size_t>(count),
-                   [=](size_t part) { return real(fd, pieces, static_cast<int>(part)); });
-}
-
 PANEL_DEFINE(ssize_t, panelRead, read, (int fd, void *data, size_t size))
 {
     static const auto real = behind<ssize_t(int, void *, size_t)>("read");
-    return readIt("read", fd, [=] { return real(fd, data, size); });
+    return readIt(fd, [=] { return real(fd, data, size); });
 }
 PANEL_DEFINE(ssize_t, panelReadChecked, __read_chk,
              (int fd, void *data, size_t size, size_t capacity))
 {
     static const auto real = behind<ssize_t(int, void *, size_t, size_t)>("__read_chk");
-    return readIt("read", fd, [=] { return real(fd, data, size, capacity); });
+    return readIt(fd, [=] { return real(fd, data, size, capacity); });
 }
-PANEL_DEFINE(ssize_t, panelPread, pread, (int fd, void *data, size_t size, off_t offset))
-{
-    static const auto real = behind<ssize_t(int, void *, size_t, off_t)>("pread");
-    return readIt("pread", fd, [=] { return real(fd, data, size, offset); });
-}
-
 PANEL_DEFINE(int, panelFsync, fsync, (int fd))
 {
-    return syncIt("fsync", fd, behind<int(int)>("fsync"));
-}
-PANEL_DEFINE(int, panelFdatasync, fdatasync, (int fd))
-{
-    return syncIt("fdatasync", fd, behind<int(int)>("fdatasync"));
+    return syncIt(fd);
 }
 PANEL_DEFINE(int, panelClose, close, (int fd))
 {
     static const auto real = behind<int(int)>("close");
     const std::string file = watchedFile(fd);
-    if (file.empty()) {
-        return real(fd);
-    }
-    const bool bFails = fails("close", file, Effect::None);
+    const bool bFails = !file.empty() && fails("close", file, Effect::None);
     const int nError = errno;
     const int result = real(fd); // Linux closes it, whatever it reports
     errno = bFails ? nError : errno;
     return bFails ? -1 : result;
 }
-
 PANEL_DEFINE(int, panelRename, rename, (const char *from, const char *to))
 {
-    return renameIt(AT_FDCWD, from, AT_FDCWD, to, 0);
-}
-PANEL_DEFINE(int, panelRenameat, renameat,
-             (int fromFolder, const char *from, int toFolder, const char *to))
-{
-    return renameIt(fromFolder, from, toFolder, to, 0);
-}
-PANEL_DEFINE(int, panelRenameat2, renameat2,
-             (int fromFolder, const char *from, int toFolder, const char *to, unsigned flags))
-{
-    return renameIt(fromFolder, from, toFolder, to, flags);
-}
-PANEL_DEFINE(int, panelLink, link, (const char *from, const char *to))
-{
-    return linkIt(AT_FDCWD, from, AT_FDCWD, to, 0);
-}
-PANEL_DEFINE(int, panelLinkat, linkat,
-             (int fromFolder, const char *from, int toFolder, const char *to, int flags))
-{
-    return linkIt(fromFolder, from, toFolder, to, flags);
+    return renameIt(from, to);
 }
 PANEL_DEFINE(int, panelUnlink, unlink, (const char *path))
 {
-    return unlinkIt("unlink", AT_FDCWD, path, 0);
-}
-PANEL_DEFINE(int, panelUnlinkat, unlinkat, (int folder, const char *path, int flags))
-{
-    return unlinkIt("unlink", folder, path, flags);
+    return unlinkIt("unlink", path);
 }
 PANEL_DEFINE(int, panelRmdir, rmdir, (const char *path))
 {
-    return unlinkIt("rmdir", AT_FDCWD, path, AT_REMOVEDIR);
+    return unlinkIt("rmdir", path);
 }
-PANEL_DEFINE(int, panelRemove, remove, (const char *path))
-{
-    struct stat status = {};
-    const bool bFolder = lstat(path, &status) == 0 && S_ISDIR(status.st_mode);
-    return unlinkIt("remove", AT_FDCWD, path, bFolder ? AT_REMOVEDIR : 0);
-}
-
 PANEL_DEFINE(int, panelFtruncate, ftruncate, (int fd, off_t size))
 {
-    static const auto real = behind<int(int, off_t)>("ftruncate");
-    return truncateIt(fd, size, [=] { return real(fd, size); });
-}
-PANEL_DEFINE(int, panelChmod, chmod, (const char *path, mode_t mode))
-{
-    static const auto real = behind<int(const char *, mode_t)>("chmod");
-    const std::string file = watchedName(AT_FDCWD, path);
-    return !file.empty() && fails("chmod", file, Effect::None) ? -1 : real(path, mode);
+    const std::string file = watchedFile(fd);
+    if (!file.empty() && fails("ftruncate", file, Effect::Change)) {
+        return -1;
+    }
+    const int result = behind<int(int, off_t)>("ftruncate")(fd, size);
+    if (!file.empty() && result == 0) {
+        note(Record::Truncated, file, statusOf(fd).st_ino, static_cast<std::uint32_t>(size));
+    }
+    return result;
 }
 PANEL_DEFINE(int, panelFchmod, fchmod, (int fd, mode_t mode))
 {
@@ -351,7 +379,6 @@ PANEL_DEFINE(int, panelFchmod, fchmod, (int fd, mode_t mode))
 }
 
 // The same functions once more, for sizes of 64 bits and for checked calls.
-static_assert(sizeof(off_t) == sizeof(off64_t));
 #ifndef __clang__ // which has no such warning
 #pragma GCC diagnostic ignored "-Wattribute-alias"
 #endif
@@ -360,12 +387,6 @@ static_assert(sizeof(off_t) == sizeof(off64_t));
 PANEL_ALIAS(open64, open)
 PANEL_ALIAS(__open_2, open)
 PANEL_ALIAS(__open64_2, open)
-PANEL_ALIAS(openat64, openat)
-PANEL_ALIAS(creat64, creat)
-PANEL_ALIAS(mkstemp64, mkstemp)
-PANEL_ALIAS(mkostemp64, mkostemp)
-PANEL_ALIAS(pwrite64, pwrite)
-PANEL_ALIAS(pread64, pread)
 PANEL_ALIAS(ftruncate64, ftruncate)
 
 } // extern "C"

@@ -5,10 +5,11 @@
 #include <cstdint>
 
 /// \file
-/// Stands in front of the C library's file calls, as a preloaded library does: a test program that
-/// links it first has it called in place of the C library, by Qt and by the panel alike. While it
-/// is armed it counts the calls on files below one folder, has one of them fail, and notes what the
-/// others have done to the disk. Processes that the program starts have no part in it.
+/// Stands in front of those file calls of the C library that the panel uses, as a preloaded library
+/// does: a test program that links it first has it called in place of the C library, by Qt and by
+/// the panel alike. While it is armed it counts the calls on files below one folder, has one of
+/// them fail, and notes what the others have done to the disk. Processes that the program starts
+/// have no part in it.
 
 namespace FileFaults {
 
@@ -24,12 +25,11 @@ enum class Fault : std::uint8_t {
 struct Record
 {
     enum Kind : std::uint8_t {
-        Created, ///< \a path is a new, empty file; without a name yet when empty
+        Created, ///< \a path is a new, empty file
         Written, ///< \a content is now the whole of the file
         Truncated, ///< to \a nSize bytes
         Synced,
         Renamed, ///< \a path to \a target
-        Linked, ///< \a target is one more name of the file
         Unlinked,
         FolderSynced,
         Marked ///< by mark()
@@ -59,8 +59,7 @@ struct Journal
 };
 
 /// Watches the files below \a folder, apart from its simulator, dev, proc and tslib's
-/// configuration. Call number \a nCall,
-/// from 1, has the \a fault.
+/// configuration. Call number \a nCall, from 1, has the \a fault.
 void arm(const char *folder, Fault fault, int nCall, Journal *pJournal);
 void disarm();
 /// Notes how far the program has come.

@@ -9,8 +9,6 @@
 using FileFaults::Fault;
 using FileFaults::Journal;
 
-Q_DECLARE_METATYPE(Calibrating::End)
-
 /// What the operator confirms is applied whole or not at all, and the operator knows which, at
 /// whatever moment the disk fails or the power goes.
 class TestFileFaults : public QObject
@@ -20,10 +18,6 @@ class TestFileFaults : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        // Hundreds of devices are made, and the journal knows what of them would be on a disk.
-        if (QFileInfo(QStringLiteral("/dev/shm")).isWritable()) {
-            qputenv("TMPDIR", "/dev/shm");
-        }
         setScreen(Calibrating::ScreenSize);
         void *pShared = mmap(nullptr, sizeof(Journal), PROT_READ | PROT_WRITE,
                              MAP_SHARED | MAP_ANONYMOUS, -1, 0);

@@ -1,6 +1,5 @@
 #include "infobox/infotext.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 class TestInfoText : public DeviceTest
 {
@@ -9,7 +8,6 @@ class TestInfoText : public DeviceTest
 private Q_SLOTS:
     void composes_data()
     {
-        columns<QString, QString, QString>("message", "argument", "composed");
         struct Row
         {
             const char *pMessage;
@@ -46,14 +44,13 @@ private Q_SLOTS:
     }
     void composes()
     {
-        QFETCH(QString, message);
-        QFETCH(QString, argument);
-        QTEST(InfoText::compose(message, argument), "composed");
+        FETCH(QString, message, QString, argument, QString, composed);
+        QCOMPARE(InfoText::compose(message, argument), composed);
     }
 
     void wraps_data()
     {
-        columns<QString>("lines"); // of at most 10 characters, from the text
+        // of at most 10 characters, from the text
         row("", "");
         row("0123456789", "0123456789");
         row("0123456789A", "0123456789<br/>A");
@@ -71,7 +68,7 @@ private Q_SLOTS:
     }
     void wraps()
     {
-        QFETCH(QString, lines);
+        FETCH(QString, lines);
         QCOMPARE(InfoText::wrap(QTest::currentDataTag(), 10),
                  QStringLiteral("<nobr>") + lines + QStringLiteral("</nobr>"));
     }

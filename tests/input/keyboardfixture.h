@@ -3,11 +3,7 @@
 #include "input/qveltalineedit.h"
 #include "input/veltainputpanel.h"
 #include "input/veltainputpanelcontext.h"
-
-#include <QLabel>
-#include <QPushButton>
-#include <QTest>
-#include <QTimer>
+#include "tests/support/devicetest.h"
 
 constexpr char AddressMask[] = "000.000.000.000; ";
 constexpr char PasswordMask[] = "00000000; ";

@@ -1,7 +1,6 @@
 #include "input/inputcountdown.h"
 #include "input/keyrepeat.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 class TestKeypad : public DeviceTest
 {

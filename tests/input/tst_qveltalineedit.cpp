@@ -1,6 +1,5 @@
 #include "input/qveltalineedit.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 namespace {
 

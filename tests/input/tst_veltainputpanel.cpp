@@ -1,8 +1,6 @@
 #include "keyboardfixture.h"
 
 #include "platform/windowserver.h"
-#include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <QStackedWidget>
 
@@ -13,7 +11,6 @@ class TestVeltaInputPanel : public DeviceTest
 private Q_SLOTS:
     void modes_data()
     {
-        columns<QString, QString, bool, int>("pad", "first", "password", "seconds");
         row("NumInput", "Numpad", "panelButton_1", false, 20);
         row("HexInput", "Hexpad", "panelButton_h0", false, 20);
         row("AlphaNumInput", "AlphaNumpad", "panelButton_a1", false, 20);
@@ -25,11 +22,11 @@ private Q_SLOTS:
     }
     void modes()
     {
-        QFETCH(bool, password);
-        QFETCH(int, seconds);
+        FETCH(QString, pad, QString, first, bool, password, int, seconds);
         const KeyboardFixture keyboard(QTest::currentDataTag(), "", "", quint8(seconds));
-        QTEST(keyboard.pPanel->findChild<QStackedWidget *>()->currentWidget()->objectName(), "pad");
-        QTEST(QApplication::focusWidget()->objectName(), "first");
+        QCOMPARE(keyboard.pPanel->findChild<QStackedWidget *>()->currentWidget()->objectName(),
+                 pad);
+        QCOMPARE(QApplication::focusWidget()->objectName(), first);
         QVERIFY(keyboard.pContext->testAttribute(Qt::WA_KeyboardFocusChange)); // and is seen to be
         QCOMPARE(keyboard.pDisplay->echoMode(), password ? QLineEdit::Password : QLineEdit::Normal);
         QCOMPARE(keyboard.pDisplay->focusPolicy(), Qt::NoFocus);
@@ -40,7 +37,6 @@ private Q_SLOTS:
 
     void keysArriveAsShown_data()
     {
-        columns<QString, int, int>("mode", "level", "valueKeys");
         row("numeric", "NumInput", 0, 11);
         row("numeric password", "NumInputPW", 0, 11);
         row("hexadecimal", "HexInput", 0, 16);
@@ -52,9 +48,7 @@ private Q_SLOTS:
     }
     void keysArriveAsShown()
     {
-        QFETCH(QString, mode);
-        QFETCH(int, level);
-        QFETCH(int, valueKeys);
+        FETCH(QString, mode, int, level, int, valueKeys);
         const KeyboardFixture keyboard(mode);
         for (int i = 0; i < level; ++i) {
             keyboard.touch("aMode");
@@ -79,28 +73,8 @@ private Q_SLOTS:
         QCOMPARE(keyboard.pTarget->text(), shown);
     }
 
-    void letterLevels()
-    {
-        const KeyboardFixture keyboard("AlphaNumInput");
-        const QString keys = QStringLiteral("QWERTZUIOPASDFGHJKLYX");
-        const QString symbols = QStringLiteral("!#$%&'()*+,:;=?@[]-_~");
-        for (int level = 0; level < ShiftLevels; ++level) {
-            for (int i = 0; i < keys.size(); ++i) {
-                const QChar letter = keys[i];
-                const QChar value = level == 0 ? letter.toLower()
-                    : level == 1               ? letter
-                                               : symbols[i];
-                const QPushButton *pKey = keyboard.key(u'a' + QString(letter));
-                QCOMPARE(pKey->property("buttonValue").toChar(), value);
-                QCOMPARE(pKey->text(), value == u'&' ? QStringLiteral("&&") : QString(value));
-            }
-            keyboard.touch("aMode");
-        }
-    }
-
     void keypad_data()
     {
-        columns<QString, QString, QString, QString>("mode", "keys", "display", "focus");
         const QString num("NumInput");
         const QString hex("HexInput");
         const QString alpha("AlphaNumInput");
@@ -124,12 +98,10 @@ private Q_SLOTS:
     }
     void keypad()
     {
-        QFETCH(QString, mode);
-        QFETCH(QString, keys);
-        QFETCH(QString, focus);
+        FETCH(QString, mode, QString, keys, QString, display, QString, focus);
         const KeyboardFixture keyboard(mode);
         keyboard.type(keys);
-        QTEST(keyboard.pDisplay->text(), "display");
+        QCOMPARE(keyboard.pDisplay->text(), display);
         if (!focus.isEmpty()) {
             QCOMPARE(QApplication::focusWidget()->objectName(), focus);
         }
@@ -139,16 +111,15 @@ private Q_SLOTS:
 
     void focusVisitsEveryKeyAndWraps_data()
     {
-        columns<Qt::Key>("key");
         for (const char *mode : {"NumInput", "HexInput", "AlphaNumInput"}) {
-            QTest::addRow("%s forth", mode) << Qt::Key_S;
-            QTest::addRow("%s back", mode) << Qt::Key_T;
-            QTest::addRow("%s tab", mode) << Qt::Key_Tab;
+            row(mode + QByteArray(" forth"), Qt::Key_S);
+            row(mode + QByteArray(" back"), Qt::Key_T);
+            row(mode + QByteArray(" tab"), Qt::Key_Tab);
         }
     }
     void focusVisitsEveryKeyAndWraps()
     {
-        QFETCH(Qt::Key, key);
+        FETCH(Qt::Key, key);
         const KeyboardFixture keyboard(QString(QTest::currentDataTag()).section(' ', 0, 0));
         QList<QPushButton *> expected = keyboard.visibleKeys();
         if (key == Qt::Key_T) {
@@ -163,7 +134,7 @@ private Q_SLOTS:
 
     void heldKeyRepeats_data()
     {
-        columns<Qt::Key, QString>("key", "focus"); // the key that gets the focus first
+        // the key that gets the focus first
         row("Backspace", Qt::Key_Backspace, "");
         row("R", Qt::Key_R, "");
         row("Return on backspace", Qt::Key_Return, "backspace");
@@ -173,8 +144,7 @@ private Q_SLOTS:
     }
     void heldKeyRepeats()
     {
-        QFETCH(Qt::Key, key);
-        QFETCH(QString, focus);
+        FETCH(Qt::Key, key, QString, focus);
         const KeyboardFixture keyboard("NumInputPW", "1234567890", "", 20);
         if (!focus.isEmpty()) {
             keyboard.key(focus)->setFocus();
@@ -208,7 +178,6 @@ private Q_SLOTS:
     void repeatEnds_data()
     {
         using Step = std::function<void(KeyboardFixture &)>;
-        columns<Step>("end");
         row("OK", Step([](auto &keyboard) { keyboard.touch("ok"); }));
         row("Cancel", Step([](auto &keyboard) { keyboard.touch("cancel"); }));
         row("time-out", Step([](auto &keyboard) { keyboard.call("UpdateTimeout"); }));
@@ -226,7 +195,7 @@ private Q_SLOTS:
     }
     void repeatEnds()
     {
-        QFETCH(std::function<void(KeyboardFixture &)>, end);
+        FETCH(std::function<void(KeyboardFixture &)>, end);
         WindowServer server;
         server.setKeyboardHandler(std::make_unique<QObject>());
         KeyboardFixture keyboard("NumInputPW", "1234", "", 1);
@@ -256,14 +225,13 @@ private Q_SLOTS:
 
     void windowSystemRepeats_data()
     {
-        columns<Qt::Key, QString, int>("key", "text", "cursor");
         row("the panel repeats Backspace by itself", Qt::Key_Backspace, "123", 3);
         row("a digit does not repeat", Qt::Key_5, "12345", 5);
         row("the keyboard repeats Left", Qt::Key_Left, "1234", 2);
     }
     void windowSystemRepeats()
     {
-        QFETCH(Qt::Key, key);
+        FETCH(Qt::Key, key, QString, text, int, cursor);
         const KeyboardFixture keyboard("NumInputPW", "1234", "", 20);
         keyboard.press(key);
         const bool bRepeats = keyboard.timer("repeatTimer")->isActive();
@@ -271,8 +239,8 @@ private Q_SLOTS:
             QKeyEvent event(type, key, Qt::NoModifier, QString(), true);
             QCoreApplication::sendEvent(QApplication::focusWidget(), &event);
         }
-        QTEST(keyboard.pDisplay->text(), "text");
-        QTEST(keyboard.pDisplay->cursorPosition(), "cursor");
+        QCOMPARE(keyboard.pDisplay->text(), text);
+        QCOMPARE(keyboard.pDisplay->cursorPosition(), cursor);
         QCOMPARE(keyboard.timer("repeatTimer")->isActive(), bRepeats);
     }
 
@@ -352,25 +320,19 @@ private Q_SLOTS:
         QCOMPARE(picture, pictureOf("8057"));
     }
 
-    void focusHighlight_data()
-    {
-        columns<bool, int>("highlight", "styled");
-        row("NumInput", true, 81);
-        row("AlphaNumInput", true, 82);
-        row("AlphaNumInputPW", true, 81);
-        row("HexInput", false, 0);
-    }
+    /// The marked key has a colour of its own where the dialog asks for it.
     void focusHighlight()
     {
-        QFETCH(bool, highlight);
         QWidget parent;
-        const VeltaInputPanel panel(&parent, highlight, QLatin1String(QTest::currentDataTag()), 0);
-        int styled = 0;
-        for (const QPushButton *pKey : panel.findChildren<QPushButton *>()) {
-            styled += pKey->styleSheet()
-                == QLatin1String("QPushButton:focus { background-color:rgb(170,170,170);; } ");
+        for (const auto &[mode, bAsked, nStyled] : {std::tuple("AlphaNumInput", true, 82),
+                                                    {"AlphaNumInputPW", true, 81},
+                                                    {"HexInput", false, 0}}) {
+            const VeltaInputPanel panel(&parent, bAsked, QLatin1String(mode), 0);
+            const auto keys = panel.findChildren<QPushButton *>();
+            QCOMPARE(std::count_if(keys.begin(), keys.end(),
+                                   [](const auto *pKey) { return !pKey->styleSheet().isEmpty(); }),
+                     nStyled);
         }
-        QTEST(styled, "styled");
     }
 };
 

@@ -1,10 +1,5 @@
 #include "keyboardfixture.h"
 
-#include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
-
-#include <QDialog>
-
 class TestVeltaInputPanelContext : public DeviceTest
 {
     Q_OBJECT
@@ -32,7 +27,6 @@ private Q_SLOTS:
 
     void maskedEditing_data()
     {
-        columns<QString, QString, QString, QString>("text", "keys", "shown", "result");
         row("emptied field starts in front", QString(), "10.1.2.30", "10 .1  .2  .30 ",
             "10.1.2.30");
         row("dots without digits are empty too", "...", "192168178001", "192.168.178.001",
@@ -48,28 +42,24 @@ private Q_SLOTS:
     }
     void maskedEditing()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, keys);
+        FETCH(QString, text, QString, keys, QString, shown, QString, result);
         const KeyboardFixture keyboard("", text, AddressMask);
         keyboard.type(keys);
-        QTEST(keyboard.pDisplay->displayText(), "shown");
+        QCOMPARE(keyboard.pDisplay->displayText(), shown);
         keyboard.touch("ok");
-        QTEST(keyboard.pTarget->text(), "result");
+        QCOMPARE(keyboard.pTarget->text(), result);
     }
 
     // A sliding finger, a double and a triple tap: the next key replaces nothing.
     void displaySelectsNothing_data()
     {
-        columns<QString, QString, QString>("mode", "text", "mask");
         row("address", "NumInput", "192.168.178.200", AddressMask);
         row("password", "NumInputPW", "1234567", PasswordMask);
         row("no mask", "AlphaNumInput", "text", "");
     }
     void displaySelectsNothing()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, mode);
-        QFETCH(QString, mask);
+        FETCH(QString, mode, QString, text, QString, mask);
         const KeyboardFixture keyboard(mode, text, mask);
         QWidget *pDisplay = keyboard.pDisplay;
         const QPoint left(3, pDisplay->height() / 2);
@@ -190,7 +180,6 @@ private Q_SLOTS:
 
     void keyboardGrab_data()
     {
-        columns<bool>("grabs");
         row("VNC", true);
         row("SHM", true);
         row("VNC:0", false);
@@ -199,7 +188,7 @@ private Q_SLOTS:
     }
     void keyboardGrab()
     {
-        QFETCH(bool, grabs);
+        FETCH(bool, grabs);
         // Three grabs and as many releases.
         for (int i = 0; i < (grabs ? 6 : 0); ++i) {
             QTest::ignoreMessage(QtWarningMsg,

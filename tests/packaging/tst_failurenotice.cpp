@@ -1,7 +1,6 @@
 #include "packaging/failurenotice/framebuffer.h"
 #include "packaging/failurenotice/letters.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <QImage>
 
@@ -15,7 +14,6 @@ private Q_SLOTS:
     // The whole text is on the screen, in letters that can be read from where the operator stands.
     void anyScreen_data()
     {
-        columns<int, int, int>("width", "height", "scale");
         row("240x320", 240, 320, 2);
         row("272x480", 272, 480, 2);
         row("320x240", 320, 240, 2);
@@ -26,8 +24,7 @@ private Q_SLOTS:
     }
     void anyScreen()
     {
-        QFETCH(const int, width);
-        QFETCH(const int, height);
+        FETCH(int, width, int, height, int, scale);
         const std::vector<std::string> text{
             "The panel does not run.", "Switch the device off and on again.",
             "If this message comes back, call the service and tell them:",
@@ -43,7 +40,7 @@ private Q_SLOTS:
             screen.setPixel(pixel.center(), qRgb(255, 255, 255));
             ++pixels;
         });
-        QTEST(layout.nScale, "scale");
+        QCOMPARE(layout.nScale, scale);
         int expected = 0;
         for (const std::string &paragraph : text) {
             for (const char character : paragraph) {
@@ -57,21 +54,19 @@ private Q_SLOTS:
 
     void options_data()
     {
-        columns<QByteArray, QByteArray, int>("options", "device", "turns");
         const QByteArray first = "/dev/fb0";
         row("none", QByteArray(), first, 0);
-        row("plain", QByteArray("-platform linuxfb"), first, 0);
-        row("turned", QByteArray("-platform linuxfb:rotation=270"), first, 3);
-        row("another", QByteArray("-platform linuxfb:fb=/dev/fb1:rotation=90 -style x"),
-            QByteArray("/dev/fb1"), 1);
-        row("odd", QByteArray("-platform linuxfb:rotation=-90"), first, 3);
+        row("plain", "-platform linuxfb", first, 0);
+        row("turned", "-platform linuxfb:rotation=270", first, 3);
+        row("another", "-platform linuxfb:fb=/dev/fb1:rotation=90 -style x", "/dev/fb1", 1);
+        row("odd", "-platform linuxfb:rotation=-90", first, 3);
     }
     void options()
     {
-        QFETCH(const QByteArray, options);
+        FETCH(QByteArray, options, QByteArray, device, int, turns);
         const FramebufferOptions read(options.isNull() ? nullptr : options.constData());
-        QTEST(QByteArray::fromStdString(read.sDevice), "device");
-        QTEST(read.nQuarterTurns, "turns");
+        QCOMPARE(QByteArray::fromStdString(read.sDevice), device);
+        QCOMPARE(read.nQuarterTurns, turns);
     }
 
     // A panel without a screen must not be kept from its way to the console.

@@ -3,7 +3,6 @@
 #include "platform/endinglimit.h"
 #include "platform/terminationsignals.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 using namespace std::chrono_literals;
 
@@ -14,22 +13,21 @@ class CommandTest : public DeviceTest
 private Q_SLOTS:
     void results_data()
     {
-        columns<QByteArray, int>("script", "result");
-        row("0", QByteArray("exit 0"), 0);
-        row("255", QByteArray("exit 255"), 255);
-        row("crash", QByteArray("kill -ABRT $$"), CommandCrashed);
+        row("0", "exit 0", 0);
+        row("255", "exit 255", 255);
+        row("crash", "kill -ABRT $$", CommandCrashed);
         row("missing", QByteArray(), CommandNotStarted);
-        row("arguments with blanks", QByteArray("[ $# = 2 ] && [ \"$1\" = 'a b' ] && exit 7"), 7);
+        row("arguments with blanks", "[ $# = 2 ] && [ \"$1\" = 'a b' ] && exit 7", 7);
     }
     void results()
     {
-        QFETCH(QByteArray, script);
+        FETCH(QByteArray, script, int, result);
         const QString command = "/bin/with blank/tool";
         if (!script.isEmpty()) {
             root().writeCommand(command, script);
         }
         const QStringList arguments{"a b", QString()};
-        QTEST(runCommand(devicePath(command), arguments, 30s), "result");
+        QCOMPARE(runCommand(devicePath(command), arguments, 30s), result);
     }
 
     // It ends together with what it has started, even when that does not care for signals.

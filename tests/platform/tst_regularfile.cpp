@@ -1,7 +1,8 @@
 #include "platform/regularfile.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
+#include <csignal>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -33,27 +34,57 @@ private:
     }
 
 private Q_SLOTS:
-    void reads_data()
+    void kinds_data()
     {
-        columns<QByteArray, int, int>("kind", "refuse", "follow");
-        row("nothing", QByteArray(), int(FileContent::Absent), int(FileContent::Absent));
-        row("file", QByteArray("file"), int(FileContent::Readable), int(FileContent::Readable));
-        row("fifo", QByteArray("fifo"), int(FileContent::Unreadable), int(FileContent::Unreadable));
-        row("link", QByteArray("link"), int(FileContent::Unreadable), int(FileContent::Readable));
-        row("dangling", QByteArray("dangling"), int(FileContent::Unreadable),
-            int(FileContent::Absent));
-        row("directory", QByteArray("directory"), int(FileContent::Unreadable),
-            int(FileContent::Unreadable));
+        // How it is read, links refused and followed; whether it is a request, and stays; whether
+        // a new file can take its place, and replace it.
+        const int nAbsent = FileContent::Absent;
+        const int nReadable = FileContent::Readable;
+        const int nNot = FileContent::Unreadable;
+        row("nothing", nAbsent, nAbsent, false, false, true, true);
+        row("file", nReadable, nReadable, true, true, true, true);
+        row("fifo", nNot, nNot, false, false, true, true);
+        row("link", nNot, nReadable, false, false, true, true);
+        row("dangling", nNot, nAbsent, false, false, true, true);
+        row("directory", nNot, nNot, false, false, true, false);
+        row("full directory", nNot, nNot, false, true, false, false);
     }
-    void reads()
+    void kinds()
     {
-        QFETCH(QByteArray, kind);
+        FETCH(int, refuse, int, follow, bool, requested, bool, stays, bool, anew, bool, replaced);
+        const QByteArray kind = QTest::currentDataTag();
         plant(kind);
-        QTEST(int(readRegularFile(path(), Links::Refuse).state), "refuse");
+        QCOMPARE(int(readRegularFile(path(), Links::Refuse).state), refuse);
         const FileContent followed = readRegularFile(path(), Links::Follow);
-        QTEST(int(followed.state), "follow");
+        QCOMPARE(int(followed.state), follow);
         QCOMPARE(followed.content.isEmpty(), followed.state != FileContent::Readable);
         QCOMPARE(followed.sError.isEmpty(), followed.state != FileContent::Unreadable);
+
+        if (!requested && kind != "nothing") {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("is no file and so no request"));
+        }
+        QCOMPARE(isRequested(path()), requested);
+        QCOMPARE(isRequested(path()), requested); // and not a second line
+        struct stat status = {};
+        QCOMPARE(lstat(name().constData(), &status) == 0, stays);
+
+        for (const bool bAnew : {true, false}) {
+            if (!removeName(path())) {
+                QVERIFY(QDir(path()).removeRecursively());
+            }
+            plant(kind);
+            const bool bDone =
+                bAnew ? writeNewFile(path(), "new") : replaceFile(path(), "new", 0640);
+            QCOMPARE(bDone, bAnew ? anew : replaced);
+            QCOMPARE(root().read("/tmp/target"), QByteArray("target"));
+            if (bDone) {
+                QCOMPARE(lstat(name().constData(), &status), 0);
+                QVERIFY(S_ISREG(status.st_mode));
+                QCOMPARE(root().read("/tmp/file"), QByteArray("new"));
+                QVERIFY(!bAnew || (status.st_mode & 0777) == 0600);
+            }
+            QCOMPARE(folder(), bDone ? QStringList({"file", "target"}) : QStringList("target"));
+        }
     }
 
     void limit()
@@ -61,72 +92,6 @@ private Q_SLOTS:
         root().write("/tmp/file", QByteArray(100000, 'x'));
         QCOMPARE(readRegularFile(path(), Links::Refuse, 100000).content.size(), 100000);
         QCOMPARE(readRegularFile(path(), Links::Refuse, 99999).state, FileContent::Unreadable);
-    }
-
-    void requests_data()
-    {
-        columns<QByteArray, bool, bool>("kind", "requested", "stays");
-        row("nothing", QByteArray(), false, false);
-        row("file", QByteArray("file"), true, true);
-        row("fifo", QByteArray("fifo"), false, false);
-        row("link", QByteArray("link"), false, false);
-        row("dangling", QByteArray("dangling"), false, false);
-        row("directory", QByteArray("directory"), false, false);
-        row("full directory", QByteArray("full directory"), false, true);
-    }
-    void requests()
-    {
-        QFETCH(QByteArray, kind);
-        QFETCH(bool, requested);
-        QFETCH(bool, stays);
-        plant(kind);
-        if (!requested && !kind.isEmpty()) {
-            QTest::ignoreMessage(
-                QtWarningMsg, QRegularExpression(QStringLiteral("is no file and so no request")));
-        }
-        QCOMPARE(isRequested(path()), requested);
-        QCOMPARE(isRequested(path()), requested); // and not a second line
-        struct stat status = {};
-        QCOMPARE(lstat(name().constData(), &status) == 0, stays);
-        QCOMPARE(root().read("/tmp/target"), QByteArray("target"));
-    }
-
-    void writes_data()
-    {
-        columns<QByteArray, bool, bool>("kind", "anew", "replaced");
-        row("nothing", QByteArray(), true, true);
-        row("file", QByteArray("file"), true, true);
-        row("fifo", QByteArray("fifo"), true, true);
-        row("link", QByteArray("link"), true, true);
-        row("dangling", QByteArray("dangling"), true, true);
-        row("directory", QByteArray("directory"), true, false);
-        row("full directory", QByteArray("full directory"), false, false);
-    }
-    void writes()
-    {
-        QFETCH(QByteArray, kind);
-        for (const bool bAnew : {true, false}) {
-            plant(kind);
-            const bool bDone =
-                bAnew ? writeNewFile(path(), "new") : replaceFile(path(), "new", 0640);
-            QTEST(bDone, bAnew ? "anew" : "replaced");
-            QCOMPARE(root().read("/tmp/target"), QByteArray("target"));
-            struct stat status = {};
-            if (bDone) {
-                QCOMPARE(lstat(name().constData(), &status), 0);
-                QVERIFY(S_ISREG(status.st_mode));
-                QCOMPARE(root().read("/tmp/file"), QByteArray("new"));
-                if (bAnew) {
-                    QCOMPARE(int(status.st_mode & 0777), 0600);
-                }
-                QCOMPARE(folder(), QStringList({"file", "target"}));
-            } else {
-                QCOMPARE(folder(), QStringList({"target"}));
-            }
-            if (!removeName(path())) {
-                QVERIFY(QDir(path()).removeRecursively());
-            }
-        }
     }
 
     void permissions()
@@ -157,6 +122,16 @@ private Q_SLOTS:
         QVERIFY(!writeNewFile("/dev/full/file", "new"));
         QVERIFY(!replaceFile("/nowhere/file", "new"));
         QCOMPARE(errno, ENOENT);
+        // A full disk takes the beginning, which does not stay.
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit before = {};
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit room = {2, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &room);
+        const bool bDone = writeNewFile(path(), "new") || replaceFile(path(), "new");
+        setrlimit(RLIMIT_FSIZE, &before);
+        QVERIFY(!bDone);
+        QCOMPARE(folder(), QStringList());
     }
 };
 

@@ -1,7 +1,6 @@
 #include "platform/requestfile.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/lockedfolder.h"
-#include "tests/support/testmain.h"
 
 class RequestFileTest : public DeviceTest
 {

@@ -4,7 +4,6 @@
 #include "platform/servicenotifier.h"
 #include "tests/platform/notifysocket.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -35,13 +34,12 @@ private:
 private Q_SLOTS:
     void messages_data()
     {
-        columns<bool>("abstract");
         row("path", false);
         row("name without a file", true);
     }
     void messages()
     {
-        QFETCH(bool, abstract);
+        FETCH(bool, abstract);
         const QByteArray name = abstract ? "@panel-test-" + QByteArray::number(getpid()) : path();
         NotifySocket manager(name);
         qputenv("NOTIFY_SOCKET", name);
@@ -60,14 +58,13 @@ private Q_SLOTS:
 
     void nobodyListens_data()
     {
-        columns<QByteArray>("name");
-        row("nobody", QByteArray("/nowhere/notify"));
+        row("nobody", "/nowhere/notify");
         row("too long", "/" + QByteArray(200, 'x'));
         row("nobody reads", QByteArray());
     }
     void nobodyListens()
     {
-        QFETCH(QByteArray, name);
+        FETCH(QByteArray, name);
         const NotifySocket busy(path());
         qputenv("NOTIFY_SOCKET", name.isEmpty() ? path() : name);
         ServiceNotifier notifier;
@@ -93,14 +90,12 @@ private Q_SLOTS:
 
     void watchdog_data()
     {
-        columns<QByteArray, QByteArray, std::function<void()>, bool>("usec", "process", "work",
-                                                                     "fed");
         const QByteArray usec = QByteArray::number(std::chrono::microseconds(Limit).count());
         const QByteArray own = QByteArray::number(getpid());
         using Work = std::function<void()>;
         row("event loop", usec, own, Work(runLoop), true);
-        row("for another process", usec, QByteArray("1"), Work(runLoop), false);
-        row("no number", QByteArray("soon"), own, Work(runLoop), false);
+        row("for another process", usec, "1", Work(runLoop), false);
+        row("no number", "soon", own, Work(runLoop), false);
         row("command, for whoever", usec, QByteArray(),
             Work([] { QCOMPARE(runCommand(devicePath("/bin/tool"), {}, 30s), 7); }), true);
         row("firmware call hangs", usec, own, Work([] { QVERIFY(!RuntimeLink::open().isOpen()); }),
@@ -108,10 +103,7 @@ private Q_SLOTS:
     }
     void watchdog()
     {
-        QFETCH(QByteArray, usec);
-        QFETCH(QByteArray, process);
-        QFETCH(std::function<void()>, work);
-        QFETCH(bool, fed);
+        FETCH(QByteArray, usec, QByteArray, process, std::function<void()>, work, bool, fed);
         const double dSeconds = std::chrono::duration<double>(Long).count();
         root().writeCommand("/bin/tool", "sleep " + QByteArray::number(dSeconds) + "; exit 7");
         root().setFirmware("delayMs", QString::number(Long.count()));

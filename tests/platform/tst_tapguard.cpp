@@ -1,12 +1,9 @@
 #include "platform/tapguard.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <QMouseEvent>
 #include <QTouchEvent>
 #include <QWindow>
-
-#include <memory>
 
 namespace {
 
@@ -47,8 +44,6 @@ enum Change { Nothing, BoxOpens, BoxCloses, BoxMoves, LowestCloses, BoxRises };
 
 } // namespace
 
-Q_DECLARE_METATYPE(Change)
-
 class TestTapGuard : public DeviceTest
 {
     Q_OBJECT
@@ -66,8 +61,6 @@ private Q_SLOTS:
 
     void drops_data()
     {
-        columns<Change, bool, QPoint, int, int, bool>("change", "painted", "at", "pressed",
-                                                      "delivered", "arrives");
         row("window of old", Nothing, true, OnBox, 0, 0, true);
         row("opened, not painted", BoxOpens, false, OnBox, 5, 5, false);
         row("just opened", BoxOpens, true, OnBox, 299, 299, false);
@@ -87,12 +80,8 @@ private Q_SLOTS:
     }
     void drops()
     {
-        QFETCH(Change, change);
-        QFETCH(bool, painted);
-        QFETCH(QPoint, at);
-        QFETCH(int, pressed);
-        QFETCH(int, delivered);
-        QFETCH(bool, arrives);
+        FETCH(Change, change, bool, painted, QPoint, at, int, pressed, int, delivered, bool,
+              arrives);
         Sheet box(Box);
         if (change != Nothing && change != BoxOpens) {
             show(box);
@@ -165,15 +154,14 @@ private Q_SLOTS:
 
     void touches_data()
     {
-        columns<int, bool>("age", "arrives"); // of the first picture when the finger comes down
+        // of the first picture when the finger comes down
         row("just opened", 0, false);
         row("there for a while", 2000, true);
     }
     /// Neither a touch nor the mouse events that Qt makes of it.
     void touches()
     {
-        QFETCH(int, age);
-        QFETCH(bool, arrives);
+        FETCH(int, age, bool, arrives);
         static const std::unique_ptr<QPointingDevice> pScreen(QTest::createTouchDevice());
         Sheet box(Box);
         nNow = TapGuard::eventClock() - age + 1000;

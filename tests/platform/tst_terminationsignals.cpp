@@ -1,12 +1,7 @@
 #include "platform/terminationsignals.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
-
-#include <QDialog>
-#include <QTimer>
 
 #include <csignal>
-#include <functional>
 #include <optional>
 
 class TestTerminationSignals : public DeviceTest
@@ -17,16 +12,13 @@ private Q_SLOTS:
     void signalEndsTheEventLoop_data()
     {
         // Modal dialogs, each opened from within the one before.
-        columns<int, int, bool>("number", "dialogs", "beforeMainLoop");
         row("SIGTERM", SIGTERM, 0, false);
         row("SIGINT, box over the wizard", SIGINT, 2, false);
         row("SIGTERM, box before the main loop", SIGTERM, 1, true);
     }
     void signalEndsTheEventLoop()
     {
-        QFETCH(int, number);
-        QFETCH(int, dialogs);
-        QFETCH(bool, beforeMainLoop);
+        FETCH(int, number, int, dialogs, bool, beforeMainLoop);
         constexpr int Hung = 1;
         struct sigaction before = {};
         sigaction(number, nullptr, &before);
@@ -64,14 +56,13 @@ private Q_SLOTS:
 
     void inheritedIgnorance_data()
     {
-        columns<int, bool>("number", "stays");
         row("SIGHUP, nohup", SIGHUP, true);
         row("SIGINT, a shell's background", SIGINT, false);
         row("SIGTERM", SIGTERM, false);
     }
     void inheritedIgnorance()
     {
-        QFETCH(int, number);
+        FETCH(int, number, bool, stays);
         const auto before = std::signal(number, SIG_IGN);
         sigset_t mask;
         sigemptyset(&mask);
@@ -85,7 +76,7 @@ private Q_SLOTS:
             QCOMPARE(sigismember(&inForce, number), 0);
             struct sigaction action = {};
             sigaction(number, nullptr, &action);
-            QTEST(action.sa_handler == SIG_IGN, "stays");
+            QCOMPARE(action.sa_handler == SIG_IGN, stays);
         }
         std::signal(number, before);
     }

@@ -1,7 +1,6 @@
 #include "platform/firmwaretext.h"
 #include "platform/touchtype.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <array>
 #include <sys/stat.h>
@@ -18,25 +17,23 @@ class TestTouchType : public DeviceTest
 private Q_SLOTS:
     void property_data()
     {
-        columns<QByteArray, bool>("content", "multi");
         row("single", QByteArray("single\0", 7), false);
         row("multi", QByteArray("multi\0", 6), true);
-        row("capital", QByteArray("Multi\n"), true);
-        row("inside, without NUL", QByteArray("capMULTItouch"), true);
-        row("blanks in front", QByteArray(" \t multi-touch"), true);
-        row("second word", QByteArray("single multi"), false);
+        row("capital", "Multi\n", true);
+        row("inside, without NUL", "capMULTItouch", true);
+        row("blanks in front", " \t multi-touch", true);
+        row("second word", "single multi", false);
         row("second string", QByteArray("single\0multi\0", 13), false);
         row("empty", QByteArray(), false);
-        row("blanks only", QByteArray(" \n"), false);
+        row("blanks only", " \n", false);
         row("1 MB", QByteArray(1 << 20, 'x') + "multi", false);
-        row("binary", QByteArray("\xff\xfe\x80"), false);
+        row("binary", "\xff\xfe\x80", false);
     }
     void property()
     {
-        QFETCH(QByteArray, content);
+        FETCH(QByteArray, content, bool, multi);
         root().write(Device, {});
         root().write(Property, content);
-        QFETCH(bool, multi);
         QCOMPARE(readTouchType(), multi ? TouchType::Multi : TouchType::Single);
     }
 

@@ -3,12 +3,8 @@
 #include "tests/platform/keyboardfifo.h"
 #include "tests/platform/touchscreenfifo.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <QDataStream>
-#include <QDir>
-#include <QLineEdit>
-#include <QPushButton>
 
 #include <linux/input.h>
 #include <sys/stat.h>
@@ -37,7 +33,6 @@ class TestWindowServer : public DeviceTest
 private Q_SLOTS:
     void keyboardTypes_data()
     {
-        columns<QString, QByteArray, QString, bool>("options", "map", "text", "warned");
         row("built-in key map", ":grab=1", QByteArray(), "y", false);
         const QString mapped = ":grab=1:keymap=/etc/kbd/de.qmap";
         row("key map file", mapped, keymap(), "z", false);
@@ -46,16 +41,14 @@ private Q_SLOTS:
         row("a key too many", mapped, keymap(2), "y", true);
         row("no key", mapped, keymap(0), "y", true);
         row("torn", mapped, keymap().chopped(1), "y", true);
-        row("no header", mapped, QByteArray("QMAP"), "y", true);
+        row("no header", mapped, "QMAP", "y", true);
         row("no key map", mapped, keymap(1, 0, 0), "y", true);
-        row("FIFO", mapped, QByteArray("FIFO"), "y", true);
-        row("folder", mapped, QByteArray("DIR"), "y", true);
+        row("FIFO", mapped, "FIFO", "y", true);
+        row("folder", mapped, "DIR", "y", true);
     }
     void keyboardTypes()
     {
-        QFETCH(QString, options);
-        QFETCH(QByteArray, map);
-        QFETCH(bool, warned);
+        FETCH(QString, options, QByteArray, map, QString, text, bool, warned);
         const QString mapFile = root().path("/etc/kbd/de.qmap");
         if (map == "DIR" || map == "FIFO") {
             QVERIFY(QDir().mkpath(map == "DIR" ? mapFile : root().path("/etc/kbd")));
@@ -80,7 +73,7 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(&edit));
         keyboard.type({KEY_Y});
         QTRY_VERIFY(!edit.text().isEmpty());
-        QTEST(edit.text(), "text");
+        QCOMPARE(edit.text(), text);
 
         server.closeKeyboard();
         QVERIFY(!server.hasKeyboard());
@@ -88,7 +81,7 @@ private Q_SLOTS:
         for (int i = 0; i < 5; ++i) {
             QCoreApplication::processEvents();
         }
-        QTEST(edit.text(), "text");
+        QCOMPARE(edit.text(), text);
     }
 
     /// The keys that end a program by default end this one by no keyboard.
@@ -113,23 +106,22 @@ private Q_SLOTS:
 
     void rotationOption_data()
     {
-        columns<QByteArray, int>("argument", "turns");
-        row("none", QByteArray("offscreen"), 0);
-        row("degrees", QByteArray("offscreen:rotation=90"), 1);
-        row("after another option", QByteArray("offscreen:fb=/dev/fb0:rotation=270"), 3);
-        row("quarter turns", QByteArray("offscreen:rotation=2"), 2);
-        row("backwards", QByteArray("offscreen:rotation=-90"), 3);
-        row("full turn", QByteArray("offscreen:rotation=360"), 0);
-        row("no number", QByteArray("offscreen:rotation=left"), 0);
-        row("of another platform", QByteArray("xcb:rotation=90;offscreen"), 0);
-        row("second choice", QByteArray("eglfs;offscreen:rotation=180"), 2);
+        row("none", "offscreen", 0);
+        row("degrees", "offscreen:rotation=90", 1);
+        row("after another option", "offscreen:fb=/dev/fb0:rotation=270", 3);
+        row("quarter turns", "offscreen:rotation=2", 2);
+        row("backwards", "offscreen:rotation=-90", 3);
+        row("full turn", "offscreen:rotation=360", 0);
+        row("no number", "offscreen:rotation=left", 0);
+        row("of another platform", "xcb:rotation=90;offscreen", 0);
+        row("second choice", "eglfs;offscreen:rotation=180", 2);
     }
     void rotationOption()
     {
-        QFETCH(QByteArray, argument);
+        FETCH(QByteArray, argument, int, turns);
         qputenv("QT_QPA_PLATFORM", argument);
         const WindowServer server;
-        QTEST(server.transformationOrientation(), "turns");
+        QCOMPARE(server.transformationOrientation(), turns);
         QCOMPARE(server.isTransformed(), server.transformationOrientation() != 0);
     }
 

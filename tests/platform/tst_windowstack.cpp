@@ -1,8 +1,5 @@
 #include "platform/windowstack.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
-
-#include <QDialog>
 
 /// Windows that come and go as the program's do, on a window system without a window manager.
 class TestWindowStack : public DeviceTest
@@ -10,117 +7,88 @@ class TestWindowStack : public DeviceTest
     Q_OBJECT
 
 private:
-    struct Windows
-    {
-        std::unique_ptr<QWidget> pMain = std::make_unique<QWidget>();
-        std::unique_ptr<QDialog> pFirst = std::make_unique<QDialog>();
-        std::unique_ptr<QDialog> pSecond = std::make_unique<QDialog>();
+    std::unique_ptr<QWidget> pMain;
+    std::unique_ptr<QDialog> pFirst, pSecond;
 
-        QByteArray order() const
-        {
-            QByteArray names;
-            for (const QWidget *pWindow : visibleWindows()) {
-                names += pWindow == pMain.get() ? 'm'
-                    : pWindow == pFirst.get()   ? '1'
-                    : pWindow == pSecond.get()  ? '2'
-                                                : '?';
-            }
-            return names;
+    void closeWindows() override
+    {
+        pSecond.reset();
+        pFirst.reset();
+        pMain.reset();
+    }
+    QByteArray order() const
+    {
+        QByteArray names;
+        for (const QWidget *pWindow : visibleWindows()) {
+            names += pWindow == pMain.get() ? 'm'
+                : pWindow == pFirst.get()   ? '1'
+                : pWindow == pSecond.get()  ? '2'
+                                            : '?';
         }
-    };
-    using Step = std::function<void(Windows &)>;
+        return names;
+    }
+    /// \a act with the window \a which: '1', '2' or the main window.
+    void take(char act, char which)
+    {
+        auto &pDialog = which == '1' ? pFirst : pSecond;
+        QWidget *pWindow = which == 'm' ? pMain.get() : pDialog.get();
+        switch (act) {
+        case '+':
+            return pWindow->show();
+        case '-':
+            return pWindow->hide();
+        case '^':
+            return pWindow->raise();
+        case '!':
+            return pDialog->setModal(true);
+        case '=':
+            QTRY_VERIFY(pWindow->isActiveWindow());
+            return;
+        case 'a':
+            return pWindow->activateWindow();
+        case 'c':
+            return pDialog->accept();
+        case 'f': // is made anew
+            return pWindow->setWindowFlag(Qt::FramelessWindowHint);
+        case 'b':
+            pWindow->showFullScreen();
+            return keepBelowOthers(pWindow);
+        case 'x':
+            return pDialog.reset();
+        }
+        QFAIL("no such act");
+    }
 
 private Q_SLOTS:
     // The topmost one, the last of the order, has the keys.
     void topmostHasTheKeys_data()
     {
-        columns<Step, QByteArray>("step", "order");
-        const auto step = [](const char *name, const QByteArray &order, const Step &taken) {
-            row(name, taken, order);
-        };
-        step("one after the other", "m12", [](Windows &w) {
-            w.pFirst->show();
-            w.pSecond->show();
-        });
-        step("raised", "m21", [](Windows &w) {
-            w.pFirst->show();
-            w.pSecond->show();
-            w.pFirst->raise();
-        });
-        step("hidden", "m1", [](Windows &w) {
-            w.pFirst->show();
-            w.pSecond->show();
-            QTRY_VERIFY(w.pSecond->isActiveWindow());
-            w.pSecond->hide();
-        });
-        step("the lower one hidden", "m2", [](Windows &w) {
-            w.pFirst->show();
-            w.pSecond->show();
-            w.pFirst->hide();
-        });
-        step("destroyed", "m", [](Windows &w) {
-            w.pFirst->show();
-            QTRY_VERIFY(w.pFirst->isActiveWindow());
-            w.pFirst.reset();
-        });
-        step("gone at once", "m", [](Windows &w) {
-            w.pFirst->show();
-            w.pFirst->activateWindow();
-            w.pFirst->hide();
-        });
-        step("hidden and shown at once", "m1", [](Windows &w) {
-            w.pFirst->show();
-            QTRY_VERIFY(w.pFirst->isActiveWindow());
-            w.pFirst->hide();
-            w.pFirst->show();
-        });
-        step("a modal one made anew", "m1", [](Windows &w) {
-            w.pFirst->setModal(true);
-            w.pFirst->show();
-            QTRY_VERIFY(w.pFirst->isActiveWindow());
-            w.pFirst->setWindowFlag(Qt::FramelessWindowHint);
-            w.pFirst->show();
-        });
-        step("an active modal one destroyed", "m1", [](Windows &w) {
-            w.pFirst->show();
-            w.pSecond->setModal(true);
-            w.pSecond->show();
-            QTRY_VERIFY(w.pSecond->isActiveWindow());
-            w.pSecond.reset();
-        });
-        step("the main window comes back below", "m12", [](Windows &w) {
-            w.pMain->hide();
-            for (QDialog *pBox : {w.pFirst.get(), w.pSecond.get()}) {
-                pBox->setModal(true);
-                pBox->show();
-            }
-            w.pMain->showFullScreen();
-            keepBelowOthers(w.pMain.get());
-        });
-        step("the upper of two modal ones closed", "m1", [](Windows &w) {
-            w.pFirst->setModal(true);
-            w.pFirst->show();
-            w.pSecond->setModal(true);
-            w.pSecond->show();
-            QTRY_VERIFY(w.pSecond->isActiveWindow());
-            w.pSecond->accept();
-        });
-        step("shown above a modal one, which is raised", "m21", [](Windows &w) {
-            w.pFirst->setModal(true);
-            w.pFirst->show();
-            w.pSecond->show(); // cannot be worked
-            w.pFirst->raise();
-        });
+        // Acts, each with its window, and the order behind them.
+        row("one after the other", "+1+2", "m12");
+        row("raised", "+1+2^1", "m21");
+        row("hidden", "+1+2=2-2", "m1");
+        row("the lower one hidden", "+1+2-1", "m2");
+        row("destroyed", "+1=1x1", "m");
+        row("gone at once", "+1a1-1", "m");
+        row("hidden and shown at once", "+1=1-1+1", "m1");
+        row("a modal one made anew", "!1+1=1f1+1", "m1");
+        row("an active modal one destroyed", "+1!2+2=2x2", "m1");
+        row("the main window comes back below", "-m!1+1!2+2bm", "m12");
+        row("the upper of two modal ones closed", "!1+1!2+2=2c2", "m1");
+        row("shown above a modal one, which is raised", "!1+1+2^1", "m21");
     }
     void topmostHasTheKeys()
     {
-        QFETCH(Step, step);
-        QFETCH(QByteArray, order);
-        Windows windows;
-        windows.pMain->show();
-        QTRY_VERIFY(windows.pMain->isActiveWindow()); // though nobody asked for it
-        step(windows);
-        QCOMPARE(windows.order(), order);
+        FETCH(QByteArray, acts, QByteArray, after);
+        pMain = std::make_unique<QWidget>();
+        pFirst = std::make_unique<QDialog>();
+        pSecond = std::make_unique<QDialog>();
+        pMain->show();
+        QTRY_VERIFY(pMain->isActiveWindow()); // though nobody asked for it
+        for (qsizetype i = 0; i < acts.size(); i += 2) {
+            take(acts[i], acts[i + 1]);
+        }
+        QCOMPARE(order(), after);
         QTRY_COMPARE(QApplication::activeWindow(), visibleWindows().constLast());
         QTest::qWait(1);
         QCOMPARE(QApplication::activeWindow(), visibleWindows().constLast());

@@ -1,10 +1,8 @@
 #include "settings/errorcatalogue.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
-#include <QMessageBox>
-#include <QSet>
 #include <QTranslator>
+
 class TestErrorCatalogue : public DeviceTest
 {
     Q_OBJECT
@@ -30,7 +28,6 @@ private Q_SLOTS:
                 withAbort.contains(code) ? QMessageBox::Abort : QMessageBox::NoButton;
             QCOMPARE(pEntry->nButtons, QMessageBox::Ok | abort);
         }
-        QCOMPARE(seen.size(), 55);
     }
 
     void findsOnlyMessages()

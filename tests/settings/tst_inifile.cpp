@@ -1,6 +1,5 @@
 #include "settings/inifile.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 
 #include <sys/resource.h>
 
@@ -11,11 +10,7 @@ class IniFileTest : public DeviceTest
 private Q_SLOTS:
     void states_data()
     {
-        columns<QByteArray, int, QString>("content", "state", "value"); // of the key "b" in "a"
-        const auto row = [](const char *name, const QByteArray &content, int state,
-                            const char *value) {
-            QTest::newRow(name) << content << state << QString::fromUtf8(value);
-        };
+        // of the key "b" in "a"
         const QByteArray whole = "[a]\nb=1\n";
         row("comments and blank lines first", "\n \n; text\n\t# \"text\n#\n" + whole,
             IniFile::Sound, "1");
@@ -47,12 +42,12 @@ private Q_SLOTS:
     }
     void states()
     {
-        QFETCH(QByteArray, content);
+        FETCH(QByteArray, content, int, state, QString, value);
         root().write("/etc/file.ini", content);
         const IniFile file(QStringLiteral("/etc/file.ini"));
-        QTEST(int(file.state()), "state");
+        QCOMPARE(int(file.state()), state);
         QCOMPARE(file.problem().isEmpty(), file.state() == IniFile::Sound);
-        QTEST(file.value("a/b").toString(), "value");
+        QCOMPARE(file.value("a/b").toString(), value);
         QVERIFY(file.state() != IniFile::Unreadable || file.keys().isEmpty());
     }
 

@@ -5,7 +5,6 @@
 #include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
 
 #include <csignal>
 #include <sys/resource.h>
@@ -24,8 +23,6 @@ const QString NewSettings = QStringLiteral("/tmp/newsettings.ini");
 using Edit = std::function<void(VeltaSettings &)>;
 
 } // namespace
-Q_DECLARE_METATYPE(Edit)
-
 class VeltaSettingsTest : public DeviceTest
 {
     Q_OBJECT
@@ -80,7 +77,6 @@ private:
 private Q_SLOTS:
     void protection_data()
     {
-        columns<QString, QString, bool>("options", "password", "isProtected");
         row("nothing", "", "", false);
         row("password", "config_passwd=1234", "1234", true);
         row("empty password, on", "config_passwd=\nconfig_protection_enabled=1", "", false);
@@ -95,9 +91,7 @@ private Q_SLOTS:
     }
     void protection()
     {
-        QFETCH(QString, options);
-        QFETCH(QString, password);
-        QFETCH(bool, isProtected);
+        FETCH(QString, options, QString, password, bool, isProtected);
         writeSettings("[options]\n" + options.toUtf8() + "\n");
         const auto pSettings = load();
         QCOMPARE(pSettings->working.configPassword, password);
@@ -108,7 +102,7 @@ private Q_SLOTS:
 
     void staticValues_data()
     {
-        columns<IpEntryIndex, QString, bool>("entry", "value", "defaulted"); // by the line
+        // by the line
         row("eth0.ip=10.1.2.3", AddressEntry, "10.1.2.3", false);
         row("eth0.ip=192.168.001.010", AddressEntry, "192.168.1.10", false);
         row("eth0.ip=10.0.0.300", AddressEntry, "10.0.0.255", false);
@@ -125,10 +119,8 @@ private Q_SLOTS:
     }
     void staticValues()
     {
+        FETCH(IpEntryIndex, entry, QString, value, bool, defaulted);
         const QByteArray line = QTest::currentDataTag();
-        QFETCH(IpEntryIndex, entry);
-        QFETCH(QString, value);
-        QFETCH(bool, defaulted);
         writeSettings("[network]\n" + line + "\n");
         const auto pSettings = load();
         QCOMPARE(pSettings->working.nNetMode, quint32(StaticMode));
@@ -141,7 +133,6 @@ private Q_SLOTS:
 
     void dhcpValues_data()
     {
-        columns<QString, QString, IpEntryIndex, QString>("key", "firmware", "entry", "value");
         const QString full(80, u'7');
         row("address", "eth0.ip", "10.0.0.7", AddressEntry, "10.0.0.7");
         row("no address", "result.sysif_GetInterfaceIp", "-1", AddressEntry, "");
@@ -156,10 +147,7 @@ private Q_SLOTS:
     }
     void dhcpValues()
     {
-        QFETCH(QString, key);
-        QFETCH(QString, firmware);
-        QFETCH(IpEntryIndex, entry);
-        QFETCH(QString, value);
+        FETCH(QString, key, QString, firmware, IpEntryIndex, entry, QString, value);
         root().setFirmware(key, firmware);
         // An address that static mode would refuse is left alone here.
         writeSettings("[network]\neth0.mode=dhcp\neth0.ip=wrong\n");
@@ -172,26 +160,21 @@ private Q_SLOTS:
 
     void badFiles_data()
     {
-        columns<QByteArray, int, QString, QString>("content", "result", "box", "password");
-        row("missing", QByteArray("nothing"), 0, "", "");
+        row("missing", "nothing", 0, "", "");
         row("empty", QByteArray(), 0, "Error -203", "");
         row("binary", QByteArray("\0\x01\xff\xfe[[[]\n=\n\\x", 14).repeated(50), 0, "Error -203",
             "");
-        row("torn after the password", QByteArray("[options]\nconfig_passwd=1\n[netw"), 0,
-            "Error -203", "1");
+        row("torn after the password", "[options]\nconfig_passwd=1\n[netw", 0, "Error -203", "1");
         row("10 MB of lines", "[x]\n" + QByteArray("k=1\n").repeated(2500 * 1024), -202,
             "Error -202", "");
-        row("directory", QByteArray("directory"), -202, "Error -202", "");
-        row("FIFO", QByteArray("fifo"), -202, "Error -202", "");
-        row("read error", QByteArray("eio"), -202, "Error -202", "");
-        row("link that leads nowhere", QByteArray("dangling"), -202, "Error -202", "");
+        row("directory", "directory", -202, "Error -202", "");
+        row("FIFO", "fifo", -202, "Error -202", "");
+        row("read error", "eio", -202, "Error -202", "");
+        row("link that leads nowhere", "dangling", -202, "Error -202", "");
     }
     void badFiles()
     {
-        QFETCH(QByteArray, content);
-        QFETCH(int, result);
-        QFETCH(QString, box);
-        QFETCH(QString, password);
+        FETCH(QByteArray, content, int, result, QString, box, QString, password);
         if (QByteArrayList{"nothing", "directory", "fifo", "eio", "dangling"}.contains(content)) {
             plant(SettingsPath, content);
         } else {
@@ -227,7 +210,6 @@ private Q_SLOTS:
     // is neither handed on nor followed nor waited for.
     void plantedNewSettings_data()
     {
-        columns<QByteArray>("kind");
         for (const char *kind :
              {"keys", "malformed", "link", "dangling", "fifo", "directory", "locked"}) {
             row(kind, QByteArray(kind));
@@ -235,7 +217,7 @@ private Q_SLOTS:
     }
     void plantedNewSettings()
     {
-        QFETCH(QByteArray, kind);
+        FETCH(QByteArray, kind);
         for (const bool bBefore : {true, false}) {
             writeSettings(StaticSettings);
             root().write("/tmp/link", "target");
@@ -265,7 +247,6 @@ private Q_SLOTS:
 
     void staleNewSettingsThatStay_data()
     {
-        columns<QString, QString>("path", "box");
         row("full directory", NewSettings,
             "Error -230: Could not erase file /tmp/newsettings.ini.");
         row("write-protected", QStringLiteral("/proc/sys/kernel/ostype"),
@@ -273,8 +254,7 @@ private Q_SLOTS:
     }
     void staleNewSettingsThatStay()
     {
-        QFETCH(QString, path);
-        QFETCH(QString, box);
+        FETCH(QString, path, QString, box);
         root().write("/tmp/newsettings.ini/not-empty", "");
         QVERIFY(QFile::link("/proc/sys", root().path("/proc/sys")));
         writeSettings(StaticSettings);
@@ -290,39 +270,8 @@ private Q_SLOTS:
         QCOMPARE(settings.saveSettings(false), int(ERR_INI_ACCESS));
     }
 
-    // A full disk takes nothing, or the beginning.
-    void noRoom_data()
-    {
-        columns<int>("bytes");
-        row("none", 0);
-        row("some", 15);
-    }
-    void noRoom()
-    {
-        QFETCH(int, bytes);
-        writeSettings(StaticSettings);
-        root().writeCommand("/bin/syscfg", "touch $PANEL_ROOT/run");
-        auto pSettings = load();
-        pSettings->working.nNetMode = DhcpMode;
-        ignoreLine("^/tmp/newsettings.ini cannot be written: ");
-        ignoreLine("nothing is applied");
-        rlimit before = {};
-        QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
-        const auto oldHandler = signal(SIGXFSZ, SIG_IGN);
-        const rlimit room = {rlim_t(bytes), before.rlim_max};
-        QCOMPARE(setrlimit(RLIMIT_FSIZE, &room), 0);
-        const int nResult = pSettings->saveSettings(true);
-        QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
-        signal(SIGXFSZ, oldHandler);
-        QCOMPARE(nResult, int(ERR_INI_ACCESS));
-        pSettings.reset(); // nothing is written later, either
-        QCOMPARE(folder("/tmp"), QStringList(".system"));
-        QVERIFY(!root().exists("/run"));
-    }
-
     void save_data()
     {
-        columns<QByteArray, Edit, int, QString>("file", "edit", "result", "written");
         const QByteArray badNetmask =
             QByteArray(StaticSettings).replace("255.255.255.0", "255.0.255.0");
         const auto value = [](IpEntryIndex index, const char *text) {
@@ -362,10 +311,7 @@ private Q_SLOTS:
     }
     void save()
     {
-        QFETCH(QByteArray, file);
-        QFETCH(Edit, edit);
-        QFETCH(int, result);
-        QFETCH(QString, written);
+        FETCH(QByteArray, file, Edit, edit, int, result, QString, written);
         writeSettings(file);
         const auto pSettings = load();
         edit(*pSettings);
@@ -377,18 +323,16 @@ private Q_SLOTS:
 
     void apply_data()
     {
-        columns<QByteArray, int>("script", "result");
-        row("success", QByteArray("exit 0"), 0);
-        row("tool removes the file", QByteArray("rm \"$2\""), 0);
-        row("exit status", QByteArray("exit 3"), 3);
-        row("status 1", QByteArray("exit 1"), 1);
-        row("crash", QByteArray("kill -SEGV $$"), CommandCrashed);
+        row("success", "exit 0", 0);
+        row("tool removes the file", "rm \"$2\"", 0);
+        row("exit status", "exit 3", 3);
+        row("status 1", "exit 1", 1);
+        row("crash", "kill -SEGV $$", CommandCrashed);
         row("missing", QByteArray(), CommandNotStarted);
     }
     void apply()
     {
-        QFETCH(QByteArray, script);
-        QFETCH(int, result);
+        FETCH(QByteArray, script, int, result);
         writeSettings(StaticSettings);
         if (!script.isEmpty()) {
             root().writeCommand("/bin/syscfg",
@@ -397,7 +341,9 @@ private Q_SLOTS:
         BoxWatcher watcher;
         const auto pSettings = load();
         pSettings->working.nNetMode = DhcpMode;
-        QCOMPARE(pSettings->saveSettings(true), result);
+        const SaveResult saved = pSettings->save(true);
+        QCOMPARE(saved.outcome, result == 0 ? SaveResult::Saved : SaveResult::ToolFailed);
+        QCOMPARE(saved.described(), result);
         if (!script.isEmpty()) {
             QCOMPARE(root().read("/arguments"),
                      "-i\n" + root().path(NewSettings).toUtf8() + "\n-g\nall\n");

@@ -3,20 +3,14 @@
 #include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/screen.h"
-#include "tests/support/testmain.h"
 
 #include <QGroupBox>
 #include <QLCDNumber>
-#include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QPlainTextEdit>
-#include <QPushButton>
 #include <QTableView>
 #include <QToolButton>
 
-#include <memory>
 #include <sys/stat.h>
 
 namespace {
@@ -52,10 +46,10 @@ private Q_SLOTS:
 
     void classifiesOtherSizes_data()
     {
-        columns<QSize, QSize, int, QSize>("size", "as", "fixedWidth", "asForFonts");
         const auto row = [](QSize size, QSize as, int fixedWidth, QSize asForFonts = {}) {
-            QTest::addRow("%dx%d", size.width(), size.height())
-                << size << as << fixedWidth << (asForFonts.isValid() ? asForFonts : as);
+            DeviceTest::row(QByteArray::number(size.width()) + 'x'
+                                + QByteArray::number(size.height()),
+                            size, as, fixedWidth, asForFonts.isValid() ? asForFonts : as);
         };
         row({240, 400}, {240, 320}, 0);
         row({320, 480}, {320, 240}, 0);
@@ -74,21 +68,20 @@ private Q_SLOTS:
     }
     void classifiesOtherSizes()
     {
-        QFETCH(QSize, size);
+        FETCH(QSize, size, QSize, as, int, fixedWidth, QSize, asForFonts);
         const ScreenClass found =
             screenClass(size.width(), size.height(), UnlistedHeightAt800::As800x480);
-        QTEST(screenSize(found.nIndex), "as");
-        QTEST(int(found.nFixedWidth), "fixedWidth");
-        QTEST(screenSize(VeltaUtils::resolutionIndex(size.width(), size.height())), "asForFonts");
+        QCOMPARE(screenSize(found.nIndex), as);
+        QCOMPARE(int(found.nFixedWidth), fixedWidth);
+        QCOMPARE(screenSize(VeltaUtils::resolutionIndex(size.width(), size.height())), asForFonts);
     }
 
     void scalesFontsByClass_data()
     {
         // Pixel sizes that 100 pixels become at 480x272, 480x800, 800x480, 1366x768 and 1920x1080.
-        columns<std::shared_ptr<QWidget>, QList<int>>("widget", "sizes");
         const auto row = [](QWidget *pWidget, const QList<int> &sizes) {
-            QTest::newRow(pWidget->metaObject()->className())
-                << std::shared_ptr<QWidget>(pWidget) << sizes;
+            DeviceTest::row(pWidget->metaObject()->className(), std::shared_ptr<QWidget>(pWidget),
+                            sizes);
         };
         row(new QLabel, {100, 120, 150, 200, 200});
         row(new QLineEdit, {90, 120, 150, 200, 200});
@@ -105,7 +98,7 @@ private Q_SLOTS:
     }
     void scalesFontsByClass()
     {
-        QFETCH(std::shared_ptr<QWidget>, widget);
+        FETCH(std::shared_ptr<QWidget>, widget, QList<int>, expected);
         VeltaUtils utils;
         QList<int> sizes;
         for (const int index :
@@ -115,7 +108,7 @@ private Q_SLOTS:
             utils.scaleFont(widget.get(), index);
             sizes += widget->font().pixelSize();
         }
-        QTEST(sizes, "sizes");
+        QCOMPARE(sizes, expected);
     }
 
     void scalesPointsAndPixelsAlike()
@@ -139,8 +132,6 @@ private Q_SLOTS:
     void scalesByDpi_data()
     {
         // A null array is no such file. Size: of a label of 100 pixels at 800x480 (factor 15).
-        columns<QByteArray, QByteArray, QByteArray, int, int>("common", "x", "y", "logicalDpi",
-                                                              "size");
         const auto both = [](const char *name, const QByteArray &value, int size, int dpi = 96) {
             row(name, value, QByteArray(), QByteArray(), dpi, size);
         };
@@ -152,12 +143,12 @@ private Q_SLOTS:
         both("no end", "150", 230);
         both("NUL before line feed", QByteArray("150\0\n96", 7), 230);
         // Unreadable: 100 dpi, which on a logical 72 dpi is a factor of 15 x 138 / 100.
-        both("empty", QByteArray(""), 200, 72);
+        both("empty", "", 200, 72);
         both("only NUL", QByteArray(1, '\0'), 200, 72);
         both("1 MB", QByteArray(1 << 20, '1'), 200, 72);
         both("huge", QByteArray("4000000\0", 8), 200, 72);
         both("negative", QByteArray("-5\0", 3), 200, 72);
-        both("FIFO", QByteArray("fifo"), 200, 72);
+        both("FIFO", "fifo", 200, 72);
         both("implausible", QByteArray("3000\0", 5), 200, 72);
         // Read, but no resolution: nothing is enlarged.
         both("disabled", QByteArray("Disabled\0", 9), 150, 72);
@@ -171,11 +162,8 @@ private Q_SLOTS:
     }
     void scalesByDpi()
     {
-        QFETCH(int, logicalDpi);
+        FETCH(QByteArray, common, QByteArray, x, QByteArray, y, int, logicalDpi, int, size);
         setScreen({800, 480}, logicalDpi);
-        QFETCH(QByteArray, common);
-        QFETCH(QByteArray, x);
-        QFETCH(QByteArray, y);
         for (const auto &[path, content] :
              {std::pair(CommonDpi, common), std::pair(DpiX, x), std::pair(DpiY, y)}) {
             if (!content.isNull()) {
@@ -190,7 +178,7 @@ private Q_SLOTS:
         label.setFont(pixelFont(100));
         VeltaUtils utils;
         utils.scaleFont(&label, screenClassOf(800, 480));
-        QTEST(label.font().pixelSize(), "size");
+        QCOMPARE(label.font().pixelSize(), size);
     }
 
     void readsDpiOnce()
@@ -219,8 +207,6 @@ private Q_SLOTS:
 
     void scalesWidths_data()
     {
-        columns<int, int, int, int, int>("screenWidth", "minimum", "maximum", "minimumAfter",
-                                         "maximumAfter");
         const auto add = [](int screen, int minimum, int maximum, int fixed) {
             row(QByteArray::number(screen) + ": " + QByteArray::number(maximum), screen, minimum,
                 maximum, fixed, maximum == QWIDGETSIZE_MAX ? maximum : fixed);
@@ -238,16 +224,14 @@ private Q_SLOTS:
     }
     void scalesWidths()
     {
-        QFETCH(int, screenWidth);
+        FETCH(int, screenWidth, int, minimum, int, maximum, int, minimumAfter, int, maximumAfter);
         setScreen({screenWidth, 480});
-        QFETCH(int, minimum);
-        QFETCH(int, maximum);
         QLabel label;
         label.setMinimumWidth(minimum);
         label.setMaximumWidth(maximum);
         VeltaUtils().scaleWidth(&label, true);
-        QTEST(label.minimumWidth(), "minimumAfter");
-        QTEST(label.maximumWidth(), "maximumAfter");
+        QCOMPARE(label.minimumWidth(), minimumAfter);
+        QCOMPARE(label.maximumWidth(), maximumAfter);
     }
 
     void makesIconButtonsSquare()
@@ -270,7 +254,7 @@ private Q_SLOTS:
 
     void shortensTitles_data()
     {
-        columns<QString>("portrait"); // by the title
+        // by the title
         row("Settings: IP-Addresses", "IP-Addresses");
         row("Expert: all", "Expert: all");
         row("Settings: Expert mode", "Expert mode");
@@ -284,6 +268,7 @@ private Q_SLOTS:
     }
     void shortensTitles()
     {
+        FETCH(QString, portrait);
         const QString title = QTest::currentDataTag();
         VeltaUtils utils;
         QGroupBox box(title);
@@ -292,7 +277,7 @@ private Q_SLOTS:
         QVERIFY(!utils.isPortrait());
         QCOMPARE(utils.shortGroupBoxTitle(&box), title);
         setScreen({480, 640});
-        QTEST(utils.shortGroupBoxTitle(&box), "portrait");
+        QCOMPARE(utils.shortGroupBoxTitle(&box), portrait);
         QCOMPARE(utils.shortGroupBoxTitle(&label), QString());
     }
 };

@@ -20,3 +20,22 @@ void DeviceTest::cleanup()
     closeWindows();
     pRoot.reset();
 }
+
+void DeviceTest::addRow(const QByteArray &name, const QVariantList &values)
+{
+    static QByteArray function; // that has its column
+    if (function != QTest::currentTestFunction()) {
+        function = QTest::currentTestFunction();
+        QTest::addColumn<QVariantList>("values");
+    }
+    QTest::newRow(name.constData()) << values;
+}
+
+QVariant DeviceTest::fetchedValue(qsizetype nIndex)
+{
+    QFETCH(QVariantList, values);
+    if (nIndex >= values.size()) {
+        qFatal("the row has no value %d", int(nIndex));
+    }
+    return values[nIndex];
+}

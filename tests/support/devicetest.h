@@ -1,18 +1,28 @@
 #pragma once
 
 #include "tests/support/deviceroot.h"
+#include "tests/support/testmain.h"
 
+#include <QApplication>
+#include <QDialog>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
 #include <QProcess>
+#include <QPushButton>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QVariant>
 
+#include <functional>
 #include <memory>
 
 /// Settings of a panel with an address of its own; nothing protects the configuration.
@@ -36,17 +46,22 @@ protected:
     /// What a test function opened, closed after it while the device root is there.
     virtual void closeWindows() { }
 
-    /// The columns of a data function: columns<QSize, int>("screen", "index").
-    template <typename... Types>
-    static void columns(std::same_as<const char *> auto... names)
-    {
-        (QTest::addColumn<Types>(names), ...);
-    }
-    /// One row of a data function, with a value for each column.
+    /// One row of a data function: the values that FETCH() gives to the test, in its order.
     template <typename... Values>
-    static void row(const char *name, const Values &...values)
+    static void row(const QByteArray &name, const Values &...values)
     {
-        (QTest::newRow(name) << ... << values);
+        addRow(name, {variantOf(values)...});
+    }
+    /// Value number \a nIndex of the row that is tested. A text in quotes may be fetched as QString
+    /// and as QByteArray.
+    template <typename Type>
+    static Type fetched(qsizetype nIndex)
+    {
+        const QVariant value = fetchedValue(nIndex);
+        if (!value.canConvert<Type>()) {
+            qFatal("value %d of the row has another type", int(nIndex));
+        }
+        return value.value<Type>();
     }
 
 protected Q_SLOTS:
@@ -54,5 +69,41 @@ protected Q_SLOTS:
     void cleanup();
 
 private:
+    template <typename Value>
+    static QVariant variantOf(const Value &value)
+    {
+        if constexpr (std::is_convertible_v<Value, const char *>) {
+            return QByteArray(value);
+        } else {
+            return QVariant::fromValue(value);
+        }
+    }
+    static void addRow(const QByteArray &name, const QVariantList &values);
+    static QVariant fetchedValue(qsizetype nIndex);
+
     std::unique_ptr<DeviceRoot> pRoot;
 };
+
+/// The values of the tested row as variables: FETCH(QString, text, bool, valid).
+// NOLINTBEGIN(bugprone-macro-parentheses): names and types
+#define FETCH(...) PANEL_FETCH_0(__VA_ARGS__)
+#define PANEL_FETCH_0(T, name, ...) \
+    auto name = fetched<T>(0);      \
+    __VA_OPT__(PANEL_FETCH_1(__VA_ARGS__))
+#define PANEL_FETCH_1(T, name, ...) \
+    auto name = fetched<T>(1);      \
+    __VA_OPT__(PANEL_FETCH_2(__VA_ARGS__))
+#define PANEL_FETCH_2(T, name, ...) \
+    auto name = fetched<T>(2);      \
+    __VA_OPT__(PANEL_FETCH_3(__VA_ARGS__))
+#define PANEL_FETCH_3(T, name, ...) \
+    auto name = fetched<T>(3);      \
+    __VA_OPT__(PANEL_FETCH_4(__VA_ARGS__))
+#define PANEL_FETCH_4(T, name, ...) \
+    auto name = fetched<T>(4);      \
+    __VA_OPT__(PANEL_FETCH_5(__VA_ARGS__))
+#define PANEL_FETCH_5(T, name, ...) \
+    auto name = fetched<T>(5);      \
+    __VA_OPT__(PANEL_FETCH_6(__VA_ARGS__))
+#define PANEL_FETCH_6(T, name) auto name = fetched<T>(6);
+// NOLINTEND(bugprone-macro-parentheses)

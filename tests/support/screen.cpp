@@ -12,6 +12,13 @@
 
 void setScreen(const QSize &size, int dpi)
 {
+    const auto taken = [size, dpi] {
+        const QScreen *pScreen = QGuiApplication::primaryScreen();
+        return pScreen->size() == size && qRound(pScreen->logicalDotsPerInchX()) == dpi;
+    };
+    if (taken()) {
+        return;
+    }
     using Setter = void (*)(const QJsonObject &, QPlatformNativeInterface *);
     auto *pNative = QGuiApplicationPrivate::platformIntegration()->nativeInterface();
     const auto setter =
@@ -28,10 +35,6 @@ void setScreen(const QSize &size, int dpi)
                              {"logicalBaseDpi", 96},
                              {"dpr", 1}};
     setter({{"screens", QJsonArray{screen}}}, pNative);
-    const auto taken = [size, dpi] {
-        const QScreen *pScreen = QGuiApplication::primaryScreen();
-        return pScreen->size() == size && qRound(pScreen->logicalDotsPerInchX()) == dpi;
-    };
     for (int i = 0; i < 10 && !taken(); ++i) {
         QCoreApplication::processEvents();
     }

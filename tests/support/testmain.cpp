@@ -3,11 +3,15 @@
 #include "app/startup.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 int runPanelTest(int argc, char **argv, const char *name,
                  const std::function<int(int, char **)> &run)
 {
+    if (QFileInfo(QStringLiteral("/dev/shm")).isWritable()) {
+        qputenv("TMPDIR", "/dev/shm"); // hundreds of devices are made
+    }
     const QTemporaryDir home;
     for (const char *variable : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"}) {
         qputenv(variable, QFile::encodeName(home.path()));

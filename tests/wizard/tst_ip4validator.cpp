@@ -1,5 +1,4 @@
 #include "tests/support/devicetest.h"
-#include "tests/support/testmain.h"
 #include "wizard/ip4validator.h"
 
 class TestIP4Validator : public DeviceTest
@@ -10,8 +9,6 @@ private Q_SLOTS:
     void judges_data()
     {
         // By the text, for each use: an address, one with a first part of 0 allowed, a netmask.
-        columns<QValidator::State, QValidator::State, QValidator::State>("address", "addressOrNone",
-                                                                         "netmask");
         constexpr auto No = QValidator::Invalid;
         constexpr auto Fix = QValidator::Intermediate;
         constexpr auto Yes = QValidator::Acceptable;
@@ -46,10 +43,9 @@ private Q_SLOTS:
     }
     void judges()
     {
+        FETCH(QValidator::State, address, QValidator::State, addressOrNone, QValidator::State,
+              netmask);
         QString text = QTest::currentDataTag();
-        QFETCH(QValidator::State, address);
-        QFETCH(QValidator::State, addressOrNone);
-        QFETCH(QValidator::State, netmask);
         const QString before = text;
         IP4Validator validator;
         const auto judge = [&](int mode) {
@@ -68,7 +64,7 @@ private Q_SLOTS:
 
     void repairs_data()
     {
-        columns<QString>("repaired"); // from the text
+        // from the text
         row("192.168.001.010", "192.168.1.10");
         row("10.0.0.300", "10.0.0.255");
         row("10..0.1", "10.0.0.1");
@@ -80,10 +76,11 @@ private Q_SLOTS:
     }
     void repairs()
     {
+        FETCH(QString, repaired);
         QString text = QTest::currentDataTag();
         IP4Validator validator;
         validator.fixup(text);
-        QTEST(text, "repaired");
+        QCOMPARE(text, repaired);
     }
 };
 

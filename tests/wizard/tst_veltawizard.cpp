@@ -1,4 +1,3 @@
-#include "tests/support/testmain.h"
 #include "tests/wizard/wizardtest.h"
 
 #include <QSocketNotifier>
@@ -42,9 +41,9 @@ class VeltaWizardTest : public WizardTest
 private Q_SLOTS:
     void geometry_data()
     {
-        columns<QSize, QRect>("screen", "area");
         const auto row = [](int nWidth, int nHeight, const QRect &area) {
-            QTest::addRow("%dx%d", nWidth, nHeight) << QSize(nWidth, nHeight) << area;
+            DeviceTest::row(QByteArray::number(nWidth) + 'x' + QByteArray::number(nHeight),
+                            QSize(nWidth, nHeight), area);
         };
         row(240, 320, QRect(0, 0, 240, 320));
         row(480, 272, QRect(39, 0, 400, 272));
@@ -59,8 +58,7 @@ private Q_SLOTS:
     }
     void geometry()
     {
-        QFETCH(QSize, screen);
-        QFETCH(QRect, area);
+        FETCH(QSize, screen, QRect, area);
         setScreen(screen);
         run([&] {
             QCOMPARE(pWizard->geometry(), area);
@@ -91,7 +89,6 @@ private Q_SLOTS:
 
     void summary_data()
     {
-        columns<QByteArray, int, QString>("file", "toggles", "change");
         row("nothing", StaticSettings, 0, "");
         row("to DHCP", StaticSettings, 1, "Network OP-Mode: Static -> DHCP");
         row("to static", DhcpSettings, 1, "Network OP-Mode: DHCP -> Static");
@@ -101,9 +98,7 @@ private Q_SLOTS:
     }
     void summary()
     {
-        QFETCH(QByteArray, file);
-        QFETCH(int, toggles);
-        QFETCH(QString, change);
+        FETCH(QByteArray, file, int, toggles, QString, change);
         create(file);
         run([&] {
             for (int i = 0; i < toggles; ++i) {
@@ -127,26 +122,20 @@ private Q_SLOTS:
 
     void outcome_data()
     {
-        columns<bool, int, QByteArray, bool, int, bool>("change", "button", "syscfg", "accepted",
-                                                        "boxes", "unwritable");
         const int nFinish = QWizard::FinishButton;
         const int nCancel = QWizard::CancelButton;
-        row("save", true, nFinish, QByteArray("exit 0"), true, 0, false);
-        row("okay", false, nFinish, QByteArray("exit 0"), false, 0, false);
-        row("cancel", true, nCancel, QByteArray("exit 0"), false, 0, false);
-        row("tool fails", true, nFinish, QByteArray("exit 3"), false, 1, false);
+        row("save", true, nFinish, "exit 0", true, 0, false);
+        row("okay", false, nFinish, "exit 0", false, 0, false);
+        row("cancel", true, nCancel, "exit 0", false, 0, false);
+        row("tool fails", true, nFinish, "exit 3", false, 1, false);
         row("tool missing", true, nFinish, QByteArray(), false, 1, false);
-        row("file in the way", true, nFinish, QByteArray("exit 0"), false, 2,
+        row("file in the way", true, nFinish, "exit 0", false, 2,
             true); // at loading, at saving
     }
     void outcome()
     {
-        QFETCH(bool, change);
-        QFETCH(int, button);
-        QFETCH(QByteArray, syscfg);
-        QFETCH(bool, accepted);
-        QFETCH(int, boxes);
-        QFETCH(bool, unwritable);
+        FETCH(bool, change, int, button, QByteArray, syscfg, bool, accepted, int, boxes, bool,
+              unwritable);
         if (!syscfg.isEmpty()) {
             root().writeCommand("/bin/syscfg", "echo run >>\"$PANEL_ROOT/log\"\n" + syscfg);
         }
@@ -219,7 +208,7 @@ private Q_SLOTS:
             };
             pWizard->button(QWizard::CancelButton)->setFocus();
             QCOMPARE(marked(), 1); // the focused one alone
-            for (const int id : {IpPageId, DnsPageId, SummaryPageId}) {
+            for (int id = IpPageId; id <= SummaryPageId; ++id) {
                 press(QWizard::NextButton);
                 QCOMPARE(pWizard->currentId(), id);
                 const auto *pFocused = qobject_cast<QPushButton *>(QApplication::focusWidget());

@@ -8,15 +8,8 @@
 #include "tests/support/screen.h"
 #include "wizard/veltawizard.h"
 
-#include <QApplication>
-#include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
-#include <QPushButton>
-#include <QScreen>
 #include <QWizard>
-
-#include <functional>
 
 /// Base of the tests that run the wizard on a full-screen window, as an operator would.
 class WizardTest : public DeviceTest
