@@ -16,7 +16,7 @@ import check_service
 import check_wizard
 from checks import ALL, READY
 from common import patience, run_main
-from machine import KINDS, RUNS, die_with_parent
+from machine import KINDS, RUNS, die_with_parent, hold_image
 
 JOBS = 3
 LONGEST = 300  # seconds for one check; whatever it waits for has a limit of its own
@@ -120,6 +120,8 @@ def main(arguments):
         for check in sorted(checks if options.words else ALL, key=lambda check: check.group):
             print(f"{check.group} {check.name}: {check.run.__doc__.splitlines()[0]}")
         return 0
+    hold_image()
+    KINDS.mkdir(parents=True, exist_ok=True)
     (KINDS / f"{READY}.state").unlink(missing_ok=True)
     for check in checks:
         for name in ("failure.png", "failure.log"):
