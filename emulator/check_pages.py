@@ -36,7 +36,7 @@ def power_on_800x480():
         panel.remember(READY)
 
 
-@check(1, 45)
+@check(1, 45, own=True)
 def power_on_480x272():
     """A small screen: a page behind the wizard is as it was."""
     panel = Panel("power_on_480x272", SMALL_PANEL)

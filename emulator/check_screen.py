@@ -63,6 +63,8 @@ def screen_hand_over():
             seed = 16 * number + 8
             painted = visualisation(panel.kind.size, seed)
             start_plc(panel, seed, before_tick=number % 2 == 1)
+            # The kernel brings what was written to the screen a moment later.
+            panel.wait_picture(painted, TICK)
             # Longer than two ticks, of which the first sees the PLC running.
             panel.watch_still(painted, 2.5 * TICK)
             wait_for("the panel knows that the PLC runs",

@@ -89,8 +89,8 @@ def plc_never_answers(name, seconds):
 
 @check(6, 30)
 def plc_without_answer():
-    """No link to the runtime, for five times the watchdog's limit."""
-    plc_never_answers("plc_without_answer", 5 * SHORT_LIMIT)
+    """No link to the runtime, for three times the watchdog's limit."""
+    plc_never_answers("plc_without_answer", 3 * SHORT_LIMIT)
 
 
 @check(6, HOUR, apart=True)

@@ -98,7 +98,7 @@ def password():
         panel.wait_picture(preview)
 
 
-@check(2, 50)
+@check(2, 50, own=True)
 def multi_touch():
     """Another touchscreen, Qt's own driver: the wizard by touch, a calibration request deleted."""
     with booted_panel("multi_touch", MULTI_TOUCH_PANEL) as panel:

@@ -13,15 +13,16 @@ MULTI_TOUCH_PANEL = Kind("800x480", "multi")
 # The state in which most checks begin: WIDE_PANEL on its preview page.
 READY = "ready"
 
-Check = namedtuple("Check", "group name seconds first apart run")
+Check = namedtuple("Check", "group name seconds first own apart run")
 ALL = []
 
 
-def check(group, seconds, first=False, apart=False):
+def check(group, seconds, first=False, own=False, apart=False):
     """Registers a function as a check of the group; seconds: how long it takes, roughly; first: the
-    others need what it leaves; apart: it is run only when it is named."""
+    others need what it leaves, but for those with a device of their own; apart: it is run only when
+    it is named."""
     def register(function):
-        ALL.append(Check(group, function.__name__, seconds, first, apart, function))
+        ALL.append(Check(group, function.__name__, seconds, first, own, apart, function))
         return function
     return register
 

@@ -7,11 +7,10 @@ import fcntl
 import json
 import os
 import signal
-import subprocess
 import sys
 import termios
 
-from common import BUILD, Failure, replace_file, run_main
+from common import Failure, replace_file, run_main
 from machine import IMAGE, Kind, Machine
 
 NAME = "panel"

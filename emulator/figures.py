@@ -44,7 +44,7 @@ def start_up(panel):
     unit = offset + monotonic_property(panel, "InactiveExitTimestampMonotonic")
     executed = offset + monotonic_property(panel, "ExecMainStartTimestampMonotonic")
     return {"power-on to the kernel's end": init, "init to the unit's start": unit - init,
-            "unit's start to exec": executed - unit, "exec to the first frame": frame - executed,
+            "unit's start to exec": max(0, executed - unit), "exec to the first frame": frame - executed,
             "power-on to the first frame": frame, "unit's start to the first frame": frame - unit}
 
 
@@ -116,12 +116,13 @@ def pulled_in():
         name = waiting.pop()
         if name in fields and name not in found:
             found.add(name)
-            waiting += needs(fields[name].get("Depends", "")) + needs(fields[name].get("Pre-Depends", ""))
+            for field in ("Depends", "Pre-Depends"):
+                waiting += needs(fields[name].get(field, ""))
     size = sum(fields[name]["archive"].stat().st_size for name in found) / 1e6
     installed = sum(int(fields[name].get("Installed-Size", 0)) for name in found) / 1024
     largest = sorted(found, key=lambda name: -int(fields[name].get("Installed-Size", 0)))[:6]
-    return [f"pulled in: {len(found)} packages, {size:.0f} MB to download, {installed:.0f} MB installed; "
-            "the largest: " + ", ".join(f"{name} {int(fields[name]['Installed-Size']) / 1024:.0f} MB"
+    return [f"pulled in: {len(found)} packages, {size:.0f} MB to download, {installed:.0f} MB "
+            "installed; the largest: " + ", ".join(f"{name} {int(fields[name]['Installed-Size']) / 1024:.0f} MB"
                                         for name in largest)]
 
 

@@ -24,7 +24,8 @@ while (($#)); do
     -h | --help) usage; exit 0 ;;
     --fs=ext4 | --fs=f2fs) fs=${1#*=}; shift ;;
     --fs)
-        [[ ${2:-} =~ ^(ext4|f2fs)$ ]] || { echo "image.sh: --fs '${2:-}' is none of ext4, f2fs" >&2; exit 2; }
+        [[ ${2:-} =~ ^(ext4|f2fs)$ ]] \
+            || { echo "image.sh: --fs '${2:-}' is none of ext4, f2fs" >&2; exit 2; }
         fs=$2
         shift 2
         ;;
@@ -69,6 +70,13 @@ masked=(systemd-sysctl.service getty@.service serial-getty@.service systemd-logi
     systemd-ask-password-wall.path systemd-ask-password-console.path systemd-initctl.socket
     apt-daily.timer apt-daily-upgrade.timer dpkg-db-backup.timer e2scrub_all.timer fstrim.timer)
 
+# ownImage: keeps others from running devices from the image while it changes. They run from it when
+# it cannot be had.
+ownImage() {
+    exec 7>"$image/in-use"
+    flock -n 7 || die "an emulated device runs from the image that has to be made anew; end it first"
+}
+
 # makeTree: the packages of Debian, unpacked, with kernel and drivers apart.
 makeTree() {
     local stamp
@@ -76,6 +84,7 @@ makeTree() {
 $(sha256sum packaging/debian.sh emulator/initrd.py emulator/guest/init)"
     [[ $(cat "$tree.stamp" 2>/dev/null) != "$stamp" ]] || return 0
     say "Unpacking what the emulated device is made of"
+    ownImage
     rm -f "$tree.stamp"
     debianTree "$tree" "$architecture" "${treePackages[@]}"
     cp "$(printf '%s\n' "$tree"/boot/vmlinuz-* | tail -n 1)" "$image/vmlinuz.new"
@@ -204,7 +213,8 @@ checkDependencies() {
     for package; do
         for name in $(dpkg-deb --field "$package" Depends | sed 's/([^)]*)//g; s/|[^,]*//g; s/,/ /g'); do
             # What apt does not show is a name that others provide.
-            grep -q "^$name " "$tree.packages" || [[ -z $(apt-cache show "$name" 2>/dev/null) ]] \
+            grep -q "^$name " "$tree.packages" \
+                || [[ -z $(apt-cache show "$name" 2>/dev/null) ]] \
                 || die "$(basename "$package") depends on $name, which is not among the tree's packages"
         done
     done
@@ -224,6 +234,7 @@ if [[ -e $image/root.$fs && $(cat "$image/$fs.stamp" 2>/dev/null) == "$stamp" ]]
     exit 0
 fi
 say "Making the emulated device's $fs file system"
+ownImage
 rm -f -- "$image/$fs.stamp"
 makeRoot "${packages[@]}"
 makeFileSystem

@@ -6,7 +6,6 @@ folder of its own below build/emulator/run, in which the disk holds only what di
 
 import ctypes
 import fcntl
-import os
 import shutil
 import signal
 import subprocess
@@ -31,6 +30,7 @@ TABLET_RANGE = 32767
 KERNEL_WORDS = ("console=ttyAMA0 quiet loglevel=3 vt.global_cursor_default=0 consoleblank=0 "
                 "net.ifnames=0 systemd.show_status=0 systemd.log_color=0 rw")
 PR_SET_PDEATHSIG = 1
+HELD = []  # the file whose lock keeps the image
 # The kernel's driver of the keyboard, and its name for it: the third from the end of the board's
 # slots, which are given out in the order of the command line.
 DRIVER = "/sys/bus/virtio/drivers/virtio_input"
@@ -61,6 +61,16 @@ class Kind:
 def die_with_parent():
     """In the child of a fork: whatever ends this program ends the child."""
     ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
+def hold_image():
+    """Keeps the image as it is for as long as this program runs."""
+    if not HELD:
+        HELD.append(open(IMAGE / "in-use", "w", encoding="ascii"))
+        try:
+            fcntl.flock(HELD[0], fcntl.LOCK_SH | fcntl.LOCK_NB)
+        except OSError:
+            raise Failure("the image of the emulated device is being made") from None
 
 
 def run_tool(*command):
@@ -172,6 +182,7 @@ class Machine:
     def start(self, fresh=True, backing=None, incoming=None, serial="file:serial.log"):
         """Switches the device on. fresh: with the image's disk, or with that of the file backing.
         incoming: goes on where the machine was that wrote this file."""
+        hold_image()
         tree, initrd = make_kind(self.kind)
         self.folder.mkdir(parents=True, exist_ok=True)
         disk = self.folder / "disk"
@@ -278,7 +289,8 @@ class Machine:
 
     def _axes(self, x, y):
         width, height = self.kind.size
-        return [{"type": "abs", "data": {"axis": axis, "value": round(value * TABLET_RANGE / (size - 1))}}
+        return [{"type": "abs",
+                 "data": {"axis": axis, "value": round(value * TABLET_RANGE / (size - 1))}}
                 for axis, value, size in (("x", x, width), ("y", y, height))]
 
     def _send(self, events):

@@ -11,14 +11,15 @@ from collections import Counter
 from check_calibration import FILE, LARGEST_ERROR, NOTE, begin, largest_error
 from checks import WIDE_PANEL, expect, running
 from common import patience, replace_file, run_main, wait_for
-from machine import KINDS, RUNS, die_with_parent
+from machine import KINDS, RUNS, die_with_parent, hold_image
 from panel import FIRST_PAGE_LIMIT, GLANCE, Panel, device_settings
 from places import PLACES, WIDE
 
 JOBS = 2
 # What is cut, in turn: the calibration is cut while it is stored and while it is accepted.
 KINDS_OF_CUT = ("save", "store", "accept")
-# Seconds (times patience) after the touch within which the device stores; the cut comes at a random moment of them.
+# Seconds, times patience, after the touch within which the device stores; the cut comes at a random
+# moment of them.
 SPANS = {"save": 2.5, "store": 1.5, "accept": 1.2}
 BESIDE = 40  # pixels by which a calibration that nobody accepts is wrong
 
@@ -172,6 +173,7 @@ def main(arguments):
     if options.one is not None:
         cut(options.fs, options.one, options.seed)
         return 0
+    hold_image()
     RUNS.mkdir(parents=True, exist_ok=True)
     prepare(options.fs)
     return 1 if run_all(options) else 0

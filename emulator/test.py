@@ -16,7 +16,7 @@ import check_service
 import check_wizard
 from checks import ALL, READY
 from common import patience, run_main
-from machine import KINDS, RUNS, die_with_parent
+from machine import KINDS, RUNS, die_with_parent, hold_image
 
 JOBS = 3
 LONGEST = 300  # seconds for one check; whatever it waits for has a limit of its own
@@ -33,7 +33,7 @@ def chosen_checks(words):
     wanted = [check for check in ALL if check.name in words
               or (not check.apart and (not words or str(check.group) in words))]
     makers = [check for check in ALL if check.first and check not in wanted]
-    return makers + wanted if any(not check.first for check in wanted) else wanted
+    return makers + wanted if any(not (check.first or check.own) for check in wanted) else wanted
 
 
 class Run:
@@ -75,15 +75,15 @@ class Run:
 
 
 def run_all(checks, jobs):
-    """Runs the checks, those that others need alone and before them; returns (passed, failed)."""
-    waiting = sorted(checks, key=lambda check: (not check.first, -check.seconds))
+    """Runs the checks, those that others need before them; returns (passed, failed)."""
+    waiting = sorted(checks, key=lambda check: (not check.first, not check.own, -check.seconds))
     running, results = [], []
     while waiting or running:
         for run in [run for run in running if run.finished()]:
             running.remove(run)
             results.append(run.report())
         can_start = [check for check in waiting
-                     if check.first or not any(run.check.first for run in running)]
+                     if check.first or check.own or not any(run.check.first for run in running)]
         if can_start and len(running) < jobs:
             waiting.remove(can_start[0])
             running.append(Run(can_start[0]))
@@ -120,6 +120,8 @@ def main(arguments):
         for check in sorted(checks if options.words else ALL, key=lambda check: check.group):
             print(f"{check.group} {check.name}: {check.run.__doc__.splitlines()[0]}")
         return 0
+    hold_image()
+    KINDS.mkdir(parents=True, exist_ok=True)
     (KINDS / f"{READY}.state").unlink(missing_ok=True)
     for check in checks:
         for name in ("failure.png", "failure.log"):
