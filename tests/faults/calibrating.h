@@ -8,6 +8,8 @@
 #include "tests/faults/trial.h"
 #include "tests/platform/touchscreenfifo.h"
 
+#include <QPushButton>
+
 /// A calibration from its start to its end, with the touches left out.
 class Calibrating : public Trial
 {
