@@ -163,9 +163,11 @@ private:
 
     void step()
     {
+        // Then the keyboard is not the panel's: it reads none, and nobody types for it.
+        const bool bHidden = !pPanel->pWindow->isVisible() && !QApplication::activeModalWidget();
         if (findFaults() || nKeys >= nWanted) {
             finish();
-        } else if (!pPanel->keyboard->isRead() || isResting()) {
+        } else if ((!bHidden && !pPanel->keyboard->isRead()) || isResting()) {
             timer.start(1);
         } else {
             unreadSince = QDeadlineTimer(ReadLimit);
@@ -173,7 +175,9 @@ private:
             if (number(TickEvery) == 0) {
                 tick();
             }
-            type();
+            if (!bHidden) {
+                type();
+            }
             timer.start(choice.pause());
         }
     }
