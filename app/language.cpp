@@ -93,7 +93,9 @@ void installLanguage()
             continue;
         }
         const QString letters = pTranslator->translate("Language", Letters);
-        if (!hasLetters(QGuiApplication::font(), letters)) {
+        QFont font = QGuiApplication::font();
+        font.setBold(true); // as nearly all texts: it is opened anyway
+        if (!hasLetters(font, letters)) {
             qWarning("The fonts lack letters of the language \"%s\": the panel speaks English",
                      qPrintable(name));
             return;
