@@ -4,6 +4,7 @@
 #include "tests/support/devicetest.h"
 #include "tests/support/ioctlhook.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <linux/input.h>
@@ -14,7 +15,8 @@ namespace {
 
 constexpr QSize Screen(800, 480);
 
-bool bGrabbedElsewhere = false;
+// Read in the driver's thread, too.
+std::atomic<bool> bGrabbedElsewhere = false;
 
 /// Answers for a multi-touch screen as large as the picture.
 int answer(unsigned long request, void *pArgument)
