@@ -1,25 +1,17 @@
 #include "app/restartsequence.h"
 
+#include "app/transition.h"
 #include "platform/command.h"
 
 #include <QEventLoop>
-
-#include <algorithm>
 
 namespace {
 
 using State = RestartSequence::State;
 using Event = RestartSequence::Event;
 
-struct Transition
-{
-    State from;
-    Event event;
-    State to;
-};
-
 // What is not here changes nothing.
-constexpr Transition Transitions[] = {
+constexpr Transition<State, Event> Transitions[] = {
     {State::Idle, Event::Asked, State::Commanded},
     {State::Commanded, Event::Succeeded, State::Awaited},
     {State::Commanded, Event::Failed, State::Failed},
@@ -70,12 +62,8 @@ void RestartSequence::restart()
 
 void RestartSequence::handle(Event event)
 {
-    const auto isDue = [this, event](const Transition &transition) {
-        return transition.from == current && transition.event == event;
-    };
-    const auto *pDue = std::ranges::find_if(Transitions, isDue);
-    if (pDue != std::end(Transitions)) {
-        enter(pDue->to);
+    if (const auto next = nextState(Transitions, current, event)) {
+        enter(*next);
     }
 }
 

@@ -1,21 +1,13 @@
 #include "app/windowphase.h"
 
-#include <algorithm>
-#include <iterator>
+#include "app/transition.h"
 
 namespace {
 
 using State = WindowPhase::State;
 using Event = WindowPhase::Event;
 
-struct Transition
-{
-    State from;
-    Event event;
-    State to;
-};
-
-constexpr Transition Transitions[] = {
+constexpr Transition<State, Event> Transitions[] = {
     {State::Starting, Event::MessageDue, State::ShowingMessage},
     {State::Starting, Event::NoMessageDue, State::Watching},
     {State::ShowingMessage, Event::MessageClosed, State::Watching},
@@ -30,10 +22,5 @@ constexpr Transition Transitions[] = {
 
 void WindowPhase::handle(Event event)
 {
-    const auto *pDue = std::ranges::find_if(Transitions, [this, event](const Transition &row) {
-        return row.from == current && row.event == event;
-    });
-    if (pDue != std::end(Transitions)) {
-        current = pDue->to;
-    }
+    current = nextState(Transitions, current, event).value_or(current);
 }
