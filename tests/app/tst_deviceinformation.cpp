@@ -2,8 +2,6 @@
 #include "platform/firmware.h"
 #include "tests/support/devicetest.h"
 
-#include <sys/stat.h>
-
 class DeviceInformationTest : public DeviceTest
 {
     Q_OBJECT

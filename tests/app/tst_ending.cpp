@@ -3,10 +3,7 @@
 
 #include <QElapsedTimer>
 
-#include <csignal>
-#include <fcntl.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 /// The program itself: how it begins to run and how it ends.
 class EndingTest : public DeviceTest

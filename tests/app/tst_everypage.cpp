@@ -11,7 +11,6 @@
 #include "settings/errorcatalogue.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/openkeyboard.h"
-#include "tests/support/screen.h"
 #include "wizard/ipaddressespage.h"
 #include "wizard/protectionpage.h"
 #include "wizard/veltawizard.h"

@@ -4,8 +4,6 @@
 #include "tests/platform/keyboardfifo.h"
 #include "tests/support/devicetest.h"
 
-#include <QWindow>
-
 #include <map>
 
 class KeyboardWatcherTest : public DeviceTest

@@ -6,17 +6,13 @@
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
 #include "tests/platform/keyboardfifo.h"
-#include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/lockedfolder.h"
 #include "tests/support/openkeyboard.h"
-#include "tests/support/screen.h"
 #include "wizard/veltawizard.h"
 
 #include <QLCDNumber>
 #include <QProgressBar>
-
-#include <sys/stat.h>
 
 namespace {
 

@@ -4,8 +4,6 @@
 #include "platform/requestfiles.h"
 #include "tests/calibration/calibrationtest.h"
 #include "tests/calibration/touchsheet.h"
-#include "tests/support/boxwatcher.h"
-#include "tests/support/screen.h"
 
 #include <QLCDNumber>
 #include <QPlainTextEdit>

@@ -5,9 +5,6 @@
 #include "tests/calibration/calibrationtest.h"
 #include "tests/calibration/touchsheet.h"
 #include "tests/support/ioctlhook.h"
-#include "tests/support/screen.h"
-
-#include <QWindow>
 
 #include <array>
 #include <atomic>
@@ -20,16 +17,7 @@ namespace {
 
 CalibrationRecord measured(const SimulatedPanel &panel)
 {
-    CalibrationRecord record;
-    const auto targets = crosshairTargets(panel.picture());
-    for (std::size_t i = 0; i < targets.size(); ++i) {
-        const RawPoint raw = panel.touch(targets[i]);
-        record.rawX[i] = raw.x;
-        record.rawY[i] = raw.y;
-        record.screenX[i] = targets[i].x();
-        record.screenY[i] = targets[i].y();
-    }
-    return record;
+    return recordOf(panel.picture(), [&panel](QPoint target) { return panel.touch(target); });
 }
 
 /// The record of a run at its start, the backup taken.

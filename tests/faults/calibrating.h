@@ -4,6 +4,7 @@
 #include "calibration/calibrationrun.h"
 #include "platform/devicepath.h"
 #include "platform/windowserver.h"
+#include "tests/calibration/simulatedpanel.h"
 #include "tests/calibration/touchsheet.h"
 #include "tests/faults/trial.h"
 #include "tests/platform/touchscreenfifo.h"
@@ -100,12 +101,6 @@ private:
             : QStringList(QStringLiteral("the file is torn: '%1'").arg(QString::fromUtf8(file)));
     }
 
-    /// The touchscreen under the \a pixel of a screen that it does not quite cover.
-    static RawPoint touchAt(QPoint pixel)
-    {
-        return {40 + pixel.x() * 4 / 5, 40 + pixel.y() * 4 / 5};
-    }
-
     /// Where a touch lands: that tells the calibration in force.
     static QPoint landing()
     {
@@ -131,15 +126,10 @@ private:
 
     static void measure(CalibrationRun &run)
     {
-        CalibrationRecord record;
-        for (std::size_t i = 0; i < CalibrationRecord::PointCount; ++i) {
-            const QPoint target = crosshairTargets(ScreenSize)[i];
-            const RawPoint touch = touchAt(target);
-            record.rawX[i] = touch.x;
-            record.rawY[i] = touch.y;
-            record.screenX[i] = target.x();
-            record.screenY[i] = target.y();
-        }
+        // The touchscreen under a screen that it does not quite cover.
+        const CalibrationRecord record = recordOf(ScreenSize, [](QPoint pixel) {
+            return RawPoint{40 + pixel.x() * 4 / 5, 40 + pixel.y() * 4 / 5};
+        });
         // As the sampling thread hands a point over, without the seconds that it takes.
         while (run.state() == CalibrationState::Sampling) {
             run.samplingThread()->stop();

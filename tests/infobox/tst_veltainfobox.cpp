@@ -2,11 +2,9 @@
 #include "infobox/veltainfobox.h"
 #include "settings/errorcatalogue.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/screen.h"
 
 #include <QPointingDevice>
 #include <QTextDocumentFragment>
-#include <QWindow>
 
 namespace {
 

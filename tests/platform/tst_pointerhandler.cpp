@@ -4,17 +4,13 @@
 #include "tests/platform/touchscreenfifo.h"
 #include "tests/support/devicetest.h"
 
-#include <QMouseEvent>
 #include <QScopeGuard>
 #include <QSignalSpy>
 #include <QStandardPaths>
 
 #include <algorithm>
 #include <array>
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <tslib.h>
 #include <utility>
 

@@ -1,11 +1,6 @@
 #include "platform/regularfile.h"
 #include "tests/support/devicetest.h"
 
-#include <csignal>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 class RegularFileTest : public DeviceTest
 {
     Q_OBJECT

@@ -1,9 +1,7 @@
 #include "platform/tapguard.h"
 #include "tests/support/devicetest.h"
 
-#include <QMouseEvent>
 #include <QTouchEvent>
-#include <QWindow>
 
 namespace {
 

@@ -3,7 +3,6 @@
 #include "tests/support/devicetest.h"
 
 #include <array>
-#include <sys/stat.h>
 
 namespace {
 const QString Device = "/dev/input/touchscreen";

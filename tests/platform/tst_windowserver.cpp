@@ -7,7 +7,6 @@
 #include <QDataStream>
 
 #include <linux/input.h>
-#include <sys/stat.h>
 
 namespace {
 

@@ -1,8 +1,6 @@
 #include "settings/inifile.h"
 #include "tests/support/devicetest.h"
 
-#include <sys/resource.h>
-
 class IniFileTest : public DeviceTest
 {
     Q_OBJECT

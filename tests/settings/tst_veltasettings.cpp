@@ -2,13 +2,7 @@
 #include "platform/command.h"
 #include "settings/errorcatalogue.h"
 #include "settings/veltasettings.h"
-#include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/screen.h"
-
-#include <csignal>
-#include <sys/resource.h>
-#include <sys/stat.h>
 
 namespace {
 

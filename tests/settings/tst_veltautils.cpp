@@ -1,8 +1,6 @@
 #include "settings/screenclass.h"
 #include "settings/veltautils.h"
-#include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/screen.h"
 
 #include <QGroupBox>
 #include <QLCDNumber>
@@ -10,8 +8,6 @@
 #include <QPlainTextEdit>
 #include <QTableView>
 #include <QToolButton>
-
-#include <sys/stat.h>
 
 namespace {
 constexpr char CommonDpi[] = "/proc/device-tree/qrd-specific/qrd_dpi_x_resolution";

@@ -3,7 +3,6 @@
 #include "platform/pointertransform.h"
 #include "platform/windowserver.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/screen.h"
 
 using namespace std::chrono_literals;
 

@@ -1,6 +1,9 @@
 #pragma once
 
+// What most tests need: include this alone.
+#include "tests/support/boxwatcher.h"
 #include "tests/support/deviceroot.h"
+#include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
 #include <QApplication>
@@ -11,6 +14,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMouseEvent>
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -21,9 +25,15 @@
 #include <QTest>
 #include <QTimer>
 #include <QVariant>
+#include <QWindow>
 
+#include <csignal>
+#include <fcntl.h>
 #include <functional>
 #include <memory>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 /// Settings of a panel with an address of its own; nothing protects the configuration.
 inline const QByteArray StaticSettings =

@@ -2,8 +2,6 @@
 
 #include <QSocketNotifier>
 
-#include <unistd.h>
-
 /// A keyboard whose Return waits in the kernel until the program looks at it.
 class WaitingReturn
 {
