@@ -1,3 +1,5 @@
+#include "calibration/calibrationrecord.h"
+#include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
 #include <QtTest>
@@ -105,12 +107,7 @@ public:
     /// How often the program has the touchscreen open: once more in a calibration run.
     qsizetype openTouchscreens() const
     {
-        const QDir descriptors(QStringLiteral("/proc/%1/fd").arg(program.processId()));
-        qsizetype count = 0;
-        for (const QFileInfo &entry : descriptors.entryInfoList(QDir::Files | QDir::System)) {
-            count += entry.symLinkTarget() == path("/dev/input/touchscreen") ? 1 : 0;
-        }
-        return count;
+        return openDescriptors(path("/dev/input/touchscreen"), program.processId());
     }
     void touch(QPoint place) const
     {
@@ -199,14 +196,6 @@ struct Calibrated
 Calibrated endInCalibration()
 {
     constexpr QPoint StartButton{400, 91};
-    constexpr int Distance = 50; // of the outer crosses from the edges
-    constexpr int Right = ScreenSize.width() - Distance;
-    constexpr int Bottom = ScreenSize.height() - Distance;
-    constexpr QPoint Crosses[] = {{Distance, Distance},
-                                  {Right, Distance},
-                                  {Right, Bottom},
-                                  {Distance, Bottom},
-                                  {ScreenSize.width() / 2, ScreenSize.height() / 2}};
     constexpr auto WayToCross = 560ms;
 
     Panel panel;
@@ -226,7 +215,7 @@ Calibrated endInCalibration()
         panel.touch(StartButton);
         return waitFor(isRunning, 250ms);
     });
-    for (const QPoint &cross : Crosses) {
+    for (const QPoint &cross : crosshairTargets(ScreenSize)) {
         panel.touch(cross);
         std::this_thread::sleep_for(WayToCross);
     }

@@ -41,13 +41,6 @@ private:
 
 FrameBuffer *pFrameBuffer = nullptr;
 
-void processAll()
-{
-    for (int i = 0; i < 10; ++i) {
-        QCoreApplication::processEvents();
-    }
-}
-
 } // namespace
 
 bool answerIoctl(int, unsigned long request, void *pArgument, int &)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/tapguard.h"
+#include "tests/support/screen.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -41,9 +42,7 @@ public:
     std::optional<QPoint> takeTouch()
     {
         qApp->installEventFilter(this); // in front of the tap guard, which may be newer than this
-        for (int i = 0; i < 10; ++i) {
-            QCoreApplication::processEvents();
-        }
+        processAll();
         return std::exchange(touched, std::nullopt);
     }
 

@@ -75,14 +75,6 @@ QStringList tapAt(int x, int y)
             QStringLiteral("release %1,%2").arg(x).arg(y)};
 }
 
-/// Everything that is in the FIFO reaches the windows.
-void deliver()
-{
-    for (int i = 0; i < 10; ++i) {
-        QCoreApplication::processEvents();
-    }
-}
-
 CalibrationPairs targetsOnly()
 {
     CalibrationPairs pairs;
@@ -125,19 +117,19 @@ private Q_SLOTS:
         pTouchscreen->send({0, 0}, 0);
         pTouchscreen->tap({300, 300});
         pTouchscreen->send({400, 50}, 1);
-        deliver();
+        processAll();
         QCOMPARE(pSheet->take(),
                  QStringList({"press 100,200", "move 129,200", "release 129,200"}) + tapAt(300, 300)
                      + QStringList{"press 400,50"});
 
         // More touches than are read in one go.
         pTouchscreen->send({0, 0}, 0);
-        deliver();
+        processAll();
         pSheet->take();
         for (int i = 0; i < 1000; ++i) {
             pTouchscreen->tap({i % 800, 10});
         }
-        deliver();
+        processAll();
         QCOMPARE(pSheet->take().size(), 2000);
     }
 
@@ -173,7 +165,7 @@ private Q_SLOTS:
         pTouchscreen->send({250, 150}, 1);
         pTouchscreen->send({20, 20}, 1);
         pTouchscreen->send({0, 0}, 0);
-        deliver();
+        processAll();
         QCOMPARE(box.take(), QStringList({"press 250,150", "move 20,20", "release 20,20"}));
         QCOMPARE(pSheet->take(), QStringList());
 
@@ -193,7 +185,7 @@ private Q_SLOTS:
         start();
         QCOMPARE(tap({100, 100}), QStringList());
         other.tap({100, 100});
-        deliver();
+        processAll();
         QCOMPARE(pSheet->take(), tapAt(110, 100));
         // Whoever opens the touchscreen next finds the environment as the device set it.
         QVERIFY(!qEnvironmentVariableIsSet("TSLIB_CALIBFILE"));
@@ -297,12 +289,12 @@ private Q_SLOTS:
         pTouchscreen->tap({50, 60});
         QFile reader(pTouchscreen->path);
         QVERIFY(reader.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
-        deliver();
+        processAll();
         QCOMPARE(reader.read(16),
                  TouchscreenFifo::sample({30, 40}, 1) + TouchscreenFifo::sample({30, 40}, 0));
 
         pServer->resumePointer();
-        deliver();
+        processAll();
         QCOMPARE(pSheet->take(), QStringList());
         QCOMPARE(tap({70, 80}), tapAt(70, 80));
         pServer->resumePointer();
@@ -313,9 +305,9 @@ private Q_SLOTS:
     {
         start();
         pTouchscreen->send({10, 20}, 1);
-        deliver();
+        processAll();
         pServer->suspendPointer();
-        deliver();
+        processAll();
         QCOMPARE(pSheet->take(), tapAt(10, 20));
         pTouchscreen->send({10, 20}, 0);
         pServer->resumePointer();
@@ -323,9 +315,9 @@ private Q_SLOTS:
 
         // The end of the program is no exception.
         pTouchscreen->send({10, 20}, 1);
-        deliver();
+        processAll();
         pServer.reset();
-        deliver();
+        processAll();
         QCOMPARE(pSheet->take(), tapAt(10, 20));
     }
 
@@ -350,14 +342,14 @@ private Q_SLOTS:
         QSignalSpy clicks(&button, &QPushButton::clicked);
         start();
         pTouchscreen->send({640, 420}, 1);
-        deliver();
+        processAll();
         QVERIFY(button.isDown());
         pSheet->hide();
-        deliver();
+        processAll();
         QVERIFY(!button.isDown());
         pTouchscreen->send({640, 420}, 0);
         pTouchscreen->tap({640, 420});
-        deliver();
+        processAll();
         QFile reader(pTouchscreen->path);
         QVERIFY(reader.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
         const QByteArray press = TouchscreenFifo::sample({640, 420}, 1);
@@ -368,20 +360,20 @@ private Q_SLOTS:
         pSheet->show();
         waitOutDoubleTap();
         pTouchscreen->send({640, 421}, 1); // held since then
-        deliver();
+        processAll();
         QVERIFY(!button.isDown());
         pTouchscreen->send({640, 421}, 0);
-        deliver();
+        processAll();
         QCOMPARE(clicks.size(), 0);
         pTouchscreen->send({640, 420}, 1);
-        deliver();
+        processAll();
         pSheet->hide();
         Sheet other;
         other.show();
         waitOutDoubleTap();
         pTouchscreen->send({640, 420}, 0);
         pTouchscreen->tap({640, 420});
-        deliver();
+        processAll();
         QCOMPARE(other.take(), tapAt(640, 420));
         QCOMPARE(clicks.size(), 0);
     }
@@ -443,7 +435,7 @@ private Q_SLOTS:
         const auto send = [](RawPoint point) {
             const QByteArray bytes = TouchscreenFifo::sample(point, 1);
             QCOMPARE(write(ends[1], bytes.constData(), std::size_t(bytes.size())), bytes.size());
-            deliver();
+            processAll();
         };
         const QRegularExpression gone("touchscreen is gone");
         QVERIFY(plugIn());
@@ -454,7 +446,7 @@ private Q_SLOTS:
         send({420, 820});
         QTest::ignoreMessage(QtWarningMsg, gone);
         close(ends[1]);
-        deliver();
+        processAll();
         QCOMPARE(pSheet->take(), tapAt(100, 200));
         QCOMPARE(pTimer->interval(), 2000);
         pTimer->setInterval(1);
@@ -474,7 +466,7 @@ private Q_SLOTS:
 
         // Out and in again while nobody reads it.
         pServer->suspendPointer();
-        deliver();
+        processAll();
         pSheet->take();
         close(ends[1]);
         QVERIFY(plugIn());
@@ -484,7 +476,7 @@ private Q_SLOTS:
         QCOMPARE(pSheet->take(), QStringList{"press 100,200"});
         QTest::ignoreMessage(QtWarningMsg, gone);
         close(ends[1]);
-        deliver();
+        processAll();
         pServer.reset();
     }
 
@@ -754,7 +746,7 @@ private:
     QStringList tap(RawPoint raw)
     {
         pTouchscreen->tap(raw);
-        deliver();
+        processAll();
         return pSheet->take();
     }
     bool isStored(const CalibrationPairs &pairs)

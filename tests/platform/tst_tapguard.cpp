@@ -87,7 +87,7 @@ private Q_SLOTS:
         }
         if (change == BoxRises) {
             pBelow->raise();
-            settle();
+            processAll();
         }
         nNow = 0;
         switch (change) {
@@ -110,7 +110,7 @@ private Q_SLOTS:
             break;
         }
         if (painted) {
-            settle();
+            processAll();
         }
         nNow = delivered;
         Sheet &target = box.isVisible() && box.geometry().contains(at) ? box : *pBelow;
@@ -181,18 +181,11 @@ private:
         pGuard.reset();
         pBelow.reset();
     }
-    /// All that a change causes is painted, and the guard knows.
-    static void settle()
-    {
-        for (int i = 0; i < 5; ++i) {
-            QCoreApplication::processEvents();
-        }
-    }
     static void show(QWidget &window)
     {
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        settle();
+        processAll();
     }
     static void mouse(QWidget &window, QEvent::Type type, QPoint at, qint64 time)
     {

@@ -77,9 +77,7 @@ private Q_SLOTS:
         server.closeKeyboard();
         QVERIFY(!server.hasKeyboard());
         keyboard.type({KEY_Y});
-        for (int i = 0; i < 5; ++i) {
-            QCoreApplication::processEvents();
-        }
+        processAll();
         QCOMPARE(edit.text(), text);
     }
 
