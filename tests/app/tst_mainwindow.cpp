@@ -400,23 +400,6 @@ private Q_SLOTS:
         QVERIFY(!pPage || !pPage->isVisible());
     }
 
-    // The operator can leave it also where the request stays.
-    void calibrationRequestStays()
-    {
-        root().write("/dev/input/touchscreen", "");
-        root().write("/tmp/.system/TouchCalibration", "");
-        startLinked(2);
-        CalibrationPage *pPage = calibrationPage();
-        QVERIFY(pPage && pPage->isVisible());
-        const LockedFolder locked(root(), "/tmp/.system");
-        pPage->findChild<QPushButton *>("cancelCalibrationButton")->click();
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot be removed"));
-        for (int i = 0; i < 3; ++i) {
-            tick();
-            QVERIFY(!pPage->isVisible());
-        }
-    }
-
     void calibrationMessage()
     {
         const QString message = QStringLiteral("/flash/local/cal_message");

@@ -47,7 +47,6 @@ private Q_SLOTS:
             CalibrationPace{std::chrono::milliseconds(0), std::chrono::milliseconds(0)});
         bCloseEarly = false;
         boxes.clear();
-        counted.clear();
         connectRun();
     }
 
@@ -94,24 +93,6 @@ private Q_SLOTS:
         QCOMPARE(root().read(CalibrationFile) != OldFile, bAccepted);
         QVERIFY(!WindowServer::isCalibrationUnaccepted());
         QVERIFY(!pServer->isPointerSuspended());
-    }
-
-    /// From the request through two count-downs to a run and back to the old calibration.
-    void countsDown()
-    {
-        pRun->handle(Event::Request);
-        for (int i = 0; i <= 5; ++i) {
-            pRun->handle(Event::StartTick);
-        }
-        QVERIFY(pRun->state() == Sampling);
-        measure();
-        for (int i = 0; i <= 10; ++i) {
-            QVERIFY(pRun->state() == Awaiting);
-            pRun->handle(Event::AcceptTick);
-        }
-        QVERIFY(pRun->state() == CountingDown);
-        QCOMPARE(counted, (QList<int>{5, 4, 3, 2, 1, 0, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 5}));
-        QCOMPARE(boxes, QStringList{"0 "});
     }
 
     void tells_data()
@@ -225,8 +206,6 @@ private:
         connect(pRun.get(), &CalibrationRun::applied, this,
                 [this] { pRun->handle(Event::Applied); });
         connect(pRun.get(), &CalibrationRun::startDue, this, [this] { pRun->start(); });
-        connect(pRun.get(), &CalibrationRun::counted, this,
-                [this](int nSeconds) { counted += nSeconds; });
         connect(pRun.get(), &CalibrationRun::boxDue, this, [this](int nCode, const QString &text) {
             boxes += QStringLiteral("%1 %2").arg(nCode).arg(text);
             if (const auto read = std::exchange(whileBoxIsOpen, nullptr)) {
@@ -326,7 +305,6 @@ private:
     std::function<void()> whileBoxIsOpen; ///< what the operator does with the next box
     bool bCloseEarly = false;
     QStringList boxes; ///< code and text of each
-    QList<int> counted;
 };
 
 PANEL_TEST_MAIN(TestCalibrationRun)

@@ -321,17 +321,6 @@ private Q_SLOTS:
         QCOMPARE(pSheet->take(), tapAt(10, 20));
     }
 
-    /// What a killed save has left beside the file goes with the next start.
-    void straysGo()
-    {
-        root().write(CalibrationFile, SwappedFile);
-        root().write("/etc/pointercal.panel-a1B2c3", "half a fi");
-        start();
-        QCOMPARE(QDir(root().path("/etc")).entryList(QDir::Files),
-                 QStringList({"pointercal", "ts.conf"}));
-        QCOMPARE(file(), QByteArray(SwappedFile));
-    }
-
     /// What begins or ends while no window is there presses no button, and another program has it.
     void windowHidden()
     {
@@ -513,24 +502,6 @@ private Q_SLOTS:
         QCOMPARE(tap({420, 820}), QStringList());
         root().write(TsConf, good);
         pServer->resumePointer();
-        QCOMPARE(tap({420, 820}), tapAt(100, 200));
-    }
-
-    void calibrates()
-    {
-        root().write(CalibrationFile, SwappedFile);
-        start();
-        QVERIFY(isStored(scaledPairs(20)));
-        QVERIFY(WindowServer::isCalibrationUnaccepted());
-        QVERIFY(WindowServer::acceptCalibration());
-        QVERIFY(!WindowServer::isCalibrationUnaccepted());
-        QCOMPARE(tap({420, 820}), tapAt(100, 200));
-        QCOMPARE(file().simplified().split(' ').size(), 7);
-        QCOMPARE(QDir(root().path("/etc")).entryList(QDir::Files),
-                 QStringList({"pointercal", "ts.conf"}));
-
-        // The next start of the program takes it over.
-        start();
         QCOMPARE(tap({420, 820}), tapAt(100, 200));
     }
 
