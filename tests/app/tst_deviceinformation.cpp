@@ -64,16 +64,14 @@ private Q_SLOTS:
     {
         row("both", "[firmware]\nversion=3.1.2\n[codesys]\nversion=3.5\n", "3.1.2|3.5");
         row("empty", QByteArray(), "|");
-        row("FIFO", "FIFO", "|");
+        row("FIFO", "fifo", "|");
         row("binary", QByteArray("\0\xff\xfe[firmware\nversion", 20), "|");
     }
     void versions()
     {
         FETCH(QByteArray, file, QString, expected);
         readFirmwareVersions(); // nothing is there, and nothing said
-        if (file == "FIFO") {
-            QCOMPARE(mkfifo(qPrintable(root().path("/etc/fwinfo.ini")), 0600), 0);
-        } else {
+        if (!root().plant("/etc/fwinfo.ini", file)) {
             root().write("/etc/fwinfo.ini", file);
         }
         if (expected == "|") {

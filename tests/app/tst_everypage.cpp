@@ -378,6 +378,19 @@ private:
              !translator.isEmpty() && pEntry->nCode != ERR_END; ++pEntry) {
             show(QStringLiteral("box%1").arg(pEntry->nCode), pEntry->nCode, "/etc/pointercal", 0);
         }
+        // Whatever is to be read, in dense letters.
+        root().write("/proc/device-tree/qrd-specific/qrd_dpi_x_resolution", "220");
+        const bool bWhatever =
+            translator.isEmpty() && !sheet && !screenName.contains(u' ') && size.width() % 240 == 0;
+        for (const char *pText : {"", "/very/long/name", "longname", "a b<c> "}) {
+            for (const int nCode : {0, 3, int(ERR_BROWSER_NOT_FOUND), int(ERR_FILE_OPEN_ABORT)}) {
+                if (bWhatever) {
+                    show(QStringLiteral("box%1 %2").arg(nCode).arg(pText), qint16(nCode),
+                         QString(pText).repeated(500), 120);
+                }
+            }
+        }
+        root().remove("/proc/device-tree/qrd-specific/qrd_dpi_x_resolution");
     }
 
 private Q_SLOTS:

@@ -238,8 +238,7 @@ private Q_SLOTS:
 
     void fontsThatAreNone()
     {
-        QVERIFY(QDir().mkpath(root().path("/usr/lib/fonts")));
-        QCOMPARE(mkfifo(qPrintable(root().path("/usr/lib/fonts/Vera.ttf")), 0600), 0);
+        QVERIFY(root().plant("/usr/lib/fonts/Vera.ttf", "fifo"));
         QVERIFY(!loadFonts());
     }
 
@@ -688,19 +687,16 @@ private Q_SLOTS:
     {
         for (const QString path : {"/tmp/.system/TouchCalibration", "/tmp/screenshot.png",
                                    "/tmp/makeScreenshot", "/flash/local/cal_message"}) {
-            row(path.toLatin1() + ", link", path, true);
-            row(path.toLatin1() + ", FIFO", path, false);
+            row(path.toLatin1() + ", link", path, "link");
+            row(path.toLatin1() + ", FIFO", path, "fifo");
         }
     }
     void plantedRequests()
     {
-        FETCH(QString, path, bool, link);
+        FETCH(QString, path, QByteArray, kind);
         root().write("/dev/input/touchscreen", "");
-        root().write("/target", "important");
-        const QString name = root().path(path);
-        QDir().mkpath(QFileInfo(name).path());
-        QVERIFY(link ? QFile::link(root().path("/target"), name)
-                     : mkfifo(qPrintable(name), 0600) == 0);
+        root().write("/tmp/target", "important");
+        QVERIFY(root().plant(path, kind));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("is no file"));
         if (path.endsWith("png")) {
             root().write("/tmp/makeScreenshot", "");
@@ -710,7 +706,7 @@ private Q_SLOTS:
         pWindow->screenshotTimerEvent();
         QVERIFY(!calibrationPage());
         QVERIFY(!QApplication::activeModalWidget());
-        QCOMPARE(root().read("/target"), "important");
+        QCOMPARE(root().read("/tmp/target"), "important");
         const QFileInfo picture(root().path("/tmp/screenshot.png"));
         QCOMPARE(picture.exists(), path.endsWith("png"));
         QCOMPARE(QFileInfo(root().path(path)).isFile(), path.endsWith("png"));

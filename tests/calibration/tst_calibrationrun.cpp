@@ -118,17 +118,13 @@ private Q_SLOTS:
         FETCH(QByteArray, fault, QStringList, applied, QStringList, accepted, QStringList,
               restored);
         const QString path = root().path(CalibrationFile);
-        const QString note = path + ".unaccepted";
-        const auto plantDirectory = [](const QString &where) {
-            return QFile::remove(where) && QDir().mkpath(where + "/inner");
-        };
         bCloseEarly = fault == "close";
         if (fault == "mount") {
             qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
         }
         pRun->start();
         if (fault == "file") {
-            QVERIFY(plantDirectory(path));
+            QVERIFY(root().plant(CalibrationFile, "full directory"));
             QTest::ignoreMessage(QtWarningMsg, CannotWrite);
         }
         if (fault == "line") {
@@ -143,7 +139,7 @@ private Q_SLOTS:
         QCOMPARE(std::exchange(boxes, {}), applied);
 
         if (fault == "note") {
-            QVERIFY(plantDirectory(note));
+            QVERIFY(root().plant(CalibrationFile + ".unaccepted", "full directory"));
             for (int i = 0; i < 2; ++i) {
                 QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot remove"));
             }
@@ -154,7 +150,7 @@ private Q_SLOTS:
         if (fault == "file") {
             QVERIFY(QDir(path).removeRecursively());
         } else if (fault == "restore") {
-            QVERIFY(plantDirectory(path));
+            QVERIFY(root().plant(CalibrationFile, "full directory"));
             QTest::ignoreMessage(QtWarningMsg, CannotWrite);
         } else if (fault == "mount") {
             QTest::ignoreMessage(QtWarningMsg, CannotWrite);

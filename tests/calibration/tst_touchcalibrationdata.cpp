@@ -4,6 +4,7 @@
 #include "settings/errorcatalogue.h"
 #include "tests/calibration/calibrationtest.h"
 #include "tests/calibration/touchsheet.h"
+#include "tests/platform/keyboardfifo.h"
 #include "tests/support/ioctlhook.h"
 
 #include <array>
@@ -308,18 +309,11 @@ private Q_SLOTS:
             open(QFile::encodeName(pFifo->path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
         const auto tap = [fifo](int x, int y) {
             for (const int pressure : {50, 0}) {
-                const std::array<std::array<int, 3>, 5> events{{{EV_ABS, ABS_X, x},
-                                                                {EV_ABS, ABS_Y, y},
-                                                                {EV_ABS, ABS_PRESSURE, pressure},
-                                                                {EV_KEY, BTN_TOUCH, pressure != 0},
-                                                                {EV_SYN, SYN_REPORT, 0}}};
-                for (const auto &[type, code, value] : events) {
-                    input_event event{};
-                    event.type = static_cast<quint16>(type);
-                    event.code = static_cast<quint16>(code);
-                    event.value = value;
-                    QCOMPARE(write(fifo, &event, sizeof event), ssize_t(sizeof event));
-                }
+                const QByteArray bytes = eventRecord(EV_ABS, ABS_X, x)
+                    + eventRecord(EV_ABS, ABS_Y, y) + eventRecord(EV_ABS, ABS_PRESSURE, pressure)
+                    + eventRecord(EV_KEY, BTN_TOUCH, pressure != 0)
+                    + eventRecord(EV_SYN, SYN_REPORT, 0);
+                QCOMPARE(write(fifo, bytes.constData(), std::size_t(bytes.size())), bytes.size());
             }
         };
         int pointer = -1;

@@ -18,7 +18,7 @@ public:
     {
         root.write(QStringLiteral("/etc/ts.conf"), "module_raw waveshare len=8\nmodule linear\n");
         path = root.path(devicePath);
-        if (mkfifo(QFile::encodeName(path).constData(), 0600) != 0) {
+        if (!root.plant(devicePath, "fifo")) {
             qFatal("cannot make the FIFO %s", qPrintable(path));
         }
     }

@@ -90,25 +90,13 @@ private Q_SLOTS:
             processAll();
         }
         nNow = 0;
-        switch (change) {
-        case Nothing:
-            break;
-        case BoxOpens:
-            box.show();
-            break;
-        case BoxCloses:
-            box.hide();
-            break;
-        case BoxMoves:
-            box.move(Beside);
-            break;
-        case LowestCloses:
-            pBelow->hide();
-            break;
-        case BoxRises:
-            box.raise();
-            break;
-        }
+        const std::function<void()> changes[] = {[] {},
+                                                 [&] { box.show(); },
+                                                 [&] { box.hide(); },
+                                                 [&] { box.move(Beside); },
+                                                 [this] { pBelow->hide(); },
+                                                 [&] { box.raise(); }};
+        changes[change]();
         if (painted) {
             processAll();
         }

@@ -46,7 +46,7 @@ private Q_SLOTS:
         root().write(Property + "/is-a-folder", {});
         QCOMPARE(readTouchType(), TouchType::Single);
         QVERIFY(QDir(root().path(Property)).removeRecursively());
-        QCOMPARE(mkfifo(qPrintable(root().path(Property)), 0600), 0);
+        QVERIFY(root().plant(Property, "fifo"));
         QCOMPARE(readTouchType(), TouchType::Single);
     }
 

@@ -162,12 +162,8 @@ private Q_SLOTS:
         setScreen({800, 480}, logicalDpi);
         for (const auto &[path, content] :
              {std::pair(CommonDpi, common), std::pair(DpiX, x), std::pair(DpiY, y)}) {
-            if (!content.isNull()) {
-                root().write(QLatin1String(path), content);
-            }
-            if (content == "fifo") {
-                root().remove(QLatin1String(path));
-                QCOMPARE(mkfifo(qPrintable(root().path(QLatin1String(path))), 0600), 0);
+            if (!root().plant(path, content) && !content.isNull()) {
+                root().write(path, content);
             }
         }
         QLabel label;

@@ -21,6 +21,10 @@ public:
     bool exists(const QString &devicePath) const;
     void remove(const QString &devicePath) const;
 
+    /// Puts something else than a file there: "fifo", "directory", "full directory", or a link that
+    /// is "dangling", leads to itself ("loop"), or "link" to /tmp/target. False: no such kind.
+    bool plant(const QString &devicePath, const QByteArray &kind) const;
+
     /// Writes an executable shell script that stands for a device command.
     void writeCommand(const QString &devicePath, const QByteArray &script) const;
 
