@@ -85,7 +85,7 @@ private:
     template <typename Widget>
     Widget *find(const char *name) const
     {
-        return pWindow->findChild<Widget *>(QLatin1String(name));
+        return pWindow->findChild<Widget *>(name);
     }
     QString text(const char *label) const { return find<QLabel>(label)->text(); }
     QString page() const { return pWindow->currentWidget()->objectName(); }
@@ -103,7 +103,7 @@ private:
 private Q_SLOTS:
     void states_data()
     {
-        const QString none = QStringLiteral("no codesys application");
+        const QString none = "no codesys application";
         row("0", 0, true, "previewPage", false, "Conveyor");
         row("2", 2, true, "previewPage", true, "Conveyor");
         row("6", 6, true, "previewPage", false, none);
@@ -161,7 +161,7 @@ private Q_SLOTS:
 
     void appNames_data()
     {
-        const QString none = QStringLiteral("no codesys application");
+        const QString none = "no codesys application";
         row("none", "", none);
         row("second", "app.1=Second appCount=2", "Second");
         row("beyond the count", "app.0=First appCount=0", none);
@@ -317,7 +317,7 @@ private Q_SLOTS:
     // Nobody needs to come and press the button again.
     void restartFails_data()
     {
-        const QString next = QStringLiteral(", next attempt in");
+        const QString next = ", next attempt in";
         row("fails", "exit 3", false, "Restart failed" + next);
         row("does not happen", "exit 0", true, "Not restarted yet" + next);
         row("hangs", "exec sleep 1", true, "Not restarted yet" + next);
@@ -367,7 +367,7 @@ private Q_SLOTS:
     void calibrationRequest()
     {
         FETCH(bool, touchscreen, QByteArray, type, bool, honoured);
-        const QString request = QStringLiteral("/tmp/.system/TouchCalibration");
+        const QString request = "/tmp/.system/TouchCalibration";
         if (touchscreen) {
             root().write("/dev/input/touchscreen", "");
         }
@@ -401,7 +401,7 @@ private Q_SLOTS:
 
     void calibrationMessage()
     {
-        const QString message = QStringLiteral("/flash/local/cal_message");
+        const QString message = "/flash/local/cal_message";
         root().write(message, "");
         bool bVisible = false;
         BoxWatcher watcher(800); // longer than a tick
@@ -416,8 +416,8 @@ private Q_SLOTS:
         QVERIFY(!pWindow->isVisible()); // the box is closed, the PLC runs
         QVERIFY(!root().exists(message));
         QCOMPARE(watcher.texts().size(), 1);
-        QVERIFY(watcher.texts().constFirst().startsWith(
-            QStringLiteral("Error -236: Automatic calibration timed out")));
+        QVERIFY(
+            watcher.texts().constFirst().startsWith("Error -236: Automatic calibration timed out"));
         root().write(message, "");
         tick(); // once per start
         QVERIFY(root().exists(message));
@@ -528,9 +528,9 @@ private Q_SLOTS:
         QVERIFY(pBox);
         QVERIFY(!pBox->isModal()); // the start goes on
         const auto *pBody = pBox->findChild<QMessageBox *>();
-        QVERIFY(pBody->text().contains(QLatin1String("Error Loading embedded Fonts")));
-        QVERIFY(pBox->findChild<QLabel *>()->text().contains(QLatin1String("Application")));
-        QCOMPARE(pBody->button(QMessageBox::Ok)->text(), QStringLiteral("OK (10)"));
+        QVERIFY(pBody->text().contains("Error Loading embedded Fonts"));
+        QVERIFY(pBox->findChild<QLabel *>()->text().contains("Application"));
+        QCOMPARE(pBody->button(QMessageBox::Ok)->text(), "OK (10)");
         QVERIFY(pBody->button(QMessageBox::Ok)->height() >= 30);
         tick();
         QTimer::singleShot(0, this, [&] {
@@ -585,7 +585,7 @@ private Q_SLOTS:
         row("password timed out", run("[options]\nconfig_passwd=1\n" + StaticSettings, 0, nNext));
         row("box", Step([](MainWindowTest &) {
                 const BoxWatcher watcher;
-                VeltaInfoBox box(QStringLiteral("text"), 0, nullptr, true, true);
+                VeltaInfoBox box("text", 0, nullptr, true, true);
             }));
         row("calibration page", Step([](MainWindowTest &) {
                 CalibrationPage page;
@@ -667,7 +667,7 @@ private Q_SLOTS:
         startLinked(2);
         QWidget overlay;
         overlay.setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-        overlay.setStyleSheet(QStringLiteral("background-color: rgb(255,0,0)"));
+        overlay.setStyleSheet("background-color: rgb(255,0,0)");
         overlay.setGeometry(0, 0, 100, 100);
         overlay.show();
         QVERIFY(QTest::qWaitForWindowExposed(&overlay));

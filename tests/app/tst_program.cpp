@@ -1,4 +1,5 @@
 #include "calibration/calibrationrecord.h"
+#include "tests/support/deviceroot.h"
 #include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
@@ -41,10 +42,9 @@ public:
         const QByteArray description =
             R"({"screens":[{"name":"panel","x":0,"y":0,"width":800,"height":480,)"
             R"("logicalDpi":96,"logicalBaseDpi":96,"dpr":1}]})";
-        if (!screen.open(QIODevice::WriteOnly) || screen.write(description) < 0
-            || !control("init " + device.path()) || !control("keyboard plug")) {
-            qFatal("no device to run the program on");
-        }
+        need(screen.open(QIODevice::WriteOnly) && screen.write(description) > 0
+                 && control("init " + device.path()) && control("keyboard plug"),
+             "a device to run the program on");
     }
     ~Panel()
     {
@@ -67,9 +67,8 @@ public:
     void write(const QString &devicePath, const QByteArray &content) const
     {
         QFile file(path(devicePath));
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-        }
+        need(file.open(QIODevice::WriteOnly) && file.write(content) == content.size(),
+             file.fileName());
     }
 
     void start()
@@ -82,9 +81,7 @@ public:
         program.setProcessChannelMode(QProcess::MergedChannels);
         program.start(QStringLiteral(OPERATOR_PANEL),
                       {"-platform", "offscreen:configfile=" + work.filePath("screen.json")});
-        if (!program.waitForStarted()) {
-            qFatal("the program does not start");
-        }
+        need(program.waitForStarted(), "the program");
     }
 
     /// Null when there is none in time.

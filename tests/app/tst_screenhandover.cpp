@@ -23,9 +23,7 @@ class FrameBuffer
 public:
     FrameBuffer() : file(folder.filePath("fb"))
     {
-        if (!file.open(QIODevice::ReadWrite) || !file.resize(FrameSize)) {
-            qFatal("no file for the framebuffer");
-        }
+        need(file.open(QIODevice::ReadWrite) && file.resize(FrameSize), "a framebuffer");
         pPixels = file.map(0, FrameSize);
     }
     QByteArray path() const { return file.fileName().toLocal8Bit(); }

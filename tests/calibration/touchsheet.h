@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/tapguard.h"
+#include "tests/support/deviceroot.h"
 #include "tests/support/screen.h"
 
 #include <QCoreApplication>
@@ -23,9 +24,7 @@ public:
     {
         setGeometry(QGuiApplication::primaryScreen()->geometry());
         show();
-        if (!QTest::qWaitForWindowExposed(this)) {
-            qFatal("no window to touch");
-        }
+        need(QTest::qWaitForWindowExposed(this), "a window to touch");
     }
 
     /// Waits until what has just come or gone on the screen takes touches.

@@ -18,7 +18,7 @@ qsizetype samplingThreads()
     qsizetype count = 0;
     const QDir tasks("/proc/self/task");
     for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        QFile name(tasks.filePath(task + QLatin1String("/comm")));
+        QFile name(tasks.filePath(task + "/comm"));
         count += name.open(QIODevice::ReadOnly) && name.readAll().startsWith("VeltaCalib") ? 1 : 0;
     }
     return count;
@@ -298,10 +298,7 @@ private:
         CalibrationTest::closeWindows();
     }
 
-    QPushButton *button(const char *name) const
-    {
-        return pPage->findChild<QPushButton *>(QLatin1String(name));
-    }
+    QPushButton *button(const char *name) const { return pPage->findChild<QPushButton *>(name); }
 
     bool inAcceptMode() const { return button("acceptCalibrationButton")->isEnabled(); }
     VeltaCalibrationPanel *crosshairs() const

@@ -39,19 +39,12 @@ public:
     explicit OrdinaryUser(const DeviceRoot &root)
     {
         if (bWasRoot) {
-            QProcess::execute(QStringLiteral("chown"),
-                              {QStringLiteral("-R"), QString::number(Nobody), root.path({})});
+            QProcess::execute("chown", {"-R", QString::number(Nobody), root.path({})});
             bDropped = setresuid(Nobody, Nobody, 0) == 0;
         }
     }
-    ~OrdinaryUser()
-    {
-        if (bDropped && setresuid(0, 0, 0) != 0) {
-            qFatal("cannot be root again");
-        }
-    }
-    OrdinaryUser(const OrdinaryUser &) = delete;
-    OrdinaryUser &operator=(const OrdinaryUser &) = delete;
+    ~OrdinaryUser() { need(!bDropped || setresuid(0, 0, 0) == 0, "to be root again"); }
+    Q_DISABLE_COPY(OrdinaryUser)
 
 private:
     static constexpr uid_t Nobody = 65534;
@@ -387,17 +380,6 @@ private Q_SLOTS:
         QTRY_COMPARE(eventDevice.nGrabber, pointer);
         QVERIFY(!pTimer->isActive());
         ::close(fifo);
-    }
-
-    void withoutHandleOrBackup()
-    {
-        TouchCalibrationData data;
-        QCOMPARE(data.closeTouchscreen(), ERR_NULL_POINTER);
-        QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
-        QCOMPARE(data.openTouchscreen(), 0);
-        QCOMPARE(data.openTouchscreen(), 0); // the first one is closed
-        QCOMPARE(data.closeTouchscreen(), 0);
-        QVERIFY(!data.touchscreen());
     }
 
 private:

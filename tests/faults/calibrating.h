@@ -32,9 +32,8 @@ public:
             newLanding = answer->landing;
         }
         newFile = root.read(Calibration);
-        if (oldLanding == newLanding || newFile == oldFile || !complaints.isEmpty()) {
-            qFatal("no calibration without faults %s", qPrintable(complaints.join(u'\n')));
-        }
+        need(oldLanding != newLanding && newFile != oldFile && complaints.isEmpty(),
+             "a calibration without faults " + complaints.join(u'\n'));
     }
 
     void prepare(const DeviceRoot &root) override
@@ -54,10 +53,10 @@ public:
         if (answer.errors.isEmpty() && end != ProgramEnds
             && (answer.landing != (bNew ? newLanding : oldLanding)
                 || root.read(Calibration) != (bNew ? newFile : oldFile))) {
-            complaints += QStringLiteral("not a word, but not in force or not in the file");
+            complaints += "not a word, but not in force or not in the file";
         }
         if (end != ProgramEnds && answer.landing != oldLanding && answer.landing != newLanding) {
-            complaints += QStringLiteral("neither calibration is in force");
+            complaints += "neither calibration is in force";
         }
         return complaints;
     }
@@ -81,7 +80,7 @@ public:
         }
         QStringList left = filesOf(root).keys();
         left.removeAll(Calibration);
-        left.removeAll(QStringLiteral("/etc/ts.conf"));
+        left.removeAll("/etc/ts.conf");
         if (!left.isEmpty()) {
             complaints += QStringLiteral("left behind: ") + left.join(u' ');
         }
@@ -147,7 +146,7 @@ private:
         arm();
         pPage->StartCalibration();
         measure(*pPage->findChild<CalibrationRun *>());
-        auto *pAccept = pPage->findChild<QPushButton *>(QStringLiteral("acceptCalibrationButton"));
+        auto *pAccept = pPage->findChild<QPushButton *>("acceptCalibrationButton");
         if (how == Accepted) {
             FileFaults::mark();
             pAccept->click();

@@ -56,16 +56,14 @@ void setFiles(const DeviceRoot &root, const Files &files)
 
 QStringList errorsIn(const BoxWatcher &eyes)
 {
-    return eyes.texts().filter(QRegularExpression(QStringLiteral("^(Error|Warning)")));
+    return eyes.texts().filter(QRegularExpression("^(Error|Warning)"));
 }
 
 std::optional<Answer> ask(const std::function<Answer()> &task, QStringList &complaints, bool bDies)
 {
     int ends[2];
     const pid_t nCopy = pipe2(ends, O_CLOEXEC) == 0 ? fork() : -1;
-    if (nCopy < 0) {
-        qFatal("no copy of this process");
-    }
+    need(nCopy >= 0, "a copy of this process");
     if (nCopy == 0) {
         close(ends[0]);
         answer(task, ends[1]);
@@ -85,7 +83,7 @@ std::optional<Answer> ask(const std::function<Answer()> &task, QStringList &comp
     if (!bInTime) {
         complaints += QStringLiteral("no answer within %1 ms").arg(AnswerLimitMs);
     } else if (bKilled != bDies || (!bKilled && nStatus != 0)) {
-        complaints += QStringLiteral("ends unasked");
+        complaints += "ends unasked";
     } else if (!bKilled) {
         Answer answer;
         QDataStream(packed) >> answer.nResult >> answer.errors >> answer.landing;

@@ -92,7 +92,7 @@ private:
         const auto arm = [&] { FileFaults::arm(folder.constData(), fault, nCall, pJournal); };
         const auto answer = ask([&] { return trial.run(arm); }, complaints, fault == Fault::Kill);
         if (pJournal->bIncomplete) {
-            complaints += QStringLiteral("a call could not be noted");
+            complaints += "a call could not be noted";
         }
         if (pJournal->nFirstFault == 0 && fault != Fault::None) {
             complaints.clear(); // about a run without faults, which has been judged
@@ -115,7 +115,7 @@ private:
         const QStringList errors = pAnswer ? pAnswer->errors : QStringList();
         const Files files = filesOf(left);
         if (files != model.killed()) {
-            complaints += QStringLiteral("the journal lacks a change");
+            complaints += "the journal lacks a change";
         }
         judgeRestart(trial, left, {files, pAnswer != nullptr, model.isMarked(), errors}, pAnswer,
                      complaints);

@@ -50,7 +50,7 @@ private Q_SLOTS:
         QTimer *pTimer = edit.findChild<QTimer *>();
         QMetaObject::invokeMethod(&edit, "timerToggle"); // dark
         pTimer->stop();
-        edit.insert(QStringLiteral("1"));
+        edit.insert("1");
         QVERIFY(pTimer->isActive() && !pTimer->isSingleShot());
         const QImage solid = edit.grab().toImage();
         QMetaObject::invokeMethod(&edit, "timerToggle");

@@ -29,11 +29,10 @@ public:
         : link(root.path(QStringLiteral("/dev/input/") + linkName)),
           path(root.path(QStringLiteral("/dev/fifo-") + linkName))
     {
-        const QByteArray beside = QFile::encodeName(path + QStringLiteral(".new"));
-        if (mkfifo(beside.constData(), 0600) != 0
-            || rename(beside.constData(), QFile::encodeName(path).constData()) != 0) {
-            qFatal("cannot make the FIFO %s", qPrintable(path));
-        }
+        const QByteArray beside = QFile::encodeName(path + ".new");
+        need(mkfifo(beside.constData(), 0600) == 0
+                 && rename(beside.constData(), QFile::encodeName(path).constData()) == 0,
+             path);
         QFile::remove(link);
         QFile::link(path, link);
     }
@@ -74,9 +73,8 @@ private:
     void write(const QByteArray &bytes) const
     {
         QFile file(path);
-        if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)
-            || file.write(bytes) != bytes.size()) {
-            qFatal("cannot write to the FIFO %s", qPrintable(path));
-        }
+        need(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)
+                 && file.write(bytes) == bytes.size(),
+             path);
     }
 };

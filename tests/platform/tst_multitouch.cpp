@@ -54,9 +54,7 @@ public:
     explicit EventDevice(const QString &link)
     {
         char name[64];
-        if (openpty(&nMaster, &nSlave, name, nullptr, nullptr) != 0) {
-            qFatal("no terminal");
-        }
+        need(openpty(&nMaster, &nSlave, name, nullptr, nullptr) == 0, "a terminal");
         termios mode{};
         tcgetattr(nSlave, &mode);
         cfmakeraw(&mode);
@@ -71,8 +69,7 @@ public:
         close(nMaster);
         close(nSlave);
     }
-    EventDevice(const EventDevice &) = delete;
-    EventDevice &operator=(const EventDevice &) = delete;
+    Q_DISABLE_COPY(EventDevice)
 
     void press(QPoint at) const
     {

@@ -66,11 +66,11 @@ private Q_SLOTS:
             const bool bDone =
                 bAnew ? writeNewFile(path(), "new") : replaceFile(path(), "new", 0640);
             QCOMPARE(bDone, bAnew ? anew : replaced);
-            QCOMPARE(root().read("/tmp/target"), QByteArray("target"));
+            QCOMPARE(root().read("/tmp/target"), "target");
             if (bDone) {
                 QCOMPARE(lstat(name().constData(), &status), 0);
                 QVERIFY(S_ISREG(status.st_mode));
-                QCOMPARE(root().read("/tmp/file"), QByteArray("new"));
+                QCOMPARE(root().read("/tmp/file"), "new");
                 QVERIFY(!bAnew || (status.st_mode & 0777) == 0600);
             }
             QCOMPARE(folder(), bDone ? QStringList({"file", "target"}) : QStringList("target"));

@@ -117,8 +117,8 @@ private Q_SLOTS:
         work();
         notifier.stopping();
         const QList<NotifySocket::Message> &messages = manager.messages();
-        QCOMPARE(messages.first().text, QByteArray("READY=1"));
-        QCOMPARE(messages.last().text, QByteArray("STOPPING=1"));
+        QCOMPARE(messages.first().text, "READY=1");
+        QCOMPARE(messages.last().text, "STOPPING=1");
         auto longest = 0ns;
         for (qsizetype i = 1; i < messages.size(); ++i) {
             longest = std::max(longest, messages[i].time - messages[i - 1].time);

@@ -128,7 +128,7 @@ private Q_SLOTS:
         server.clearCalibration();
         QCOMPARE(server.calibrate({}, server.saveCalibration()), CalibrationOutcome::Stored);
         QVERIFY(server.restoreCalibration({}));
-        QCOMPARE(root().read("/etc/pointercal"), QByteArray("1 2 3 4 5 6 7"));
+        QCOMPARE(root().read("/etc/pointercal"), "1 2 3 4 5 6 7");
 
         // It comes late, and is used from then on.
         root().remove("/etc/pointercal");

@@ -33,7 +33,7 @@ private Q_SLOTS:
         for (const int code : {0, 1, 5, 32767, -216, -9999, -32768}) {
             QVERIFY2(!findError(static_cast<qint16>(code)), QByteArray::number(code));
         }
-        QCOMPARE(findError(ERR_GENERAL)->text, QStringLiteral("%1 "));
+        QCOMPARE(findError(ERR_GENERAL)->text, "%1 ");
     }
 };
 

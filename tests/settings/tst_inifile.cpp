@@ -42,7 +42,7 @@ private Q_SLOTS:
     {
         FETCH(QByteArray, content, int, state, QString, value);
         root().write("/etc/file.ini", content);
-        const IniFile file(QStringLiteral("/etc/file.ini"));
+        const IniFile file("/etc/file.ini");
         QCOMPARE(int(file.state()), state);
         QCOMPARE(file.problem().isEmpty(), file.state() == IniFile::Sound);
         QCOMPARE(file.value("a/b").toString(), value);
@@ -86,14 +86,14 @@ private Q_SLOTS:
                 settings.setValue("group/" + entries.last().sKey, values[i]);
             }
         }
-        const QByteArray text = iniText(QStringLiteral("group"), entries);
+        const QByteArray text = iniText("group", entries);
         QCOMPARE(text, root().read("/tmp/file.ini"));
         const IniFile file(FileContent{FileContent::Readable, text, {}});
         for (const IniEntry &entry : entries) {
             QCOMPARE(file.value("group/" + entry.sKey).toString(), entry.sValue);
         }
         QCOMPARE(file.keys().size(), entries.size());
-        QCOMPARE(iniText(QStringLiteral("group"), {}), QByteArray());
+        QCOMPARE(iniText("group", {}), QByteArray());
     }
 };
 

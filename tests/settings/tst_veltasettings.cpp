@@ -12,7 +12,7 @@ QByteArray without(QByteArray file, const QByteArray &key)
     return file.remove(begin, file.indexOf('\n', begin) - begin + 1);
 }
 
-const QString NewSettings = QStringLiteral("/tmp/newsettings.ini");
+const QString NewSettings = "/tmp/newsettings.ini";
 
 using Edit = std::function<void(VeltaSettings &)>;
 
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(pSettings->working.nNetMode, quint32(StaticMode));
         QCOMPARE(pSettings->working.ipEntries[entry].value, value);
         QCOMPARE(pSettings->working.ipEntries[entry].bDefaulted, defaulted);
-        QCOMPARE(pSettings->working.ipEntries[entry].dhcpValue, QStringLiteral("0.0.0.0"));
+        QCOMPARE(pSettings->working.ipEntries[entry].dhcpValue, "0.0.0.0");
         QCOMPARE(pSettings->snapshot.ipEntries[entry].value, value);
         QVERIFY(!pSettings->snapshot.ipEntries[entry].bDefaulted);
     }
@@ -142,7 +142,7 @@ private Q_SLOTS:
         const auto pSettings = load();
         QCOMPARE(pSettings->working.nNetMode, quint32(DhcpMode));
         QCOMPARE(pSettings->working.ipEntries[entry].dhcpValue, value);
-        QCOMPARE(pSettings->working.ipEntries[AddressEntry].value, QStringLiteral("wrong"));
+        QCOMPARE(pSettings->working.ipEntries[AddressEntry].value, "wrong");
         QVERIFY(!pSettings->working.ipEntries[AddressEntry].bDefaulted);
     }
 
@@ -180,8 +180,7 @@ private Q_SLOTS:
         QCOMPARE(settings.bPageEnabled[ProtectionPageId], result != 0 || !password.isEmpty());
         if (result == 0) {
             QCOMPARE(settings.working.nNetMode, quint32(StaticMode));
-            QCOMPARE(settings.working.ipEntries[NetmaskEntry].value,
-                     QStringLiteral("255.255.255.0"));
+            QCOMPARE(settings.working.ipEntries[NetmaskEntry].value, "255.255.255.0");
         }
     }
 
@@ -237,7 +236,7 @@ private Q_SLOTS:
     {
         row("full directory", NewSettings,
             "Error -230: Could not erase file /tmp/newsettings.ini.");
-        row("write-protected", QStringLiteral("/proc/sys/kernel/ostype"),
+        row("write-protected", "/proc/sys/kernel/ostype",
             "Error -229: File /proc/sys/kernel/ostype is not writeable.");
     }
     void staleNewSettingsThatStay()
@@ -293,7 +292,7 @@ private Q_SLOTS:
         row("no name server page", without(StaticSettings, "dnsserver2"),
             Edit([](VeltaSettings &settings) {
                 settings.bPageEnabled[DnsPageId] = false;
-                settings.working.ipEntries[Dns1Entry].value = QStringLiteral("1.1.1.1");
+                settings.working.ipEntries[Dns1Entry].value = "1.1.1.1";
             }),
             0, "");
     }

@@ -192,8 +192,7 @@ private Q_SLOTS:
         frame.setFont(pixelFont(10));
         BoxWatcher watcher;
         utils.scaleFont(&frame, 24);
-        QCOMPARE(watcher.texts(),
-                 QStringList(QStringLiteral("scaleFont called with unsupported widget QFrame")));
+        QCOMPARE(watcher.texts(), QStringList("scaleFont called with unsupported widget QFrame"));
         QCOMPARE(frame.font().pixelSize(), 10);
     }
 
@@ -231,8 +230,8 @@ private Q_SLOTS:
         QPixmap pixmap(8, 8);
         pixmap.fill(Qt::red);
         for (const bool bSquare : {false, true}) {
-            QPushButton button(QIcon(pixmap), QStringLiteral("Play"));
-            QPushButton plain(QStringLiteral("Ok"));
+            QPushButton button(QIcon(pixmap), "Play");
+            QPushButton plain("Ok");
             const int plainHeight = plain.height();
             for (QPushButton *pButton : {&button, &plain}) {
                 pButton->setMaximumWidth(64);

@@ -34,9 +34,7 @@ void DeviceRoot::write(const QString &devicePath, const QByteArray &content) con
 {
     QDir().mkpath(QFileInfo(path(devicePath)).path());
     QFile file(path(devicePath));
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
-        qFatal("cannot write %s", qPrintable(file.fileName()));
-    }
+    need(file.open(QIODevice::WriteOnly) && file.write(content) == content.size(), file.fileName());
 }
 
 QByteArray DeviceRoot::read(const QString &devicePath) const

@@ -5,6 +5,14 @@
 #include <QString>
 #include <QTemporaryDir>
 
+/// Ends the test program where something that it needs is not there.
+inline void need(bool bThere, const QString &what)
+{
+    if (!bThere) {
+        qFatal("needed: %s", qPrintable(what));
+    }
+}
+
 /// A temporary device root with the folders of a device, in force (PANEL_ROOT) while it lives.
 class DeviceRoot
 {

@@ -68,9 +68,7 @@ protected:
     static Type fetched(qsizetype nIndex)
     {
         const QVariant value = fetchedValue(nIndex);
-        if (!value.canConvert<Type>()) {
-            qFatal("value %d of the row has another type", int(nIndex));
-        }
+        need(value.canConvert<Type>(), QStringLiteral("another type of value %1").arg(nIndex));
         return value.value<Type>();
     }
 

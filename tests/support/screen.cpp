@@ -1,5 +1,7 @@
 #include "tests/support/screen.h"
 
+#include "tests/support/deviceroot.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QGuiApplication>
@@ -28,9 +30,7 @@ void setScreen(const QSize &size, int dpi)
     auto *pNative = QGuiApplicationPrivate::platformIntegration()->nativeInterface();
     const auto setter =
         reinterpret_cast<Setter>(pNative->nativeResourceForIntegration("setConfiguration"));
-    if (!setter) {
-        qFatal("the tests need the offscreen platform");
-    }
+    need(setter, "the offscreen platform");
     const QJsonObject screen{{"name", "panel"},
                              {"x", 0},
                              {"y", 0},
@@ -41,9 +41,7 @@ void setScreen(const QSize &size, int dpi)
                              {"dpr", 1}};
     setter({{"screens", QJsonArray{screen}}}, pNative);
     processAll();
-    if (!taken()) {
-        qFatal("the screen did not take the size %d x %d", size.width(), size.height());
-    }
+    need(taken(), "a screen of that size");
 }
 
 void queueKey(Qt::Key key)
