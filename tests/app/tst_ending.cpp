@@ -100,6 +100,12 @@ private Q_SLOTS:
         qunsetenv("QT_LOGGING_RULES");
         QTRY_VERIFY_WITH_TIMEOUT(root().exists("/tmp/screenshot.png"), 20000);
         QVERIFY(socket || !(fcntl(ends[1], F_GETFL) & O_NONBLOCK)); // ours is as it was
+        const QImage picture(root().path("/tmp/screenshot.png"));
+        int nOrange = 0; // of the box that tells that the fonts are missing
+        for (int y = 0; y < picture.height(); ++y) {
+            nOrange += picture.pixelColor(picture.width() / 3, y) == QColor("orange") ? 1 : 0;
+        }
+        QVERIFY(nOrange > 0);
         pProgram->terminate();
         QVERIFY(pProgram->waitForFinished());
         QCOMPARE(pProgram->exitStatus(), QProcess::NormalExit);

@@ -399,6 +399,21 @@ private Q_SLOTS:
         QVERIFY(!pPage || !pPage->isVisible());
     }
 
+    // The operator can leave it also where the request stays.
+    void calibrationRequestStays()
+    {
+        root().write("/dev/input/touchscreen", "");
+        root().write("/tmp/.system/TouchCalibration", "");
+        startLinked(2);
+        const LockedFolder locked(root(), "/tmp/.system");
+        calibrationPage()->findChild<QPushButton *>("cancelCalibrationButton")->click();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot be removed"));
+        for (int i = 0; i < 3; ++i) {
+            tick();
+            QVERIFY(!calibrationPage()->isVisible());
+        }
+    }
+
     void calibrationMessage()
     {
         const QString message = "/flash/local/cal_message";
