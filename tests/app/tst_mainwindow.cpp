@@ -238,8 +238,7 @@ private Q_SLOTS:
 
     void fontsThatAreNone()
     {
-        QVERIFY(root().plant("/usr/lib/fonts/Vera.ttf", "fifo"));
-        QVERIFY(!loadFonts());
+        QVERIFY(root().plant("/usr/lib/fonts/Vera.ttf", "fifo") && !loadFonts());
     }
 
     // Texts that come later are measured as they are: none is cut, none is smaller than it must be.
@@ -466,8 +465,7 @@ private Q_SLOTS:
     // hang the panel.
     void configRequestAndPlcStarts_data()
     {
-        row("pressed while stopped", false);
-        row("pressed before the first status", true);
+        eitherWay("pressed while stopped", "pressed before the first status");
     }
     void configRequestAndPlcStarts()
     {
@@ -719,8 +717,7 @@ private Q_SLOTS:
         startLinked(2);
         pWindow->screenshotTimerEvent();
         pWindow->screenshotTimerEvent();
-        QVERIFY(!calibrationPage());
-        QVERIFY(!QApplication::activeModalWidget());
+        QVERIFY(!calibrationPage() && !QApplication::activeModalWidget());
         QCOMPARE(root().read("/tmp/target"), "important");
         const QFileInfo picture(root().path("/tmp/screenshot.png"));
         QCOMPARE(picture.exists(), path.endsWith("png"));

@@ -91,8 +91,7 @@ private Q_SLOTS:
         QCOMPARE(WindowServer::isCalibrationUnaccepted(), bMeasured);
         pRun.reset();
         QCOMPARE(root().read(CalibrationFile) != OldFile, bAccepted);
-        QVERIFY(!WindowServer::isCalibrationUnaccepted());
-        QVERIFY(!pServer->isPointerSuspended());
+        QVERIFY(!WindowServer::isCalibrationUnaccepted() && !pServer->isPointerSuspended());
     }
 
     void tells_data()
@@ -213,54 +212,34 @@ private:
     /// Has \a act happen in \a state, which for some is while a box is open.
     void bringTo(CalibrationState state, const std::function<void()> &act)
     {
-        switch (state) {
-        case Idle:
-            break;
-        case Resting:
+        const auto inState = [=, this] {
+            if (state == ApplyingLeft || state == AwaitingLeft || state == RestoringLeft) {
+                pRun->handle(Event::Withdraw);
+            }
+            QCOMPARE(pRun->state(), state);
+            act();
+        };
+        if (state == Resting || state == CountingDown) {
             pRun->handle(Event::Request);
-            pRun->handle(Event::StopCountdown);
-            break;
-        case CountingDown:
-            pRun->handle(Event::Request);
-            break;
-        case Sampling:
-            pRun->start();
-            break;
-        case Applying:
-        case ApplyingLeft:
-            bCloseEarly = true; // there is a box about that
-            whileBoxIsOpen = [=, this] {
-                withdrawFor(state == ApplyingLeft);
-                act();
-            };
-            pRun->start();
-            measure();
-            return;
-        case Awaiting:
-        case AwaitingLeft:
-            pRun->start();
-            measure();
-            withdrawFor(state == AwaitingLeft);
-            break;
-        case Restoring:
-        case RestoringLeft:
-            pRun->start();
-            measure();
-            whileBoxIsOpen = [=, this] {
-                withdrawFor(state == RestoringLeft);
-                act();
-            };
-            pRun->handle(Event::Restore);
-            return;
         }
-        QCOMPARE(pRun->state(), state);
-        act();
-    }
-
-    void withdrawFor(bool bLeft)
-    {
-        if (bLeft) {
-            pRun->handle(Event::Withdraw);
+        if (state == Resting) {
+            pRun->handle(Event::StopCountdown);
+        }
+        if (state < Sampling) {
+            return inState();
+        }
+        bCloseEarly = state == Applying || state == ApplyingLeft; // there is a box about that
+        whileBoxIsOpen = bCloseEarly ? inState : std::function<void()>();
+        pRun->start();
+        if (state == Sampling) {
+            return inState();
+        }
+        measure();
+        if (isAwaiting(state)) {
+            inState();
+        } else if (!bCloseEarly) {
+            whileBoxIsOpen = inState;
+            pRun->handle(Event::Restore);
         }
     }
 

@@ -267,13 +267,13 @@ private Q_SLOTS:
 
     void keepsItsSizeWhileCounting()
     {
-        VeltaInfoBox box(WARN_VNC_LOST, 120, nullptr, false, true);
-        QVERIFY(runBox(box, [&] {
+        const auto box = makeBox(WARN_VNC_LOST, "", 120, "Autoclose in");
+        QVERIFY(runBox(*box, [&] {
             const QAbstractButton *pButton = openBody()->button(QMessageBox::Ok);
             const QSize size = openBox()->size();
             const QRect place = pButton->geometry();
             for (int i = 0; i < 115; ++i) {
-                box.CountDown();
+                box->CountDown();
             }
             QCoreApplication::sendPostedEvents();
             QCOMPARE(openBox()->size(), size);

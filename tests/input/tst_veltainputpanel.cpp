@@ -105,8 +105,7 @@ private Q_SLOTS:
         if (!focus.isEmpty()) {
             QCOMPARE(QApplication::focusWidget()->objectName(), focus);
         }
-        QVERIFY(keyboard.pContext->isVisible());
-        QVERIFY(!keyboard.timer("repeatTimer")->isActive());
+        QVERIFY(keyboard.pContext->isVisible() && !keyboard.timer("repeatTimer")->isActive());
     }
 
     void focusVisitsEveryKeyAndWraps_data()

@@ -124,12 +124,8 @@ private Q_SLOTS:
         pClicks = std::make_unique<QSignalSpy>(pButton.get(), &QPushButton::clicked);
     }
 
-    void pluggedInAnew_data()
-    {
-        // a finger is on the screen that is unplugged
-        row("nothing touched", false);
-        row("finger on it", true);
-    }
+    // a finger is on the screen that is unplugged
+    void pluggedInAnew_data() { eitherWay("nothing touched", "finger on it"); }
     void pluggedInAnew()
     {
         FETCH(bool, held);

@@ -429,11 +429,7 @@ private Q_SLOTS:
     }
 
     /// Another device under the same name, although the old one says nothing of its end.
-    void replaced_data()
-    {
-        row("in use", false);
-        row("suspended", true);
-    }
+    void replaced_data() { eitherWay("in use", "suspended"); }
     void replaced()
     {
         FETCH(bool, suspended);
@@ -508,8 +504,7 @@ private Q_SLOTS:
         for (int i = 0; i < 3; ++i) {
             const SavedCalibration backup = pServer->saveCalibration();
             pServer->clearCalibration();
-            QVERIFY(isStored(scaledPairs(20)));
-            QVERIFY(file() != content);
+            QVERIFY(isStored(scaledPairs(20)) && file() != content);
             pServer->clearCalibration();
             QVERIFY(pServer->restoreCalibration(backup));
             QCOMPARE(root().exists(CalibrationFile), exists);

@@ -32,11 +32,7 @@ private:
     QByteArray path() const { return QFile::encodeName(root().path("/tmp/notify")); }
 
 private Q_SLOTS:
-    void messages_data()
-    {
-        row("path", false);
-        row("name without a file", true);
-    }
+    void messages_data() { eitherWay("path", "name without a file"); }
     void messages()
     {
         FETCH(bool, abstract);

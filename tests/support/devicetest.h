@@ -62,6 +62,12 @@ protected:
     {
         addRow(name, {variantOf(values)...});
     }
+    /// Two rows, of false and of true.
+    static void eitherWay(const QByteArray &off, const QByteArray &on)
+    {
+        row(off, false);
+        row(on, true);
+    }
     /// Value number \a nIndex of the row that is tested. A text in quotes may be fetched as QString
     /// and as QByteArray.
     template <typename Type>

@@ -231,8 +231,7 @@ private Q_SLOTS:
                 QStringList({"Network OP-Mode: DHCP -> Static", "DNS 1: 192.168.0.2 -> 8.8.8.8"}));
         });
         QCOMPARE(watcher.texts().size(), 2);
-        QVERIFY(watcher.texts()[0].contains("dns2"));
-        QVERIFY(watcher.texts()[1].contains("dns1"));
+        QVERIFY(watcher.texts()[0].contains("dns2") && watcher.texts()[1].contains("dns1"));
     }
 
     void password_data()
@@ -364,11 +363,7 @@ private Q_SLOTS:
         });
     }
 
-    void wholeRoad_data()
-    {
-        row("touch", false);
-        row("keypad", true);
-    }
+    void wholeRoad_data() { eitherWay("touch", "keypad"); }
     void wholeRoad()
     {
         FETCH(bool, keys);
