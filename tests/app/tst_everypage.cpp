@@ -158,11 +158,15 @@ QStringList textsOf(const QWidget &widget)
 bool isTranslated(const QWidget &widget)
 {
     static const QRegularExpression letters("[^\\W\\d_]{2}");
+    static const QRegularExpression translated("\\[[^][]*\\]|<[^>]*>|/etc/pointercal");
     const QStringList texts = textsOf(widget);
     return widget.objectName() == QLatin1String("label_appname")
         || std::all_of(texts.cbegin(), texts.cend(), [](const QString &text) {
-               return !letters.match(text).hasMatch()
-                   || (text.contains(u'[') && text.contains(u']')) || text == QLatin1String("aA#");
+               QString rest = text;
+               while (rest.contains(translated)) { // nested
+                   rest.remove(translated);
+               }
+               return !rest.contains(letters) || text == "aA#";
            });
 }
 
@@ -422,7 +426,7 @@ private Q_SLOTS:
                      "default_gateway=255.255.255.255\ndnsserver1=255.255.255.255\n"
                      "dnsserver2=255.255.255.255\n");
         root().write("/etc/fwinfo.ini",
-                     "[firmware]\nversion=03.10.08(22)\n[codesys]\nversion=3.5.19.30 SP19\n");
+                     "[firmware]\nversion=03.10.08(22)\n[codesys]\nversion=3.5.19.30-7/19\n");
         root().setFirmware("state=2 app.0=Conveyor eth0.mode=dhcp eth0.ip=255.255.255.255 "
                            "eth0.netmask=255.255.255.255");
 

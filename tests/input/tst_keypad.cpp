@@ -1,3 +1,4 @@
+#include "input/inputcountdown.h"
 #include "input/keyrepeat.h"
 #include "tests/support/devicetest.h"
 
@@ -29,6 +30,13 @@ private Q_SLOTS:
         QCOMPARE(pTimer->interval(), 500);
         repeat.repeat();
         QCOMPARE(nSecond, 1);
+    }
+
+    void countsNothingDown()
+    {
+        InputCountdown none(0);
+        none.restart();
+        QVERIFY(!none.isUsed() && !none.findChild<QTimer *>()->isActive());
     }
 };
 
