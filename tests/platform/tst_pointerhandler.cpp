@@ -244,6 +244,9 @@ private Q_SLOTS:
         QCOMPARE(tap({10, 20}), tapAt(10, 20));
         pServer->suspendPointer();
         pServer->suspendPointer();
+        pSheet->hide();
+        pSheet->show(); // does not resume it
+        waitOutDoubleTap();
         QCOMPARE(tap({30, 40}), QStringList());
 
         // Another reader gets all that comes meanwhile.

@@ -327,7 +327,12 @@ private Q_SLOTS:
         BoxWatcher watcher;
         const auto pSettings = load();
         pSettings->working.nNetMode = DhcpMode;
+        QLineEdit edit("1");
+        edit.show();
+        QVERIFY(QTest::qWaitForWindowActive(&edit));
+        queueKey(Qt::Key_Backspace); // while the tool runs
         const SaveResult saved = pSettings->save(true);
+        QCOMPARE(edit.text(), "1");
         QCOMPARE(saved.outcome, result == 0 ? SaveResult::Saved : SaveResult::ToolFailed);
         QCOMPARE(saved.described(), result);
         if (!script.isEmpty()) {
