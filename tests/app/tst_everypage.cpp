@@ -213,8 +213,8 @@ private:
 
     void inspect(const QString &view, QWidget &root)
     {
+        processAll(); // layouts that are posted, too
         QVERIFY(QTest::qWaitForWindowActive(root.window()));
-        QTest::qWait(1); // layouts that are posted
         const QRect screen(QPoint(), size);
         QList<const QWidget *> leaves;
         const auto report = [&](const QWidget &widget, const QString &what) {
