@@ -1,4 +1,5 @@
 #include "app/keyboardwatcher.h"
+#include "platform/devicepath.h"
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
 #include "tests/platform/keyboardfifo.h"
@@ -125,6 +126,7 @@ private Q_SLOTS:
         const QByteArray before = qgetenv("PANEL_ROOT");
         qunsetenv("PANEL_ROOT");
         QVERIFY(!isKeyboard(path));
+        QCOMPARE(devicePath("/dev"), "/dev");
         qputenv("PANEL_ROOT", before);
     }
 

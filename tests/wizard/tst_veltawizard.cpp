@@ -68,6 +68,14 @@ private Q_SLOTS:
         run([&] {
             QCOMPARE(pWizard->currentId(), int(NetModePageId));
             QVERIFY(!pWizard->button(QWizard::BackButton)->isEnabled());
+            const QList<bool> buttons = buttonsVisible();
+            pWizard->RestoreButtons();
+            for (int i = 0; i < 2; ++i) {
+                pWizard->HideButtons();
+                QVERIFY(!buttonsVisible().contains(true));
+            }
+            pWizard->RestoreButtons();
+            QCOMPARE(buttonsVisible(), buttons);
             QList<int> ids;
             while (pWizard->currentId() != SummaryPageId) {
                 ids += pWizard->currentId();
