@@ -1,6 +1,7 @@
 #include "platform/fontconfiguration.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QTemporaryFile>
 
 namespace {
@@ -22,8 +23,12 @@ FontConfiguration::FontConfiguration()
     if (qEnvironmentVariableIsSet(FileVariable)) {
         return;
     }
-    pFile =
-        std::make_unique<QTemporaryFile>(QDir::tempPath() + QLatin1String("/fonts-XXXXXX.conf"));
+    // Of a start that is broken off nothing stays in the folder of a service's run.
+    QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (folder.isEmpty() || !QFileInfo(folder).isWritable()) {
+        folder = QDir::tempPath();
+    }
+    pFile = std::make_unique<QTemporaryFile>(folder + QLatin1String("/fonts-XXXXXX.conf"));
     if (pFile->open() && pFile->write(Configuration) > 0 && pFile->flush()) {
         qputenv(FileVariable, QFile::encodeName(pFile->fileName()));
     } else {

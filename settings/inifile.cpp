@@ -141,16 +141,21 @@ IniFile::IniFile(const FileContent &file, QSettings::Format format)
 }
 
 // QSettings reads on behind an open quote or a backslash at the end of a line, over groups and
-// passwords, and says nothing. No value of the device has a line break of its own.
+// passwords, and says nothing. A value has then more line breaks than the file has escapes for
+// them.
 bool IniFile::swallowsLines(const QByteArray &text) const
 {
     static const QRegularExpression intoGroup(QStringLiteral("\\\\\\r?\\n[ \\t]*\\["));
+    static const QRegularExpression lineBreak(QStringLiteral("[\\r\\n]"));
+    static const QRegularExpression escape(
+        QStringLiteral("\\\\([nr]|x0*[aAdD](?![0-9a-fA-F])|0*1[25](?![0-7]))"));
+    const QString file = QString::fromLatin1(text);
+    qsizetype nBreaks = 0;
     const QStringList all = allKeys();
-    return intoGroup.match(QString::fromLatin1(text)).hasMatch()
-        || std::any_of(all.cbegin(), all.cend(), [this](const QString &key) {
-               const QString joined = value(key).toStringList().join(u',');
-               return joined.contains(u'\n') || joined.contains(u'\r');
-           });
+    for (const QString &key : all) {
+        nBreaks += value(key).toStringList().join(u',').count(lineBreak);
+    }
+    return nBreaks > file.count(escape) || intoGroup.match(file).hasMatch();
 }
 
 void IniFile::judge(const QByteArray &text)

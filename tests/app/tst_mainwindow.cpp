@@ -167,6 +167,7 @@ private Q_SLOTS:
         row("beyond the count", "app.0=First appCount=0", none);
         row("255 empty entries", "appCount=255", none);
         row("not ASCII", "app.0=Förderband", "Förderband");
+        row("on one line, else as it is", "app.0=A\u00a0\u00a0B\u0085C", "A\u00a0\u00a0B C");
     }
     void appNames()
     {
@@ -281,8 +282,15 @@ private Q_SLOTS:
     }
 
     // Nothing is painted while nothing changes.
+    void quietTick_data()
+    {
+        row("800x480", QSize(800, 480));
+        row("texts that shrink", QSize(240, 320));
+    }
     void quietTick()
     {
+        FETCH(QSize, screen);
+        setScreen(screen);
         root().setFirmware("eth0.mode=dhcp");
         startLinked(2);
         QVERIFY(QTest::qWaitForWindowExposed(pWindow.get()));
@@ -435,6 +443,21 @@ private Q_SLOTS:
         root().write(message, "");
         tick(); // once per start
         QVERIFY(root().exists(message));
+    }
+
+    /// Touch is off until a calibration, for which the panel is asked when the touchscreen comes.
+    void calibrationMessageWithoutTouchscreen()
+    {
+        root().write("/flash/local/cal_message", "");
+        const BoxWatcher watcher;
+        startLinked(2);
+        QCOMPARE(watcher.texts().size(), 1);
+        QVERIFY(pServer->isPointerSuspended());
+        root().write("/dev/input/touchscreen", "");
+        root().write("/tmp/.system/TouchCalibration", "");
+        tick();
+        QVERIFY(calibrationPage() && calibrationPage()->isVisible());
+        QVERIFY(!pServer->isPointerSuspended());
     }
 
     void configRequest_data()

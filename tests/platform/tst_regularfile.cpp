@@ -1,5 +1,6 @@
 #include "platform/regularfile.h"
 #include "tests/support/devicetest.h"
+#include "tests/support/lockedfolder.h"
 
 class RegularFileTest : public DeviceTest
 {
@@ -75,6 +76,16 @@ private Q_SLOTS:
             }
             QCOMPARE(folder(), bDone ? QStringList({"file", "target"}) : QStringList("target"));
         }
+    }
+
+    /// A request that cannot be opened is none, and stays.
+    void unreadableRequest()
+    {
+        root().write("/tmp/.system/request", "");
+        chmod(qPrintable(root().path("/tmp/.system/request")), 0);
+        const LockedFolder locked(root(), "/tmp/.system");
+        QVERIFY(!isRequested(root().path("/tmp/.system/request")));
+        QVERIFY(root().exists("/tmp/.system/request"));
     }
 
     void limit()

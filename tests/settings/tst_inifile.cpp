@@ -20,6 +20,10 @@ private Q_SLOTS:
         row("continued line", "[a]\nb=1\\\n2\n", IniFile::Sound, "12");
         row("blanks, tabs, no line end", "[ a ]\n\tb = 1", IniFile::Sound, "1");
         row("key before the first group", "c=1\n" + whole, IniFile::Sound, "1");
+        row("line break by an escape", whole + "c=\"1\\n2\\x0d\"\n[options]\nd=2\n", IniFile::Sound,
+            "1");
+        row("escape and open quote", whole + "c=1\\n2\nd=\"3\n[options]\ne=4\n", IniFile::Damaged,
+            "1");
         row("empty group", "[options]\n", IniFile::Sound, "");
         row("empty", QByteArray(), IniFile::Damaged, "");
         row("blank", "\n\n", IniFile::Damaged, "");
