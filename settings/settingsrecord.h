@@ -36,7 +36,7 @@ struct IpEntry
 /// All values of one configuration pass. The wizard pages read and write the fields directly.
 struct SettingsRecord
 {
-    qint32 nResolutionIndex = 0; ///< The screen class, 0 to 24.
+    qint32 nResolutionIndex = 0; ///< The screen class, below ScreenClassCount.
     VeltaUtils *pUtils = nullptr; ///< Not owned; set in the working record only.
     std::array<quint16, ScreenClassCount> nScreenWidth{}; ///< Pixels, by screen class.
     std::array<quint16, ScreenClassCount> nScreenHeight{}; ///< Pixels, by screen class.

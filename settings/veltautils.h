@@ -26,7 +26,7 @@ public:
     static int resolutionIndex(int width, int height);
 
     /// Multiplies the font size of \a widget by the factor of its class on the screen class
-    /// \a screenClass (0 to 24). Scaling twice compounds. A class without factors is reported
+    /// \a screenClass (below ScreenClassCount). Scaling twice compounds. A class without factors is reported
     /// in a modal box, and its font stays.
     void scaleFont(QWidget *widget, int screenClass);
 

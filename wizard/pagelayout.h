@@ -49,7 +49,7 @@ void fitTitle(const SettingsRecord &record, QGroupBox *box);
 void setCommonWidth(const QList<QLabel *> &labels);
 
 /// Pulls the rows of a page together on the screen classes without room to spare. \a
-/// screenClass: 0 to 24. \a above and \a below: the spacers above and below the rows.
+/// screenClass: below ScreenClassCount. \a above and \a below: the spacers above and below the rows.
 void shrinkSpacers(int screenClass, QSpacerItem *above, QSpacerItem *below);
 
 /// Hides the placeholder rows of a page but keeps their room, so that the rows of all pages stand

@@ -65,8 +65,9 @@ private:
             openKeyboard()->findChild<QVeltaLineEdit *>()->setText("192.168.0.77");
             openKeyboard()->findChild<QPushButton *>("panelButton_ok")->click();
         }
-        wizard.button(QWizard::NextButton)->click();
-        wizard.button(QWizard::NextButton)->click();
+        while (wizard.nextId() >= 0) {
+            wizard.button(QWizard::NextButton)->click();
+        }
         wizard.button(QWizard::FinishButton)->click();
     }
 
