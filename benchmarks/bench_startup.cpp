@@ -130,8 +130,12 @@ int main(int argc, char *argv[])
     std::vector<Start> germanStarts;
     std::vector<Start> floorStarts;
     for (int i = 0; i < nPairs; ++i) {
-        panelStarts.push_back(measurePanel(panel, platform, false));
-        germanStarts.push_back(measurePanel(panel, platform, true));
+        // What ran last has left the processor's caches to the next: each language goes first in
+        // turn.
+        for (const bool bGerman : {i % 2 != 0, i % 2 == 0}) {
+            (bGerman ? germanStarts : panelStarts)
+                .push_back(measurePanel(panel, platform, bGerman));
+        }
         floorStarts.push_back(measure(floor, platform));
     }
     printf("start-up, medians of %d pairs at 800x480\n", nPairs);

@@ -3,12 +3,13 @@
 import time
 
 from checks import (check, expect, expect_equal, new_settings, ready_panel, restart_unit)
-from common import LOOK, Failure, patience, wait_for
+from common import LOOK, PROJECT, Failure, patience, wait_for
 
 DROP_IN = "/run/systemd/system/operator-panel.service.d/limit.conf"
 SHORT_LIMIT = 4  # seconds: a watchdog that bites sooner, for what waits for a multiple of it
 STOP_LIMIT = 3
 HOUR = 3600
+RIGHTS = PROJECT / "packaging/tests/compare-rights.sh"
 GPU_DRIVER = "/sys/bus/virtio/drivers/virtio_gpu"
 WATCHDOG_SLACK = 2
 
@@ -106,6 +107,19 @@ def stop_seconds(panel):
     result, code = panel.unit("Result", "ExecMainStatus")
     expect_equal((result, code), ("success", "0"), "end of the program")
     return int(text) / 1000
+
+
+@check(6, 35)
+def rights():
+    """What syscfg, mount and reboot may do is the same from the unit as from a root shell."""
+    with ready_panel("rights") as panel:
+        process = panel.pid()
+        panel.agent.write("/root/compare-rights.sh", RIGHTS.read_bytes())
+        result = panel.agent.run("sh /root/compare-rights.sh", limit=60)
+        text = result.output.decode(errors="replace").strip()
+        print(text.splitlines()[-1] if text else "nothing said")
+        expect_equal(result.status, 0, f"status of the comparison, which says: {text}")
+        expect_equal(panel.pid(), process, "process")
 
 
 @check(6, 50)

@@ -72,7 +72,8 @@ debianTree() {
     mv -- "$new" "$folder"
 }
 
-# reasonIn LOG: the line in which apt, a compiler or a packaging tool says why it failed.
+# reasonIn LOG: the line in which apt, a compiler or a packaging tool says why it failed. On a full
+# disk the first to notice is not the one that gives up.
 reasonIn() {
-    grep -m 1 -E '^E: |[Ee]rror: ' "$1" || tail -n 1 "$1"
+    grep -m 1 -F 'No space left' "$1" || grep -m 1 -E '^E: |[Ee]rror: ' "$1" || tail -n 1 "$1"
 }

@@ -55,7 +55,7 @@ describeLibraries() {
 }
 
 oneAtATime sysroot
-stamp="$(debianSources) ${packages[*]}"
+stamp="$sysroot $(debianSources) ${packages[*]}" # describeLibraries() writes whole paths
 if [[ -d $sysroot && $(cat "$sysroot.stamp" 2>/dev/null) == "$stamp" ]]; then
     exit 0
 fi

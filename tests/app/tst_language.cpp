@@ -7,6 +7,7 @@
 #include "tests/wizard/wizardtest.h"
 
 #include <QDir>
+#include <QResource>
 #include <QTranslator>
 #include <QXmlStreamReader>
 
@@ -85,6 +86,7 @@ private Q_SLOTS:
         row("unknown", "LANG=xx_YY", "Next");
         row("not there", "LANG=fr_FR.UTF-8", "Next");
         row("none at all", "LANG=../../etc/passwd", "Next");
+        row("letters that no font has", "LANG=is_IS", "Next");
     }
     void environment()
     {
@@ -103,6 +105,9 @@ private Q_SLOTS:
         other.start(QCoreApplication::applicationFilePath(), {SayNext});
         QVERIFY(other.waitForFinished());
         QCOMPARE(QString::fromUtf8(other.readAllStandardOutput()), next);
+        QCOMPARE(
+            other.readAllStandardError().count("The fonts lack letters of the language \"is\""),
+            environment.contains("is_IS") ? 1 : 0);
     }
 
     void letters_data()
@@ -187,6 +192,7 @@ int main(int argc, char **argv)
 {
     return runPanelTest(argc, argv, "LanguageTest", [](int count, char **arguments) {
         if (count == 2 && qstrcmp(arguments[1], SayNext) == 0) {
+            QResource::registerResource(UNKNOWN_LETTERS);
             installLanguage();
             std::fputs(VeltaWizard::tr("Next").toUtf8().constData(), stdout);
             return 0;
