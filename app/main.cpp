@@ -26,11 +26,8 @@ int main(int argc, char *argv[])
     [[maybe_unused]] static const auto *const pEndingLimit = new EndingLimit;
     prepareEnvironment();
     ServiceNotifier serviceNotifier;
-    std::optional<FontConfiguration> fontConfiguration(std::in_place);
-    std::optional<DisplayCheck> displayCheck([&] {
-        fontConfiguration.reset();
-        standardStreams.reset();
-    });
+    prepareFontConfiguration();
+    std::optional<DisplayCheck> displayCheck([&] { standardStreams.reset(); });
     QApplication application(argc, argv);
     if (!DisplayCheck::hasScreen()) {
         return DisplayCheck::ExitCode;
@@ -43,7 +40,6 @@ int main(int argc, char *argv[])
     // the start-up page is there.
     const bool bFontsLoaded = loadFonts();
     installLanguage();
-    fontConfiguration.reset();
 
     // A calibration that nobody has accepted is taken back by a destructor.
     const TerminationSignals terminationSignals;
