@@ -9,6 +9,8 @@
 #include <QApplication>
 #include <QFontDatabase>
 
+#include <iterator>
+
 namespace {
 
 constexpr auto FontFolder = QLatin1String("/usr/lib/fonts/");
@@ -44,7 +46,9 @@ void prepareEnvironment()
 void setUpLook(QApplication &application)
 {
     application.setStyle(new PanelStyle);
-    QApplication::setFont(QFont(FontFamily, FontPoints));
+    QFont font(FontFamily, FontPoints);
+    font.setHintingPreference(QFont::PreferVerticalHinting); // with fontconfig and without
+    QApplication::setFont(font);
     // While the PLC runs the main window is hidden: a box that closes then must not end the
     // program.
     QApplication::setQuitOnLastWindowClosed(false);
@@ -53,6 +57,11 @@ void setUpLook(QApplication &application)
 
 bool loadFonts()
 {
+#if !QT_CONFIG(fontconfig)
+    if (QFontDatabase::styles(FontFamily).size() >= qsizetype(std::size(FontFiles))) {
+        return true; // Qt has read the folder: see prepareFontConfiguration()
+    }
+#endif
     bool bLoaded = true;
     for (const QLatin1String name : FontFiles) {
         bLoaded = loadFont(name) && bLoaded;
