@@ -47,12 +47,13 @@ int main(int argc, char *argv[])
     const ScreenHandover screenHandover;
     QObject::connect(&screenHandover, &ScreenHandover::firstFrame, &application,
                      [&serviceNotifier] { serviceNotifier.ready(); });
-    MainWindow window;
+    MainWindow window(nullptr, &screenHandover);
+    QObject::connect(&window, &MainWindow::complete, &windowServer,
+                     [&windowServer] { windowServer.openPointer(); });
 
     QApplication::setOverrideCursor(Qt::BlankCursor);
     gCursorHidden = true;
     windowServer.setCursorVisible(false);
-    windowServer.openPointer();
 
     window.show();
     const std::unique_ptr<VeltaInfoBox> pFontWarning = bFontsLoaded ? nullptr : showFontWarning();

@@ -28,7 +28,6 @@ struct Start
     double dWall; // ms
     double dCpu; // ms
     double dMemory; // MiB, the highest that was resident
-    double dShare; // MiB, PSS at the first frame
 };
 
 long long monotonicNanoseconds()
@@ -66,11 +65,8 @@ Start measure(const QByteArray &program, const QByteArray &platform)
     FILE *pOutput = fdopen(ends[0], "r");
     std::array<char, 64> line{};
     long long nFrame = 0;
-    double dShare = 0;
     if (fgets(line.data(), line.size(), pOutput)) {
-        char *pRest = nullptr;
-        nFrame = strtoll(line.data(), &pRest, 10);
-        dShare = strtod(pRest, nullptr);
+        nFrame = strtoll(line.data(), nullptr, 10);
     }
     fclose(pOutput);
     rusage usage{};
@@ -80,7 +76,7 @@ Start measure(const QByteArray &program, const QByteArray &platform)
     }
     return {double(nFrame - nBegin) / 1e6,
             milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime),
-            double(usage.ru_maxrss) / 1024, dShare / 1024};
+            double(usage.ru_maxrss) / 1024};
 }
 
 double median(const std::vector<Start> &starts, double Start::*pField)
@@ -113,9 +109,7 @@ struct Column
 };
 constexpr Column Columns[] = {{"time", &Start::dWall, "ms", 1.20, 0.40},
                               {"CPU", &Start::dCpu, "ms", 1.20, 0.40},
-                              {"memory", &Start::dMemory, "MiB", 1.15, 0},
-                              {"PSS", &Start::dShare, "MiB", 1.15, 0}};
-constexpr double LeanShareGoal = 0.55; // of the panel's PSS
+                              {"memory", &Start::dMemory, "MiB", 1.15, 0}};
 constexpr double GoalOfLanguage = 1.01;
 
 void report(const char *what, const Column &column, const char *whose, double dValue,
@@ -135,8 +129,7 @@ void reportLean(const std::vector<Start> &lean, const std::vector<Start> &panel,
     for (const Column &column : Columns) {
         const double dLean = median(lean, column.pField);
         report("lean ", column, "floor", dLean, median(floor, column.pField), column.dLeanGoal);
-        report("lean ", column, "panel", dLean, median(panel, column.pField),
-               column.pField == &Start::dShare ? LeanShareGoal : 0);
+        report("lean ", column, "panel", dLean, median(panel, column.pField), 0);
     }
 }
 

@@ -5,10 +5,7 @@
 #include <QTimer>
 #include <QWidget>
 
-#include <array>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <unistd.h>
 
@@ -21,26 +18,9 @@ long long monotonicNanoseconds()
     return now.tv_sec * 1'000'000'000LL + now.tv_nsec;
 }
 
-/// kB; 0 where the kernel does not tell.
-long proportionalShare()
-{
-    long nShare = 0;
-    if (FILE *pFile = fopen("/proc/self/smaps_rollup", "r")) {
-        std::array<char, 128> line{};
-        while (nShare == 0 && fgets(line.data(), line.size(), pFile)) {
-            if (strncmp(line.data(), "Pss:", 4) == 0) {
-                nShare = strtol(line.data() + 4, nullptr, 10);
-            }
-        }
-        fclose(pFile);
-    }
-    return nShare;
-}
-
 // Watches the program it is loaded into. With FRAMEPROBE=first it prints the time at which the
-// first frame is painted and the event loop runs, and the program's PSS in kB then, and ends it.
-// With FRAMEPROBE=count it keeps "paints wake-ups" in the file that FRAMEPROBE_FILE names (shared
-// memory, read by others).
+// first frame is painted and the event loop runs, and ends the program. With FRAMEPROBE=count it
+// keeps "paints wake-ups" in the file that FRAMEPROBE_FILE names (shared memory, read by others).
 class Probe : public QObject
 {
 public:
@@ -70,8 +50,7 @@ protected:
             ++nPaints;
             if (bFirst && nPaints == 1) {
                 QTimer::singleShot(0, this, [] {
-                    const long long nNow = monotonicNanoseconds();
-                    printf("%lld %ld\n", nNow, proportionalShare());
+                    printf("%lld\n", monotonicNanoseconds());
                     fflush(stdout);
                     _exit(0);
                 });

@@ -47,6 +47,7 @@ done
 work=$PWD/build/lean-qt
 qt=$work/$architecture
 build=$qt.build
+source=$work/source
 features=$PWD/packaging/lean/features.cmake
 # Where Qt believes to lie: nothing of it is there on a device, and no folder of this machine is
 # named in the program.
@@ -57,7 +58,7 @@ prefix=/usr/lib/operator-panel/qt
 fetchSource() {
     local apt=$work/apt log=$work/source.log keyring=/usr/share/keyrings/debian-archive-keyring.gpg
     local signedBy=''
-    [[ ! -e $source/CMakeLists.txt ]] || return 0
+    [[ $(cat "$source/panel.version" 2>/dev/null) != "$version" ]] || return 0
     say "Fetching the source of Qt $version"
     mkdir -p "$apt/lists/partial" "$apt/archives/partial"
     [[ ! -e $keyring ]] || signedBy="[signed-by=$keyring] "
@@ -76,6 +77,10 @@ fetchSource() {
         rm -rf -- "$source.new"
         dpkg-source --no-check -x "qt6-base_${version#*:}.dsc" "$source.new"
     ) >"$log" 2>&1 || die "the source of Qt $version cannot be had: $(reasonIn "$log") (see $log)"
+    # Functions that only programs of older versions call; they do not compile without toolbars.
+    echo >"$source.new/src/widgets/compat/removed_api.cpp"
+    printf '%s\n' "$version" >"$source.new/panel.version"
+    rm -rf -- "$source"
     mv -- "$source.new" "$source"
 }
 
@@ -121,7 +126,6 @@ if [[ $architecture != "$own" ]]; then
 fi
 oneAtATime lean-qt
 version=$(dpkg-query -W -f '${source:Version}' qt6-base-dev)
-source=$work/source-$version
 stamp="$version $("$compiler" -dumpfullversion) $(sha256sum <"$features") \
 $(sha256sum <packaging/lean-qt.sh)"
 if [[ -d $qt && $(cat "$qt.stamp" 2>/dev/null) == "$stamp" ]]; then

@@ -3,7 +3,6 @@
 #include "platform/devicepath.h"
 
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -119,6 +118,24 @@ FileContent contentOf(const QString &path)
     return content;
 }
 
+/// Whether a backslash at the end of a line is followed by a line that begins a group.
+bool continuesIntoGroup(const QByteArray &text)
+{
+    const char *const pEnd = text.cend();
+    for (const char *p = text.cbegin(); (p = std::find(p, pEnd, '\\')) != pEnd;) {
+        ++p;
+        const char *pNext = p != pEnd && *p == '\r' ? p + 1 : p;
+        if (pNext == pEnd || *pNext != '\n') {
+            continue;
+        }
+        pNext = std::find_if_not(pNext + 1, pEnd, [](char c) { return c == ' ' || c == '\t'; });
+        if (pNext != pEnd && *pNext == '[') {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 IniFile::IniFile(const QString &path, QSettings::Format format)
@@ -144,9 +161,8 @@ IniFile::IniFile(const FileContent &file, QSettings::Format format)
 // passwords, and says nothing. No value of the device has a line break of its own.
 bool IniFile::swallowsLines(const QByteArray &text) const
 {
-    static const QRegularExpression intoGroup(QStringLiteral("\\\\\\r?\\n[ \\t]*\\["));
     const QStringList all = allKeys();
-    return intoGroup.match(QString::fromLatin1(text)).hasMatch()
+    return continuesIntoGroup(text)
         || std::any_of(all.cbegin(), all.cend(), [this](const QString &key) {
                const QString joined = value(key).toStringList().join(u',');
                return joined.contains(u'\n') || joined.contains(u'\r');
