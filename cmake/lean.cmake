@@ -13,8 +13,11 @@ endif()
 if(NOT EXISTS "${leanQt}/lib/cmake/Qt6/Qt6Config.cmake")
     message(FATAL_ERROR "There is no lean Qt in ${leanQt}; packaging/lean-qt.sh makes it")
 endif()
+set(Qt6_DIR "${leanQt}/lib/cmake/Qt6" CACHE PATH "" FORCE)
 list(PREPEND CMAKE_PREFIX_PATH "${leanQt}")
-list(APPEND CMAKE_FIND_ROOT_PATH "${leanQt}")
+if(CMAKE_CROSSCOMPILING)
+    list(PREPEND CMAKE_FIND_ROOT_PATH "${leanQt}") # before the sysroot, which has a Qt, too
+endif()
 set(QT_HOST_PATH /usr) # moc, uic and rcc
 
 # Each function and table by itself, and none that nothing refers to.
