@@ -168,6 +168,9 @@ void MainWindow::adaptOtherPages()
     startIcon.addFile(QStringLiteral(":/main/img/error.png"), {}, QIcon::Disabled);
     pUi->pushButtonStartApp->setIcon(startIcon);
     pUi->pushButtonConfig->setIcon(QIcon(QStringLiteral(":/main/img/settings-icon.png")));
+    for (QPushButton *pButton : {pUi->pushButtonStartApp, pUi->pushButtonConfig}) {
+        pButton->setStyleSheet(QStringLiteral("border: none;\noutline: none;"));
+    }
     const QSize screen = primaryScreenSize();
     VeltaUtils utils;
     const int nIndex = utils.resolutionIndex(screen.width(), screen.height());

@@ -34,6 +34,8 @@ void prepareEnvironment()
 {
     // Screen classes and touches are in real pixels.
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
+    // Every pattern is used a few times at most: to compile it costs more.
+    qputenv("QT_ENABLE_REGEXP_JIT", "0");
     // It would replace what is said of every keyboard, the way to end the program by keys included.
     qunsetenv("QT_QPA_EVDEV_KEYBOARD_PARAMETERS");
     for (const char *variable : {"QT_QPA_FB_DISABLE_INPUT", "QT_QPA_EGLFS_DISABLE_INPUT"}) {

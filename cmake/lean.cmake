@@ -23,6 +23,9 @@ set(QT_HOST_PATH /usr) # moc, uic and rcc
 # Each function and table by itself, and none that nothing refers to.
 add_compile_options(-ffunction-sections -fdata-sections)
 add_link_options(-Wl,--gc-sections -Wl,--as-needed -Wl,-O1)
+# The C++ library's symbols are looked up by name, thousands of them, before main(). What is taken in
+# is nobody else's: a firmware library may bring a C++ library of another version.
+add_link_options(-static-libstdc++ -static-libgcc -Wl,--exclude-libs,ALL)
 
 # panel_import_plugins(TARGET NAME...): TARGET gets these plugins of Qt, and none besides.
 function(panel_import_plugins target)

@@ -200,7 +200,11 @@ class Machine:
             run_tool("qemu-img", "create", "-q", "-f", "qcow2", "-F", form, "-b", str(image),
                      str(disk))
         words = f"{KERNEL_WORDS} panel.fs={self.fs} {self.words}".strip()
-        command = base_command(self.kind) + [
+        command = base_command(self.kind)
+        if self.second_disk: # in front of the first: the kernel counts from behind
+            command += ["-drive", f"if=none,id=other,format=raw,readonly=on,file={self.second_disk}",
+                        "-device", "virtio-blk-device,drive=other"]
+        command += [
             "-kernel", str(IMAGE / "vmlinuz"), "-initrd", str(initrd), "-dtb", str(tree),
             "-append", words, "-serial", serial,
             "-drive", "if=none,id=disk,format=qcow2,file=disk,cache=writeback",
@@ -211,9 +215,6 @@ class Machine:
             "-device", "virtio-serial-device", "-device", "virtserialport,chardev=agent",
             "-chardev", "socket,id=qmp,path=qmp,server=on,wait=off", "-mon", "chardev=qmp,mode=control",
             *self.view]
-        if self.second_disk:
-            command += ["-drive", f"if=none,id=other,format=raw,readonly=on,file={self.second_disk}",
-                        "-device", "virtio-blk-device,drive=other"]
         if incoming:
             command += ["-incoming", f"exec:cat '{incoming}'"]
         for name in ("qmp", "agent", "serial.log"):
