@@ -71,6 +71,7 @@ def booted_panel(name, kind, **options):
     with running(panel):
         panel.boot(**options)
         panel.wait_page("preview", FIRST_PAGE_LIMIT)
+        panel.wait_booted()
         yield panel
 
 

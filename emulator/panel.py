@@ -37,6 +37,11 @@ class Panel(Machine):
         self.start(backing=KINDS / f"{name}.disk", incoming=KINDS / f"{name}.state")
         self.agent.check("true")
 
+    def wait_booted(self):
+        """Returns when all services of the device have been started: a touchscreen is there."""
+        self.agent.check("while systemctl is-system-running | grep -q starting; do sleep 0.1; done",
+                         limit=60)
+
     def boot_id(self):
         """What is another one after each start of the device."""
         return self.agent.check("cat /proc/sys/kernel/random/boot_id").strip()
