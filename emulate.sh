@@ -5,6 +5,8 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 # shellcheck source=cmake/packages.sh
 source cmake/packages.sh
+# shellcheck source=cmake/options.sh
+source cmake/options.sh
 
 usage() {
     cat <<'END'
@@ -53,28 +55,17 @@ while (($#)); do
     *) usageError "unknown argument '$1'" ;;
     esac
     case $option in
-    --screen)
-        [[ $value =~ ^[1-9][0-9]{2,3}x[1-9][0-9]{2,3}$ ]] \
-            || usageError "--screen '$value' is no size such as 800x480"
-        ;;
+    --screen) checkScreen "$value" 100 ;;
     --view)
-        [[ $value =~ ^(window|vnc|none)$ ]] || usageError "--view '$value' is none of window, vnc, none"
+        checkWord --view "$value" window vnc none
         view=$value
         continue
         ;;
-    --touch)
-        [[ $value =~ ^(single|multi|none)$ ]] \
-            || usageError "--touch '$value' is none of single, multi, none"
-        ;;
+    --touch) checkWord --touch "$value" single multi none ;;
     esac
     arguments+=("$option" "$value")
 done
-if [[ -z $view ]]; then
-    if [[ -n ${DISPLAY:-}${WAYLAND_DISPLAY:-} ]]; then view=window; else view=vnc; fi
-fi
-if [[ $view == window && -z ${DISPLAY:-}${WAYLAND_DISPLAY:-} ]]; then
-    die "--view window needs a desktop: DISPLAY is not set"
-fi
+view=$(chosenView "$view" "${DISPLAY:-}${WAYLAND_DISPLAY:-}")
 viewPackages=()
 [[ $view != window ]] || viewPackages=(qemu-system-gui)
 

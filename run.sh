@@ -7,6 +7,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 sourceFolder=$PWD
 # shellcheck source=cmake/packages.sh
 source cmake/packages.sh
+# shellcheck source=cmake/options.sh
+source cmake/options.sh
 
 usage() {
     cat <<'END'
@@ -47,17 +49,15 @@ while (($#)); do
     esac
     case $option in
     --screen)
-        [[ $value =~ ^[1-9][0-9]{1,3}x[1-9][0-9]{1,3}$ ]] \
-            || usageError "--screen '$value' is no size such as 800x480"
+        checkScreen "$value" 10
         screen=$value
         ;;
     --view)
-        [[ $value =~ ^(window|vnc|none)$ ]] || usageError "--view '$value' is none of window, vnc, none"
+        checkWord --view "$value" window vnc none
         view=$value
         ;;
     --touch)
-        [[ $value =~ ^(single|multi|none)$ ]] \
-            || usageError "--touch '$value' is none of single, multi, none"
+        checkWord --touch "$value" single multi none
         touch=$value
         ;;
     --language)
@@ -70,12 +70,7 @@ while (($#)); do
         ;;
     esac
 done
-if [[ -z $view ]]; then
-    if [[ -n ${DISPLAY:-} ]]; then view=window; else view=vnc; fi
-fi
-if [[ $view == window && -z ${DISPLAY:-} ]]; then
-    die "--view window needs a desktop: DISPLAY is not set"
-fi
+view=$(chosenView "$view" "${DISPLAY:-}")
 
 viewPackages=()
 case $view in

@@ -25,6 +25,10 @@ void CalibrationRequests::serve()
         }
         return;
     }
+    WindowServer *pServer = WindowServer::instance();
+    if (!bCalibratable && pServer && pServer->isPointerSuspended()) {
+        detectTouchType(); // one that came meanwhile is not opened, so nobody has told of it
+    }
     if (!bCalibratable) {
         request.finish();
         return;
@@ -45,7 +49,7 @@ void CalibrationRequests::serve()
         return;
     }
     request.begin();
-    if (WindowServer *pServer = WindowServer::instance()) {
+    if (pServer) {
         pServer->resumePointer();
     }
     pPage->startAutoCalibration();

@@ -45,7 +45,10 @@ void KeyboardWatcher::start()
     pInputWatch = new FolderWatch(folder, this);
     connect(pInputWatch, &FolderWatch::changed, this, &KeyboardWatcher::rescan);
     if (const WindowServer *pServer = WindowServer::instance()) {
-        connect(pServer, &WindowServer::inputReleased, this, &KeyboardWatcher::releaseAll);
+        connect(pServer, &WindowServer::inputReleased, this, [this] {
+            resting = installed;
+            releaseAll();
+        });
         connect(pServer, &WindowServer::inputTaken, this, [this, folder] { rescan(folder); });
     }
     releaseAll();
@@ -79,14 +82,20 @@ void KeyboardWatcher::rescan(const QString &folder)
         pServer && pServer->isInputReleased()) {
         return;
     }
-    const QList<Entry> entries = entriesOf(folder);
+    QList<Entry> entries = entriesOf(folder);
+    if (entries.size() > MaxKeyboards) { // which changes nothing: what has rested goes on
+        entries.removeIf([this](const Entry &entry) { return !resting.contains(entry); });
+        if (entries.isEmpty()) {
+            return;
+        }
+    }
+    resting.clear();
     QList<Entry> sorted = entries; // a folder has no order of its own
     std::ranges::sort(sorted, {}, &Entry::sName);
     const auto isFree = [&folder](const QString &name) {
         return !isGrabbed(folder + QLatin1Char('/') + name);
     };
-    if (entries.size() > MaxKeyboards
-        || (sorted == installed && std::ranges::none_of(grabbed, isFree))) {
+    if (sorted == installed && std::ranges::none_of(grabbed, isFree)) {
         return;
     }
     if (!installed.isEmpty()) {

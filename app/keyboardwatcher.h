@@ -49,4 +49,5 @@ private:
     FolderWatch *pInputWatch = nullptr; // child of this
     QStringList grabbed; ///< names of keyboards that another program has for itself
     QList<Entry> installed; ///< entries last seen, when there were not too many, by name
+    QList<Entry> resting; ///< those installed when the window went, until it is back
 };

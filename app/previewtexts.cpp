@@ -7,6 +7,8 @@
 #include <QGuiApplication>
 #include <QScreen>
 
+#include <algorithm>
+
 namespace {
 
 constexpr auto BlankLabel = QLatin1String("    ");
@@ -35,6 +37,17 @@ constexpr InterfaceTexts Texts[] = {
      QT_TRANSLATE_NOOP("MainWindow", "ETH2 Mask: %1"),
      QT_TRANSLATE_NOOP("MainWindow", "ETH2 MAC: %1")},
 };
+
+/// The label would break the line at some of the control characters, and drop others.
+QString oneLine(QString text)
+{
+    const auto isControl = [](QChar c) {
+        return c.category() == QChar::Other_Control || c == QChar::LineSeparator
+            || c == QChar::ParagraphSeparator;
+    };
+    std::replace_if(text.begin(), text.end(), isControl, u' ');
+    return text;
+}
 
 } // namespace
 
@@ -78,7 +91,7 @@ void PreviewTexts::updateAppName(const std::optional<PlcStatus> &status)
 {
     QString name;
     if (status && status->state != PlcStateNoApplication) {
-        name = status->firstAppName().simplified(); // one line
+        name = oneLine(status->firstAppName());
     }
     if (name == sLoadedName && !sAppName.isEmpty()) {
         return; // as at nearly every tick: shaping a text costs more than all the rest of it

@@ -49,6 +49,15 @@ RowFit::RowFit(const QWidget *page) : pPage(page)
 
 void RowFit::fit(std::initializer_list<QLabel *> labels)
 {
+    QStringList texts;
+    for (const QLabel *pLabel : labels) {
+        texts += pLabel->text();
+    }
+    QStringList &fitted = fittedTexts[*labels.begin()];
+    if (fitted == texts) {
+        return; // trying the fonts anew would paint all of them
+    }
+    fitted = texts;
     QLayoutItem *pRow = rowOf(*pPage->layout(), **labels.begin());
     const QMargins margins = pPage->layout()->contentsMargins();
     const int nWidth =

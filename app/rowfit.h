@@ -25,6 +25,7 @@ private:
     QFont firstFont(const QLabel *label);
 
     const QWidget *pPage;
-    QHash<const QLabel *, QFont> firstFonts;
+    QHash<const QLabel *, QFont> firstFonts; ///< of each row's first label
+    QHash<const QLabel *, QStringList> fittedTexts; ///< of each row, by its first label
     QSet<QLabel *> wrapped; ///< by fit()
 };

@@ -20,7 +20,8 @@ VNC_PORTS = 99
 def view_options(view):
     """What the emulator is told to show the screen."""
     if view == "window":
-        return ("-display", "gtk,zoom-to-fit=off,show-cursor=on")
+        # GTK's window would give the screen the size that it has itself before the device is up.
+        return ("-display", "sdl,show-cursor=on")
     if view == "vnc":
         return ("-display", "none", "-vnc", f"127.0.0.1:0,to={VNC_PORTS}")
     return ("-display", "none")

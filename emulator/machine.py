@@ -220,9 +220,10 @@ class Machine:
         for name in ("qmp", "agent", "serial.log"):
             (self.folder / name).unlink(missing_ok=True)
         with open(self.folder / "emulator.log", "wb") as log:
-            self.process = subprocess.Popen(command, cwd=self.folder, stdout=log, stderr=log,
-                                            stdin=None if serial != "file:serial.log"
-                                            else subprocess.DEVNULL,
+            on_terminal = serial == "mon:stdio"
+            self.process = subprocess.Popen(command, cwd=self.folder,
+                                            stdin=None if on_terminal else subprocess.DEVNULL,
+                                            stdout=None if on_terminal else log, stderr=log,
                                             preexec_fn=die_with_parent)
         try:
             self.qmp = wait_for("the emulator answers", self._connect, CONNECT_LIMIT)

@@ -151,10 +151,7 @@ VeltaInfoBox::VeltaInfoBox(qint16 code, const QString &text, const QString &butt
     }
 }
 
-VeltaInfoBox::~VeltaInfoBox()
-{
-    closeBox();
-}
+VeltaInfoBox::~VeltaInfoBox() = default;
 
 void VeltaInfoBox::setWarning(const QString &title)
 {

@@ -136,6 +136,9 @@ void VeltaInputPanelContext::showPanel(QLabel *label)
 
 void VeltaInputPanelContext::sendCharacter(QChar character)
 {
+    if (!pPanel) {
+        return; // made without a target
+    }
     int key = 0;
     QString text;
     switch (character.unicode()) {

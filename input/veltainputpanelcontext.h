@@ -34,10 +34,10 @@ public:
     void showPanel(QLabel *label = nullptr);
 
 Q_SIGNALS:
-    /// The target holds the new text.
-    void input_okay();
     /// The target is as it was.
     void input_canceled();
+    /// The target holds the new text.
+    void input_okay();
 
 protected:
     void hideEvent(QHideEvent *event) override;

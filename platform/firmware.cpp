@@ -95,18 +95,13 @@ std::optional<QString> Firmware::nameServer(int server)
 
 RuntimeLink RuntimeLink::open()
 {
-    RuntimeLink link;
-    link.nHandle = rctrl_init_communication();
-    return link;
+    return RuntimeLink(rctrl_init_communication());
 }
 
 RuntimeLink::~RuntimeLink()
 {
     close();
 }
-
-RuntimeLink::RuntimeLink(RuntimeLink &&other) noexcept : nHandle(std::exchange(other.nHandle, 0))
-{ }
 
 RuntimeLink &RuntimeLink::operator=(RuntimeLink &&other) noexcept
 {

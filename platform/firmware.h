@@ -40,7 +40,6 @@ public:
 
     RuntimeLink() = default;
     ~RuntimeLink();
-    RuntimeLink(RuntimeLink &&other) noexcept;
     RuntimeLink &operator=(RuntimeLink &&other) noexcept;
 
     bool isOpen() const { return nHandle >= FirstHandle; }
@@ -51,6 +50,8 @@ public:
     bool startAllApplications() const;
 
 private:
+    explicit RuntimeLink(int handle) : nHandle(handle) { }
+
     static constexpr int FirstHandle = 1;
 
     int nHandle = 0;

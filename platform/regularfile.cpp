@@ -19,6 +19,8 @@ namespace {
 constexpr auto StrayMark = QLatin1String(".panel-");
 constexpr int NewFileMode = 0600;
 constexpr int PermissionBits = 07777;
+/// Of an open() that no FIFO and no device holds up.
+constexpr int ReadOnlyFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
 /// An open descriptor, closed at its end. errno is what it was before the closing.
 class Descriptor
@@ -142,8 +144,7 @@ FileContent readRegularFile(const QString &path, Links links, qint64 limit)
 {
     const QByteArray name = QFile::encodeName(path);
     const int nFollow = links == Links::Follow ? 0 : O_NOFOLLOW;
-    const Descriptor descriptor(
-        open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | nFollow));
+    const Descriptor descriptor(open(name.constData(), ReadOnlyFlags | nFollow));
     if (!descriptor.isOpen()) {
         const bool bAbsent = errno == ENOENT || errno == ENOTDIR;
         return bAbsent ? FileContent() : unreadable(errno);
@@ -161,13 +162,14 @@ FileContent readRegularFile(const QString &path, Links links, qint64 limit)
 bool isRequested(const QString &path)
 {
     static QSet<QString> stuck;
+    const QByteArray name = QFile::encodeName(path);
     struct stat status = {};
-    if (lstat(QFile::encodeName(path).constData(), &status) != 0) {
+    if (lstat(name.constData(), &status) != 0) {
         stuck.remove(path);
         return false;
     }
     if (S_ISREG(status.st_mode)) {
-        return true;
+        return Descriptor(open(name.constData(), ReadOnlyFlags | O_NOFOLLOW)).isOpen();
     }
     if (stuck.contains(path)) {
         return false;

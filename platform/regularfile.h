@@ -36,9 +36,10 @@ constexpr qint64 ConfigurationLimit = 1 << 20;
 /// Reads the regular file at \a path, at most \a limit bytes long.
 FileContent readRegularFile(const QString &path, Links links, qint64 limit = ConfigurationLimit);
 
-/// Whether somebody has made the request file \a path: a regular file of any content. Anything else
-/// that stands there is no request: it is removed (a directory only when it is empty) with one
-/// warning line, or, when it cannot be removed, left alone with one line per process.
+/// Whether somebody has made the request file \a path: a regular file of any content that can be
+/// opened. Anything else that stands there is no request: it is removed (a directory only when it
+/// is empty) with one warning line, or, when it cannot be removed, left alone with one line per
+/// process.
 bool isRequested(const QString &path);
 
 /// Takes what stands at \a path away, as a name: links are not followed, a directory goes only when

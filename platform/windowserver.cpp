@@ -189,7 +189,8 @@ bool WindowServer::eventFilter(QObject *receiver, QEvent *event)
 
 void WindowServer::lookForTouchscreen()
 {
-    if (bPointerSuspended || bInputReleased) {
+    // A multi-touch screen has no calibration that could be wrong.
+    if (bInputReleased || (bPointerSuspended && !hasMultiTouchDevice())) {
         return;
     }
     const bool bNone = !pPointerHandler && !pMultiTouchHandler;

@@ -3,6 +3,7 @@
 #include "platform/devicepath.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -158,15 +159,23 @@ IniFile::IniFile(const FileContent &file, QSettings::Format format)
 }
 
 // QSettings reads on behind an open quote or a backslash at the end of a line, over groups and
-// passwords, and says nothing. No value of the device has a line break of its own.
+// passwords, and says nothing. A value has then more line breaks than the file has escapes for
+// them.
 bool IniFile::swallowsLines(const QByteArray &text) const
 {
+    qsizetype nBreaks = 0;
     const QStringList all = allKeys();
-    return continuesIntoGroup(text)
-        || std::any_of(all.cbegin(), all.cend(), [this](const QString &key) {
-               const QString joined = value(key).toStringList().join(u',');
-               return joined.contains(u'\n') || joined.contains(u'\r');
-           });
+    for (const QString &key : all) {
+        const QString joined = value(key).toStringList().join(u',');
+        nBreaks += std::count_if(joined.cbegin(), joined.cend(),
+                                 [](QChar c) { return c == u'\n' || c == u'\r'; });
+    }
+    if (nBreaks == 0) {
+        return continuesIntoGroup(text);
+    }
+    static const QRegularExpression escape(
+        QStringLiteral("\\\\([nr]|x0*[aAdD](?![0-9a-fA-F])|0*1[25](?![0-7]))"));
+    return nBreaks > QString::fromLatin1(text).count(escape) || continuesIntoGroup(text);
 }
 
 void IniFile::judge(const QByteArray &text)

@@ -164,8 +164,9 @@ int VeltaSettings::loadSettings()
 void VeltaSettings::removeStaleNewSettings()
 {
     const QString path = devicePath(sNewSettingsPath);
-    if (!removeName(path)) {
-        const auto nCode = isWritableName(path) ? ERR_FILE_ERASE : ERR_FILE_NOT_WRITABLE;
+    const bool bWritable = isWritableName(path) || errno == ENOENT;
+    if (!bWritable || !removeName(path)) {
+        const auto nCode = bWritable ? ERR_FILE_ERASE : ERR_FILE_NOT_WRITABLE;
         const VeltaInfoBox box(nCode, sNewSettingsPath, 0, nullptr, true, true);
     }
     // Of a panel program that still wrote through QSettings.

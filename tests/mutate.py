@@ -3,9 +3,10 @@
 
 tests/mutate.py FOLDER... [--count 30] [--seed 1] [--only LINE-OF-THE-LIST]
 
-Works in this checkout and its build/debug: leave both alone meanwhile. For each change the folder's
-own tests come first, then all others. Apart from CI: a change takes a minute. Read what survives: a
-row is missing in a test, or the line is not needed.
+Works in this checkout and in build/mutate: leave both alone meanwhile. The test that is named as the
+changed file comes first, then the others of its folder, then all. Apart from CI: a change takes some
+seconds, one that survives half a minute. Read what survives: a row is missing in a test, or the line
+is not needed.
 """
 import argparse
 import pathlib
@@ -15,7 +16,7 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-BUILD = ROOT / "build/debug"
+BUILD = ROOT / "build/mutate"
 BUILD_LIMIT, TEST_LIMIT = 600, 60  # seconds, of a build and of one test program
 
 OPERATORS = [(" == ", " != "), (" != ", " == "), (" < ", " <= "), (" <= ", " < "), (" > ", " >= "),
@@ -89,22 +90,27 @@ def killers(select):
     return re.findall(r"\d+ - (\w+) \(", done.stdout) if done else ["time"]
 
 
-def verdict(folder):
-    if not build("panel"):
-        return None  # the compiler sees it
+def verdict(path, folder):
+    """What sees the change; None where it is the compiler."""
     own = own_tests(folder)
-    if not build(*own):
+    named = "tst_" + path.stem
+    if not build("panel", *own):
         return None
-    pattern = "^(" + "|".join(own) + ")$"
-    if found := killers(["-R", pattern]):
-        return found
-    return killers(["-E", pattern]) if build("all") else ["build"]
+    for stage in [[named], [test for test in own if test != named]]:
+        if found := killers(["-R", "^(" + "|".join(stage) + ")$"]):
+            return found
+    # The binary's own test is for the program as it ships.
+    others = "^(" + "|".join([*own, "tst_binary"]) + ")$"
+    return killers(["-E", others]) if build("all") else ["build"]
 
 
 def prepare():
     if subprocess.run(["git", "diff", "--quiet", "HEAD"], cwd=ROOT, check=False).returncode:
         sys.exit("not all is committed")
-    subprocess.run(["cmake", "--preset", "debug"], cwd=ROOT, stdout=subprocess.DEVNULL, check=True)
+    # The panel as a shared library: a change is linked once, not in every test.
+    subprocess.run(["cmake", "--preset", "debug", "-B", BUILD, "-DPANEL_LIBRARY=SHARED",
+                    "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"],
+                   cwd=ROOT, stdout=subprocess.DEVNULL, check=True)
     if not build("all", limit=None):
         sys.exit("HEAD does not build")
 
@@ -133,7 +139,7 @@ def main():
             content[at] = new
             path.write_text("\n".join(content))
             try:
-                found = verdict(folder)
+                found = verdict(path, folder)
             finally:
                 path.write_text(before)
             if found is None:

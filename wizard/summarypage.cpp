@@ -47,6 +47,8 @@ void SummaryPage::initializePage()
     pWizard->button(QWizard::CancelButton)->setEnabled(bChanged);
     if (bChanged) {
         buildChangeList();
+    } else {
+        pForm->SummaryLabel->setFont(labelFont); // a long list has made it smaller
     }
     pForm->listChangedData->setVisible(bChanged);
 }

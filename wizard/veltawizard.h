@@ -36,11 +36,12 @@ public:
     /// Starts again at the second page, from which Back does not lead to the first one.
     void RestartAtSecondPage();
 
-public Q_SLOTS:
     /// SAVE: writes and applies what changed, then closes the wizard. Nothing while the password is
     /// missing.
     void accept() override;
     void reject() override;
+
+public Q_SLOTS:
     void ExpertButtonClicked(int button);
     void HandleBack(int id);
 

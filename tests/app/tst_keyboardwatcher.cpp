@@ -1,10 +1,9 @@
 #include "app/keyboardwatcher.h"
+#include "platform/devicepath.h"
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/support/devicetest.h"
-
-#include <QWindow>
 
 #include <map>
 
@@ -48,7 +47,8 @@ private:
 private Q_SLOTS:
     void comeAndGo_data()
     {
-        // "+0" plugs keyboard0 in, "-0" pulls it, "." is a pass of the event loop; at its end one
+        // "+0" plugs keyboard0 in, "-0" pulls it, "." is a pass of the event loop, "h" and "s" hide
+        // and show the window; at its end one
         // of the third column is read, and handlers were closed so often: of two, the first goes
         // for the second.
         row("one", "+0.", "0", 0);
@@ -64,15 +64,23 @@ private Q_SLOTS:
         row("plugged in anew in one pass", "+0.-0+0.", "0", 1);
         row("node replaced behind the link", "+0.+0.", "0", 1);
         row("three from the start", "+0+1+2.", "", 0);
+        row("window away beside a third", "+0.+1.+2.h.s", "01", 4);
+        row("two more while it is away", "+0.h+1+2.s", "0", 1);
+        row("others while it is away", "+0.h-0+1+2+3.s", "", 1);
+        row("of those others, two stay", "+0.h-0+1+2+3.s-3.", "12", 2);
     }
     void comeAndGo()
     {
         FETCH(QString, story, QString, read, int, closings);
+        QWidget window;
+        window.show();
         start();
         QSignalSpy closed(pServer.get(), &WindowServer::keyboardClosed);
         for (qsizetype i = 0; i < story.size(); ++i) {
             if (story[i] == u'.') {
                 rescan();
+            } else if (story[i] == u'h' || story[i] == u's') {
+                window.setVisible(story[i] == u's');
             } else if (story[i++] == u'+') {
                 plug(story[i]);
             } else {
@@ -127,6 +135,7 @@ private Q_SLOTS:
         const QByteArray before = qgetenv("PANEL_ROOT");
         qunsetenv("PANEL_ROOT");
         QVERIFY(!isKeyboard(path));
+        QCOMPARE(devicePath("/dev"), "/dev");
         qputenv("PANEL_ROOT", before);
     }
 

@@ -6,17 +6,13 @@
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
 #include "tests/platform/keyboardfifo.h"
-#include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/lockedfolder.h"
 #include "tests/support/openkeyboard.h"
-#include "tests/support/screen.h"
 #include "wizard/veltawizard.h"
 
 #include <QLCDNumber>
 #include <QProgressBar>
-
-#include <sys/stat.h>
 
 namespace {
 
@@ -55,8 +51,19 @@ private:
     {
         root().setFirmware("state", QString::number(nState));
         start();
-        pWindow->controlVisibility(); // opens the link
+        tick(); // opens the link
+        tick();
+    }
+    /// A tick, after the \a firmware has changed.
+    void tick(const QString &firmware = {})
+    {
+        root().setFirmware(firmware);
         pWindow->controlVisibility();
+    }
+    void changeLanguage()
+    {
+        QEvent change(QEvent::LanguageChange);
+        QCoreApplication::sendEvent(pWindow.get(), &change);
     }
     /// Ticks; takes \a step again and again as long as that shows the wizard.
     void tickWithWizard(const std::function<void(QWizard &)> &step)
@@ -68,7 +75,7 @@ private:
             }
         });
         hand.start(5);
-        pWindow->controlVisibility();
+        tick();
     }
     void closeWindows() override
     {
@@ -78,7 +85,7 @@ private:
     template <typename Widget>
     Widget *find(const char *name) const
     {
-        return pWindow->findChild<Widget *>(QLatin1String(name));
+        return pWindow->findChild<Widget *>(name);
     }
     QString text(const char *label) const { return find<QLabel>(label)->text(); }
     QString page() const { return pWindow->currentWidget()->objectName(); }
@@ -96,7 +103,7 @@ private:
 private Q_SLOTS:
     void states_data()
     {
-        const QString none = QStringLiteral("no codesys application");
+        const QString none = "no codesys application";
         row("0", 0, true, "previewPage", false, "Conveyor");
         row("2", 2, true, "previewPage", true, "Conveyor");
         row("6", 6, true, "previewPage", false, none);
@@ -111,10 +118,10 @@ private Q_SLOTS:
         root().setFirmware("state", QString::number(state));
         start();
         QVERIFY(pWindow->isVisible());
-        QCOMPARE(page(), QStringLiteral("startupPage"));
-        pWindow->controlVisibility();
-        QCOMPARE(page(), QStringLiteral("startupPage")); // only opens the link
-        pWindow->controlVisibility();
+        QCOMPARE(page(), "startupPage");
+        tick();
+        QCOMPARE(page(), "startupPage"); // only opens the link
+        tick();
         QCOMPARE(pWindow->isVisible(), visible);
         QCOMPARE(page(), pageName);
         QCOMPARE(text("label_appname"), name);
@@ -124,50 +131,43 @@ private Q_SLOTS:
         }
     }
 
-    void noLink()
+    void link()
     {
         root().setFirmware("link=no");
         start();
         auto *pBar = find<QProgressBar>("sp_progressBar01");
         const int nBefore = pBar->value();
         for (int i = 0; i < 3; ++i) {
-            pWindow->controlVisibility();
+            tick();
             pWindow->doProgressBar();
         }
-        QCOMPARE(page(), QStringLiteral("startupPage"));
+        QCOMPARE(page(), "startupPage");
         QCOMPARE(pBar->value(), nBefore + 3);
-        root().setFirmware("link=yes");
-        pWindow->controlVisibility();
-        pWindow->controlVisibility();
-        QCOMPARE(page(), QStringLiteral("previewPage"));
-    }
-
-    void linkLost()
-    {
-        startLinked(1);
+        tick("link=yes state=1");
+        tick();
         QVERIFY(!pWindow->isVisible());
         root().breakFirmware();
-        pWindow->controlVisibility();
+        tick();
         QVERIFY(pWindow->isVisible());
-        QCOMPARE(page(), QStringLiteral("startupPage")); // as it was
+        QCOMPARE(page(), "startupPage"); // as it was
         root().setFirmware("link=yes state=2");
         pWindow->configButtonPressed(); // cleared when the link opens
-        pWindow->controlVisibility();
-        pWindow->controlVisibility();
-        QCOMPARE(page(), QStringLiteral("previewPage"));
-        root().setFirmware("state=1");
-        pWindow->controlVisibility();
+        tick();
+        tick();
+        QCOMPARE(page(), "previewPage");
+        tick("state=1");
         QVERIFY(!pWindow->isVisible());
     }
 
     void appNames_data()
     {
-        const QString none = QStringLiteral("no codesys application");
+        const QString none = "no codesys application";
         row("none", "", none);
         row("second", "app.1=Second appCount=2", "Second");
         row("beyond the count", "app.0=First appCount=0", none);
         row("255 empty entries", "appCount=255", none);
         row("not ASCII", "app.0=Förderband", "Förderband");
+        row("on one line, else as it is", "app.0=A\u00a0\u00a0B\u0085C", "A\u00a0\u00a0B C");
     }
     void appNames()
     {
@@ -188,40 +188,28 @@ private Q_SLOTS:
         QVERIFY2(nWidth <= 750 && nWidth > 700, qPrintable(QString::number(nWidth)));
     }
 
-    void deviceInfo_data()
-    {
-        row("dhcp", "eth0.mode=dhcp", "ETH0 IP: 0.0.0.0 (dhcp)", "ETH0 Mask: 0.0.0.0");
-        row("none", "eth0.mode=off", "IP: 123.456.789.123 ", "Mask: 123.456.789.0");
-    }
     void deviceInfo()
     {
-        FETCH(QString, firmware, QString, ip, QString, mask);
-        root().setFirmware(firmware);
-        root().write("/sys/class/net/eth0/address", "02:fc:00:00:00:01\n");
+        root().setFirmware("eth0.mode=off");
         start();
-        QCOMPARE(text("label_ip"), ip);
-        QCOMPARE(text("label_mask"), mask);
-        if (text("label_ip").startsWith("ETH0")) {
-            QCOMPARE(text("label_mac"), QStringLiteral("ETH0 MAC: 02:FC:00:00:00:01"));
-        }
-        QCOMPARE(text("label_fw"), QStringLiteral("Firmware Version: "));
-        QCOMPARE(text("label_rts"), QStringLiteral("Codesys RTS Version: "));
-    }
-
-    void lateLease()
-    {
+        QCOMPARE(text("label_ip"), "IP: 123.456.789.123 ");
+        QCOMPARE(text("label_mask"), "Mask: 123.456.789.0");
+        closeWindows();
         root().setFirmware("eth0.mode=dhcp");
+        root().write("/sys/class/net/eth0/address", "02:fc:00:00:00:01\n");
         startLinked(2);
-        QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 0.0.0.0 (dhcp)"));
-        root().setFirmware("eth0.ip=10.9.8.7");
-        pWindow->controlVisibility();
-        QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 10.9.8.7 (dhcp)"));
+        QCOMPARE(text("label_ip"), "ETH0 IP: 0.0.0.0 (dhcp)");
+        QCOMPARE(text("label_mask"), "ETH0 Mask: 0.0.0.0");
+        QCOMPARE(text("label_mac"), "ETH0 MAC: 02:FC:00:00:00:01");
+        QCOMPARE(text("label_fw"), "Firmware Version: ");
+        QCOMPARE(text("label_rts"), "Codesys RTS Version: ");
+        tick("eth0.ip=10.9.8.7"); // a late lease
+        QCOMPARE(text("label_ip"), "ETH0 IP: 10.9.8.7 (dhcp)");
         // Another language brings the examples of the form, and nobody tells the address any more.
         root().breakFirmware();
-        QEvent languageChange(QEvent::LanguageChange);
-        QCoreApplication::sendEvent(pWindow.get(), &languageChange);
-        QCOMPARE(text("label_ip"), QStringLiteral("ETH0 IP: 10.9.8.7 (dhcp)"));
-        QCOMPARE(text("label_appname"), QStringLiteral("no codesys application"));
+        changeLanguage();
+        QCOMPARE(text("label_ip"), "ETH0 IP: 10.9.8.7 (dhcp)");
+        QCOMPARE(text("label_appname"), "no codesys application");
     }
 
     // The configuration stays closed, until the next press finds a file that can be read.
@@ -233,10 +221,10 @@ private Q_SLOTS:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("settings.ini cannot be read: "));
         BoxWatcher watcher;
         pWindow->configButtonPressed();
-        pWindow->controlVisibility();
+        tick();
         QCOMPARE(watcher.texts().size(), 1);
         QVERIFY(watcher.texts().constFirst().startsWith("Error -202: "));
-        QCOMPARE(page(), QStringLiteral("previewPage"));
+        QCOMPARE(page(), "previewPage");
 
         QVERIFY(QDir().rmdir(path));
         int nOpened = 0;
@@ -251,9 +239,7 @@ private Q_SLOTS:
 
     void fontsThatAreNone()
     {
-        QVERIFY(QDir().mkpath(root().path("/usr/lib/fonts")));
-        QCOMPARE(mkfifo(qPrintable(root().path("/usr/lib/fonts/Vera.ttf")), 0600), 0);
-        QVERIFY(!loadFonts());
+        QVERIFY(root().plant("/usr/lib/fonts/Vera.ttf", "fifo") && !loadFonts());
     }
 
     // Texts that come later are measured as they are: none is cut, none is smaller than it must be.
@@ -263,8 +249,7 @@ private Q_SLOTS:
         root().write("/etc/fwinfo.ini", "[firmware]\nversion=3.0.4.12345-release\n");
         root().setFirmware("eth0.mode=dhcp");
         startLinked(2);
-        root().setFirmware("eth0.ip=192.168.100.200 eth0.netmask=255.255.255.128");
-        pWindow->controlVisibility();
+        tick("eth0.ip=192.168.100.200 eth0.netmask=255.255.255.128");
         QCOMPARE(text("label_ip"), "ETH0 IP: 192.168.100.200 (dhcp)");
         QTest::qWait(1); // layouts that are posted
         for (const char *name : {"label_fw", "label_ip"}) {
@@ -289,17 +274,23 @@ private Q_SLOTS:
         root().setFirmware("result.rctrl_start_all_applications", {});
         QTest::mouseClick(pButton, Qt::LeftButton);
         QVERIFY(pButton->isEnabled());
-        pWindow->controlVisibility();
+        tick();
         QVERIFY(!pWindow->isVisible());
-        root().setFirmware("state=2");
-        pWindow->controlVisibility();
+        tick("state=2");
         QVERIFY(pWindow->isVisible());
-        QCOMPARE(page(), QStringLiteral("previewPage"));
+        QCOMPARE(page(), "previewPage");
     }
 
     // Nothing is painted while nothing changes.
+    void quietTick_data()
+    {
+        row("800x480", QSize(800, 480));
+        row("texts that shrink", QSize(240, 320));
+    }
     void quietTick()
     {
+        FETCH(QSize, screen);
+        setScreen(screen);
         root().setFirmware("eth0.mode=dhcp");
         startLinked(2);
         QVERIFY(QTest::qWaitForWindowExposed(pWindow.get()));
@@ -307,7 +298,7 @@ private Q_SLOTS:
         PaintWatcher counter([] { return true; });
         qApp->installEventFilter(&counter);
         for (int i = 0; i < 5; ++i) {
-            pWindow->controlVisibility();
+            tick();
             QCoreApplication::processEvents();
         }
         QCOMPARE(counter.nPaints, 0);
@@ -325,15 +316,15 @@ private Q_SLOTS:
             QVERIFY(!root().exists("/log"));
         }
         pWindow->systemRestart_Timer();
-        QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
+        QCOMPARE(root().read("/log"), "reboot\n");
         pWindow->systemRestart_Button();
-        QCOMPARE(root().read("/log"), QByteArray("reboot\nreboot\n"));
+        QCOMPARE(root().read("/log"), "reboot\nreboot\n");
     }
 
     // Nobody needs to come and press the button again.
     void restartFails_data()
     {
-        const QString next = QStringLiteral(", next attempt in");
+        const QString next = ", next attempt in";
         row("fails", "exit 3", false, "Restart failed" + next);
         row("does not happen", "exit 0", true, "Not restarted yet" + next);
         row("hangs", "exec sleep 1", true, "Not restarted yet" + next);
@@ -362,15 +353,14 @@ private Q_SLOTS:
         QTRY_VERIFY(pSequence->isRetryDue());
         QCOMPARE(text("label_restartText"), says);
         QCOMPARE(pLcd->intValue(), 10);
-        QEvent languageChange(QEvent::LanguageChange);
-        QCoreApplication::sendEvent(pWindow.get(), &languageChange);
+        changeLanguage();
         QCOMPARE(text("label_restartText"), says);
         root().writeCommand("/sbin/reboot", "echo again >>\"$PANEL_ROOT/log\"; kill -9 $$");
         for (int nLeft = 9; nLeft >= 0; --nLeft) {
-            QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
+            QCOMPARE(root().read("/log"), "reboot\n");
             pWindow->systemRestart_Timer();
         }
-        QCOMPARE(root().read("/log"), QByteArray("reboot\nagain\n"));
+        QCOMPARE(root().read("/log"), "reboot\nagain\n");
         QCOMPARE(text("label_restartText"), "Restart failed, next attempt in");
         QCOMPARE(pLcd->intValue(), 10);
     }
@@ -384,7 +374,7 @@ private Q_SLOTS:
     void calibrationRequest()
     {
         FETCH(bool, touchscreen, QByteArray, type, bool, honoured);
-        const QString request = QStringLiteral("/tmp/.system/TouchCalibration");
+        const QString request = "/tmp/.system/TouchCalibration";
         if (touchscreen) {
             root().write("/dev/input/touchscreen", "");
         }
@@ -397,22 +387,22 @@ private Q_SLOTS:
             QDialog blocker;
             blocker.setModal(true);
             blocker.show();
-            pWindow->controlVisibility();
+            tick();
             QVERIFY(!calibrationPage());
         }
-        pWindow->controlVisibility();
+        tick();
         QCOMPARE(root().exists(request), honoured);
         pPage = calibrationPage();
         QCOMPARE(pPage && pPage->isVisible(), honoured);
         if (honoured) {
             // The wizard waits until the page has gone: ticks rest around it.
             pWindow->configButtonPressed();
-            pWindow->controlVisibility();
+            tick();
             QVERIFY(!pWindow->findChild<QWizard *>());
             root().setFirmware("state=1");
         }
         root().remove(request);
-        pWindow->controlVisibility();
+        tick();
         QVERIFY(!pPage || !pPage->isVisible());
     }
 
@@ -422,20 +412,18 @@ private Q_SLOTS:
         root().write("/dev/input/touchscreen", "");
         root().write("/tmp/.system/TouchCalibration", "");
         startLinked(2);
-        CalibrationPage *pPage = calibrationPage();
-        QVERIFY(pPage && pPage->isVisible());
         const LockedFolder locked(root(), "/tmp/.system");
-        pPage->findChild<QPushButton *>("cancelCalibrationButton")->click();
+        calibrationPage()->findChild<QPushButton *>("cancelCalibrationButton")->click();
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot be removed"));
         for (int i = 0; i < 3; ++i) {
-            pWindow->controlVisibility();
-            QVERIFY(!pPage->isVisible());
+            tick();
+            QVERIFY(!calibrationPage()->isVisible());
         }
     }
 
     void calibrationMessage()
     {
-        const QString message = QStringLiteral("/flash/local/cal_message");
+        const QString message = "/flash/local/cal_message";
         root().write(message, "");
         bool bVisible = false;
         BoxWatcher watcher(800); // longer than a tick
@@ -450,11 +438,26 @@ private Q_SLOTS:
         QVERIFY(!pWindow->isVisible()); // the box is closed, the PLC runs
         QVERIFY(!root().exists(message));
         QCOMPARE(watcher.texts().size(), 1);
-        QVERIFY(watcher.texts().constFirst().startsWith(
-            QStringLiteral("Error -236: Automatic calibration timed out")));
+        QVERIFY(
+            watcher.texts().constFirst().startsWith("Error -236: Automatic calibration timed out"));
         root().write(message, "");
-        pWindow->controlVisibility(); // once per start
+        tick(); // once per start
         QVERIFY(root().exists(message));
+    }
+
+    /// Touch is off until a calibration, for which the panel is asked when the touchscreen comes.
+    void calibrationMessageWithoutTouchscreen()
+    {
+        root().write("/flash/local/cal_message", "");
+        const BoxWatcher watcher;
+        startLinked(2);
+        QCOMPARE(watcher.texts().size(), 1);
+        QVERIFY(pServer->isPointerSuspended());
+        root().write("/dev/input/touchscreen", "");
+        root().write("/tmp/.system/TouchCalibration", "");
+        tick();
+        QVERIFY(calibrationPage() && calibrationPage()->isVisible());
+        QVERIFY(!pServer->isPointerSuspended());
     }
 
     void configRequest_data()
@@ -472,12 +475,12 @@ private Q_SLOTS:
         QTest::keyClick(pWindow.get(), Qt::Key(key));
         tickWithWizard([&](QWizard &wizard) {
             bOpened = true;
-            QCOMPARE(page(), QStringLiteral("localConfigPage"));
+            QCOMPARE(page(), "localConfigPage");
             wizard.reject();
         });
         QCOMPARE(bOpened, opens);
         if (state != 1) {
-            QCOMPARE(page(), QStringLiteral("previewPage"));
+            QCOMPARE(page(), "previewPage");
         }
     }
 
@@ -485,24 +488,21 @@ private Q_SLOTS:
     // hang the panel.
     void configRequestAndPlcStarts_data()
     {
-        row("stopped, pressed, running", false);
-        row("pressed before the first status, running", true);
+        eitherWay("pressed while stopped", "pressed before the first status");
     }
     void configRequestAndPlcStarts()
     {
         FETCH(bool, beforeFirstStatus);
         root().setFirmware("state=2");
         start();
-        pWindow->controlVisibility();
+        tick();
         if (!beforeFirstStatus) {
-            pWindow->controlVisibility();
+            tick();
         }
         pWindow->configButtonPressed();
-        root().setFirmware("state=1");
-        pWindow->controlVisibility();
+        tick("state=1");
         QVERIFY(!pWindow->isVisible());
-        root().setFirmware("state=2");
-        pWindow->controlVisibility();
+        tick("state=2");
         QVERIFY(!pWindow->findChild<QDialog *>());
     }
 
@@ -538,16 +538,16 @@ private Q_SLOTS:
             const bool bLast = wizard.button(QWizard::FinishButton)->isVisible();
             wizard.button(bLast ? QWizard::FinishButton : QWizard::NextButton)->click();
         });
-        QCOMPARE(page(), QStringLiteral("rebootPage"));
+        QCOMPARE(page(), "rebootPage");
         auto *pLcd = find<QLCDNumber>("lcdRestart");
         QCOMPARE(pLcd->intValue(), 10);
         // The operator sees the 0 before the command can end everything.
         PaintWatcher watcher([&] { return pLcd->intValue() == 0 && !root().exists("/log"); });
         pLcd->installEventFilter(&watcher);
         QTest::mouseClick(find<QPushButton>("buttonRestart"), Qt::LeftButton);
-        QCOMPARE(root().read("/log"), QByteArray("reboot\n"));
+        QCOMPARE(root().read("/log"), "reboot\n");
         QVERIFY(watcher.nPaints > 0);
-        QCOMPARE(page(), QStringLiteral("rebootPage"));
+        QCOMPARE(page(), "rebootPage");
     }
 
     // Missing fonts and a calibration that timed out: one key after the other closes what is on
@@ -564,21 +564,20 @@ private Q_SLOTS:
         QVERIFY(pBox);
         QVERIFY(!pBox->isModal()); // the start goes on
         const auto *pBody = pBox->findChild<QMessageBox *>();
-        QVERIFY(pBody->text().contains(QLatin1String("Error Loading embedded Fonts")));
-        QVERIFY(pBox->findChild<QLabel *>()->text().contains(QLatin1String("Application")));
-        QCOMPARE(pBody->button(QMessageBox::Ok)->text(), QStringLiteral("OK (10)"));
+        QVERIFY(pBody->text().contains("Error Loading embedded Fonts"));
+        QVERIFY(pBox->findChild<QLabel *>()->text().contains("Application"));
+        QCOMPARE(pBody->button(QMessageBox::Ok)->text(), "OK (10)");
         QVERIFY(pBody->button(QMessageBox::Ok)->height() >= 30);
-        pWindow->controlVisibility();
+        tick();
         QTimer::singleShot(0, this, [&] {
             QDialog *pMessage = nullptr;
             QTRY_VERIFY((pMessage = qobject_cast<QDialog *>(QApplication::activeWindow()))
                         && pMessage->isModal());
-            root().setFirmware("state=2");
-            pWindow->controlVisibility(); // comes up
+            tick("state=2"); // comes up
             QCOMPARE(visibleWindows(), QList<QWidget *>({pWindow.get(), pBox, pMessage}));
             queueKey(Qt::Key_Return);
         });
-        pWindow->controlVisibility();
+        tick();
         QVERIFY(pBox->isVisible());
         QTRY_COMPARE(QApplication::activeWindow(), pBox);
         queueKey(Qt::Key_Return);
@@ -622,7 +621,7 @@ private Q_SLOTS:
         row("password timed out", run("[options]\nconfig_passwd=1\n" + StaticSettings, 0, nNext));
         row("box", Step([](MainWindowTest &) {
                 const BoxWatcher watcher;
-                VeltaInfoBox box(QStringLiteral("text"), 0, nullptr, true, true);
+                VeltaInfoBox box("text", 0, nullptr, true, true);
             }));
         row("calibration page", Step([](MainWindowTest &) {
                 CalibrationPage page;
@@ -632,7 +631,7 @@ private Q_SLOTS:
         row("PLC ran", Step([](MainWindowTest &test) {
                 for (const char *state : {"1", "2"}) {
                     test.root().setFirmware("state", QLatin1String(state));
-                    test.pWindow->controlVisibility();
+                    test.tick();
                 }
             }));
     }
@@ -704,7 +703,7 @@ private Q_SLOTS:
         startLinked(2);
         QWidget overlay;
         overlay.setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-        overlay.setStyleSheet(QStringLiteral("background-color: rgb(255,0,0)"));
+        overlay.setStyleSheet("background-color: rgb(255,0,0)");
         overlay.setGeometry(0, 0, 100, 100);
         overlay.show();
         QVERIFY(QTest::qWaitForWindowExposed(&overlay));
@@ -724,19 +723,16 @@ private Q_SLOTS:
     {
         for (const QString path : {"/tmp/.system/TouchCalibration", "/tmp/screenshot.png",
                                    "/tmp/makeScreenshot", "/flash/local/cal_message"}) {
-            row(path.toLatin1() + ", link", path, true);
-            row(path.toLatin1() + ", FIFO", path, false);
+            row(path.toLatin1() + ", link", path, "link");
+            row(path.toLatin1() + ", FIFO", path, "fifo");
         }
     }
     void plantedRequests()
     {
-        FETCH(QString, path, bool, link);
+        FETCH(QString, path, QByteArray, kind);
         root().write("/dev/input/touchscreen", "");
-        root().write("/target", "important");
-        const QString name = root().path(path);
-        QDir().mkpath(QFileInfo(name).path());
-        QVERIFY(link ? QFile::link(root().path("/target"), name)
-                     : mkfifo(qPrintable(name), 0600) == 0);
+        root().write("/tmp/target", "important");
+        QVERIFY(root().plant(path, kind));
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("is no file"));
         if (path.endsWith("png")) {
             root().write("/tmp/makeScreenshot", "");
@@ -744,9 +740,8 @@ private Q_SLOTS:
         startLinked(2);
         pWindow->screenshotTimerEvent();
         pWindow->screenshotTimerEvent();
-        QVERIFY(!calibrationPage());
-        QVERIFY(!QApplication::activeModalWidget());
-        QCOMPARE(root().read("/target"), QByteArray("important"));
+        QVERIFY(!calibrationPage() && !QApplication::activeModalWidget());
+        QCOMPARE(root().read("/tmp/target"), "important");
         const QFileInfo picture(root().path("/tmp/screenshot.png"));
         QCOMPARE(picture.exists(), path.endsWith("png"));
         QCOMPARE(QFileInfo(root().path(path)).isFile(), path.endsWith("png"));

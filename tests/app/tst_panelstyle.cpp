@@ -34,7 +34,7 @@ private Q_SLOTS:
     void buttons()
     {
         const PanelStyle style;
-        const std::unique_ptr<QStyle> fusion(QStyleFactory::create(QStringLiteral("Fusion")));
+        const std::unique_ptr<QStyle> fusion(QStyleFactory::create("Fusion"));
         for (const QStyle::State state :
              {QStyle::State(QStyle::State_None), QStyle::State(QStyle::State_Enabled),
               QStyle::State_Enabled | QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange,

@@ -1,3 +1,6 @@
+#include "calibration/calibrationrecord.h"
+#include "tests/support/deviceroot.h"
+#include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
 #include <QtTest>
@@ -39,10 +42,9 @@ public:
         const QByteArray description =
             R"({"screens":[{"name":"panel","x":0,"y":0,"width":800,"height":480,)"
             R"("logicalDpi":96,"logicalBaseDpi":96,"dpr":1}]})";
-        if (!screen.open(QIODevice::WriteOnly) || screen.write(description) < 0
-            || !control("init " + device.path()) || !control("keyboard plug")) {
-            qFatal("no device to run the program on");
-        }
+        need(screen.open(QIODevice::WriteOnly) && screen.write(description) > 0
+                 && control("init " + device.path()) && control("keyboard plug"),
+             "a device to run the program on");
     }
     ~Panel()
     {
@@ -65,9 +67,8 @@ public:
     void write(const QString &devicePath, const QByteArray &content) const
     {
         QFile file(path(devicePath));
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-        }
+        need(file.open(QIODevice::WriteOnly) && file.write(content) == content.size(),
+             file.fileName());
     }
 
     void start()
@@ -80,9 +81,7 @@ public:
         program.setProcessChannelMode(QProcess::MergedChannels);
         program.start(QStringLiteral(OPERATOR_PANEL),
                       {"-platform", "offscreen:configfile=" + work.filePath("screen.json")});
-        if (!program.waitForStarted()) {
-            qFatal("the program does not start");
-        }
+        need(program.waitForStarted(), "the program");
     }
 
     /// Null when there is none in time.
@@ -105,12 +104,7 @@ public:
     /// How often the program has the touchscreen open: once more in a calibration run.
     qsizetype openTouchscreens() const
     {
-        const QDir descriptors(QStringLiteral("/proc/%1/fd").arg(program.processId()));
-        qsizetype count = 0;
-        for (const QFileInfo &entry : descriptors.entryInfoList(QDir::Files | QDir::System)) {
-            count += entry.symLinkTarget() == path("/dev/input/touchscreen") ? 1 : 0;
-        }
-        return count;
+        return openDescriptors(path("/dev/input/touchscreen"), program.processId());
     }
     void touch(QPoint place) const
     {
@@ -199,14 +193,6 @@ struct Calibrated
 Calibrated endInCalibration()
 {
     constexpr QPoint StartButton{400, 91};
-    constexpr int Distance = 50; // of the outer crosses from the edges
-    constexpr int Right = ScreenSize.width() - Distance;
-    constexpr int Bottom = ScreenSize.height() - Distance;
-    constexpr QPoint Crosses[] = {{Distance, Distance},
-                                  {Right, Distance},
-                                  {Right, Bottom},
-                                  {Distance, Bottom},
-                                  {ScreenSize.width() / 2, ScreenSize.height() / 2}};
     constexpr auto WayToCross = 560ms;
 
     Panel panel;
@@ -226,7 +212,7 @@ Calibrated endInCalibration()
         panel.touch(StartButton);
         return waitFor(isRunning, 250ms);
     });
-    for (const QPoint &cross : Crosses) {
+    for (const QPoint &cross : crosshairTargets(ScreenSize)) {
         panel.touch(cross);
         std::this_thread::sleep_for(WayToCross);
     }

@@ -23,9 +23,7 @@ class FrameBuffer
 public:
     FrameBuffer() : file(folder.filePath("fb"))
     {
-        if (!file.open(QIODevice::ReadWrite) || !file.resize(FrameSize)) {
-            qFatal("no file for the framebuffer");
-        }
+        need(file.open(QIODevice::ReadWrite) && file.resize(FrameSize), "a framebuffer");
         pPixels = file.map(0, FrameSize);
     }
     QByteArray path() const { return file.fileName().toLocal8Bit(); }
@@ -40,13 +38,6 @@ private:
 };
 
 FrameBuffer *pFrameBuffer = nullptr;
-
-void processAll()
-{
-    for (int i = 0; i < 10; ++i) {
-        QCoreApplication::processEvents();
-    }
-}
 
 } // namespace
 

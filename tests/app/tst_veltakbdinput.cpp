@@ -48,7 +48,7 @@ private Q_SLOTS:
         FETCH(int, key, int, sent);
         KeyLog target;
         VeltaKbdInput input(&target);
-        QKeyEvent event(QEvent::KeyPress, key, Qt::ShiftModifier, QStringLiteral("s"));
+        QKeyEvent event(QEvent::KeyPress, key, Qt::ShiftModifier, "s");
         QCOMPARE(input.handleKey(&event), sent != 0);
         QCOMPARE(event.isAccepted(), sent != 0);
         const QStringList expected = sent == 0

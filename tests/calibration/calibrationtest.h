@@ -31,9 +31,7 @@ protected:
         qputenv("QT_QPA_PLATFORM", "offscreen:rotation=" + QByteArray::number(rotation));
         pServer.reset();
         pServer = std::make_unique<WindowServer>();
-        if (!pServer->openPointer()) {
-            qFatal("no pointer");
-        }
+        need(pServer->openPointer(), "a pointer");
     }
     void touch(QPoint finger) const { pFifo->tap(Glass.touch(finger)); }
     void touchTargets() const

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "calibration/calibrationrecord.h"
 #include "platform/calibrationpairs.h"
 
 #include <QSize>
 
 #include <cmath>
+#include <functional>
+#include <tuple>
 #include <utility>
 
 /// A resistive touchscreen glued on an 800 x 480 panel in one of the ways it happens: scaled,
@@ -23,20 +26,10 @@ struct SimulatedPanel
     /// What the touchscreen reports for a finger at \a finger on the picture.
     RawPoint touch(QPoint finger) const
     {
-        QPoint glass = finger;
-        const QPoint mirrored(picture().width() - 1 - finger.x(),
-                              picture().height() - 1 - finger.y());
-        switch (nRotation) {
-        case 1:
-            glass = {finger.y(), mirrored.x()};
-            break;
-        case 2:
-            glass = mirrored;
-            break;
-        case 3:
-            glass = {mirrored.y(), finger.x()};
-            break;
-        }
+        const QPoint mirrored = QPoint(picture().width() - 1, picture().height() - 1) - finger;
+        const QPoint turns[] = {
+            finger, {finger.y(), mirrored.x()}, mirrored, {mirrored.y(), finger.x()}};
+        const QPoint glass = turns[nRotation];
         double x = 4.3 * glass.x() + 0.02 * glass.y();
         double y = 7.1 * glass.y() - 0.03 * glass.x();
         x = bMirroredX ? 3900 - x : 210 + x;
@@ -47,3 +40,15 @@ struct SimulatedPanel
         return {static_cast<int>(std::lround(x)), static_cast<int>(std::lround(y))};
     }
 };
+
+/// What a calibration run on a \a screen measures of a touchscreen: \a touch is its report.
+inline CalibrationRecord recordOf(QSize screen, const std::function<RawPoint(QPoint)> &touch)
+{
+    CalibrationRecord record;
+    for (std::size_t i = 0; i < CalibrationRecord::PointCount; ++i) {
+        const QPoint target = crosshairTargets(screen)[i];
+        std::tie(record.screenX[i], record.screenY[i]) = std::pair(target.x(), target.y());
+        std::tie(record.rawX[i], record.rawY[i]) = std::pair(touch(target).x, touch(target).y);
+    }
+    return record;
+}

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/tapguard.h"
+#include "tests/support/deviceroot.h"
+#include "tests/support/screen.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -22,9 +24,9 @@ public:
     {
         setGeometry(QGuiApplication::primaryScreen()->geometry());
         show();
-        if (!QTest::qWaitForWindowExposed(this)) {
-            qFatal("no window to touch");
-        }
+        processAll(); // Qt's own wait sleeps for 10 ms, and there are many of these
+        need(windowHandle()->isExposed() || QTest::qWaitForWindowExposed(this),
+             "a window to touch");
     }
 
     /// Waits until what has just come or gone on the screen takes touches.
@@ -41,9 +43,7 @@ public:
     std::optional<QPoint> takeTouch()
     {
         qApp->installEventFilter(this); // in front of the tap guard, which may be newer than this
-        for (int i = 0; i < 10; ++i) {
-            QCoreApplication::processEvents();
-        }
+        processAll();
         return std::exchange(touched, std::nullopt);
     }
 

@@ -4,8 +4,6 @@
 #include "platform/requestfiles.h"
 #include "tests/calibration/calibrationtest.h"
 #include "tests/calibration/touchsheet.h"
-#include "tests/support/boxwatcher.h"
-#include "tests/support/screen.h"
 
 #include <QLCDNumber>
 #include <QPlainTextEdit>
@@ -20,7 +18,7 @@ qsizetype samplingThreads()
     qsizetype count = 0;
     const QDir tasks("/proc/self/task");
     for (const QString &task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        QFile name(tasks.filePath(task + QLatin1String("/comm")));
+        QFile name(tasks.filePath(task + "/comm"));
         count += name.open(QIODevice::ReadOnly) && name.readAll().startsWith("VeltaCalib") ? 1 : 0;
     }
     return count;
@@ -29,12 +27,7 @@ qsizetype samplingThreads()
 /// How often this process has a touchscreen open.
 qsizetype openTouchscreens()
 {
-    qsizetype count = 0;
-    const QDir descriptors("/proc/self/fd");
-    for (const QFileInfo &entry : descriptors.entryInfoList(QDir::Files | QDir::System)) {
-        count += entry.symLinkTarget().contains(QLatin1String("/dev/input/")) ? 1 : 0;
-    }
-    return count;
+    return openDescriptors("/dev/input/");
 }
 
 } // namespace
@@ -75,8 +68,8 @@ private Q_SLOTS:
 
         QVERIFY(!crosshairs()->isVisible());
         QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
-        QVERIFY(!button("startCalibrationButton")->isEnabled());
-        QVERIFY(!button("cancelCalibrationButton")->isEnabled());
+        QVERIFY(!button("startCalibrationButton")->isEnabled()
+                && !button("cancelCalibrationButton")->isEnabled());
         auto *pCount = pPage->findChild<QLCDNumber *>();
         QVERIFY(pCount->isVisible());
         QCOMPARE(pCount->intValue(), 10);
@@ -88,10 +81,8 @@ private Q_SLOTS:
         TouchSheet::waitOutDoubleTap();
         touch(pAccept->mapToGlobal(pAccept->rect().center()));
         QTRY_VERIFY(!inAcceptMode());
-        QVERIFY(!pCount->isVisible());
-        QVERIFY(!pServer->isCursorVisible());
+        QVERIFY(!pCount->isVisible() && !pServer->isCursorVisible() && !isCounting());
         QVERIFY(!WindowServer::isCalibrationUnaccepted());
-        QVERIFY(!isCounting());
         const QByteArray accepted = root().read(CalibrationFile);
         QVERIFY(accepted != OldFile);
 
@@ -161,11 +152,10 @@ private Q_SLOTS:
         using Messages = QList<QByteArray>;
         const QByteArray good = "module_raw waveshare len=8\nmodule linear\n";
         const QByteArray end = "CalibrationPanel CalThreadError\n";
+        const Messages config{"ts_config error"};
         row("no device", "/nowhere", good, false, Messages{"ts_open error"}, "Error -207");
-        row("broken configuration", "", "module_raw nosuch\n", false, Messages{"ts_config error"},
-            "Error -208");
-        row("empty configuration", "", QByteArray(), false, Messages{"ts_config error"},
-            "Error -208");
+        row("broken configuration", "", "module_raw nosuch\n", false, config, "Error -208");
+        row("empty configuration", "", QByteArray(), false, config, "Error -208");
         row("read error", "/dev/input/broken", good, false,
             Messages{"getxy: ts_read_raw error 2", end}, "Error -218: could not read touch");
         row("point without data", "", good, true, Messages{end},
@@ -203,9 +193,7 @@ private Q_SLOTS:
         QVERIFY(operatorsEyes.buttons().constFirst().contains("(10)"));
         QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
         QTRY_COMPARE(samplingThreads(), 0);
-        QVERIFY(!crosshairs()->isVisible());
-        QVERIFY(!inAcceptMode());
-        QVERIFY(!isCounting());
+        QVERIFY(!crosshairs()->isVisible() && !inAcceptMode() && !isCounting());
         QCOMPARE(root().read(CalibrationFile), OldFile);
         QCOMPARE(landing({1000, 1000}), before);
         QCOMPARE(openTouchscreens(), open);
@@ -217,9 +205,7 @@ private Q_SLOTS:
         pPage->startAutoCalibration();
         QVERIFY(isCounting());
         button("cancelCalibrationButton")->click();
-        QVERIFY(!pPage->isRunning());
-        QVERIFY(!root().exists(Request));
-        QVERIFY(!isCounting());
+        QVERIFY(!pPage->isRunning() && !root().exists(Request) && !isCounting());
 
         // What can be no request goes by its name, too.
         QVERIFY(QDir().mkpath(root().path(Request)));
@@ -236,8 +222,7 @@ private Q_SLOTS:
         pPage->updateStartCalibrationScreen();
         button("startCalibrationButton")->click();
         QCOMPARE(button("startCalibrationButton")->text(), "Start Calibration");
-        QVERIFY(crosshairs()->isVisible());
-        QVERIFY(!isCounting());
+        QVERIFY(crosshairs()->isVisible() && !isCounting());
         // Exit in the middle of a run; the main window then hides the page.
         button("cancelCalibrationButton")->click();
         pPage->hide();
@@ -264,34 +249,12 @@ private Q_SLOTS:
 
     void paints_data()
     {
-        row("black", QColor(Qt::black), QColor(Qt::white));
-        for (const auto *pName : {"white", "yellow", "lime", "red"}) {
-            row(pName, QColor(pName), QColor(pName));
-        }
-    }
-    void paints()
-    {
-        FETCH(QColor, asked, QColor, shown);
-        startPage();
-        QCoreApplication::processEvents();
-        crosshairs()->updateScreen(400, 240, asked);
-        const QImage picture = crosshairs()->grab().toImage();
-        QCOMPARE(picture.pixelColor(790, 470), shown);
-        QCOMPARE(picture.pixelColor(400, 240), shown);
-        for (const QPoint offset : {QPoint(-10, 0), {10, 0}, {0, -10}, {0, 10}, {-9, -9}, {9, 9}}) {
-            QCOMPARE(picture.pixelColor(QPoint(400, 240) + offset), QColor(Qt::black));
-        }
-        QCOMPARE(picture.pixelColor(400 - 14, 240), shown);
-    }
-
-    void textsFit_data()
-    {
         for (const PanelScreen &screen : panelScreens()) {
             row(screen.name(), screen.size);
         }
     }
-    /// The three lines neither leave the screen nor touch a crosshair.
-    void textsFit()
+    /// The cross in its colour on white; the three lines neither leave the screen nor touch one.
+    void paints()
     {
         FETCH(QSize, screen);
         pPage.reset();
@@ -299,26 +262,34 @@ private Q_SLOTS:
         pPage = std::make_unique<CalibrationPage>(Fast);
         startPage();
         QCoreApplication::processEvents();
-        crosshairs()->updateScreen(screen.width() / 2, screen.height() / 2, Qt::white);
-        const QImage picture = crosshairs()->grab().toImage();
-        const auto isFree = [&](const QRect &rect) {
-            for (int x = rect.left(); x <= rect.right(); ++x) {
-                for (int y = rect.top(); y <= rect.bottom(); ++y) {
-                    if (picture.pixelColor(x, y) != QColor(Qt::white)) {
-                        return false;
-                    }
-                }
+        const QPoint centre(screen.width() / 2, screen.height() / 2);
+        const auto pictureIn = [&](const QColor &colour) {
+            crosshairs()->updateScreen(centre.x(), centre.y(), colour);
+            return crosshairs()->grab().toImage();
+        };
+        for (const auto *pName : {"black", "yellow", "lime", "red", "white"}) {
+            const QImage picture = pictureIn(pName);
+            const QColor ground = picture.pixelColor(centre);
+            QCOMPARE(ground, QColor(*pName == 'b' ? "white" : pName));
+            QCOMPARE(picture.pixelColor(screen.width() - 1, screen.height() - 1), ground);
+            for (const QPoint arm :
+                 {QPoint(-10, 0), {10, 0}, {0, -10}, {0, 10}, {-9, -9}, {9, 9}}) {
+                QCOMPARE(picture.pixelColor(centre + arm), QColor(Qt::black));
             }
-            return true;
+            QCOMPARE(picture.pixelColor(centre - QPoint(14, 0)), ground);
+        }
+        const QImage picture = pictureIn(Qt::white);
+        const auto isFree = [&](const QRect &rect) {
+            const QImage part = picture.copy(rect);
+            QImage white(part.size(), part.format());
+            white.fill(Qt::white);
+            return part == white;
         };
         QVERIFY(isFree({0, 0, 1, screen.height()}));
         QVERIFY(isFree({screen.width() - 1, 0, 1, screen.height()}));
-        QVERIFY(isFree({39, 39, 22, 22}));
-        QVERIFY(isFree({screen.width() - 61, 39, 22, 22}));
+        QVERIFY(isFree({39, 39, 22, 22}) && isFree({screen.width() - 61, 39, 22, 22}));
         QVERIFY(!isFree({0, 0, screen.width(), 39}));
     }
-
-    void fitsScreen_data() { textsFit_data(); }
 
 private:
     void closeWindows() override
@@ -327,10 +298,7 @@ private:
         CalibrationTest::closeWindows();
     }
 
-    QPushButton *button(const char *name) const
-    {
-        return pPage->findChild<QPushButton *>(QLatin1String(name));
-    }
+    QPushButton *button(const char *name) const { return pPage->findChild<QPushButton *>(name); }
 
     bool inAcceptMode() const { return button("acceptCalibrationButton")->isEnabled(); }
     VeltaCalibrationPanel *crosshairs() const
@@ -357,8 +325,10 @@ private:
         return sheet.landing([&] { pFifo->tap(raw); });
     }
 
-    const CalibrationRun *run() const { return pPage->findChild<CalibrationRun *>(); }
-    bool isCounting() const { return run()->findChild<QTimer *>()->isActive(); }
+    bool isCounting() const
+    {
+        return pPage->findChild<CalibrationRun *>()->findChild<QTimer *>()->isActive();
+    }
 
     std::unique_ptr<CalibrationPage> pPage;
 };

@@ -47,7 +47,6 @@ private Q_SLOTS:
             CalibrationPace{std::chrono::milliseconds(0), std::chrono::milliseconds(0)});
         bCloseEarly = false;
         boxes.clear();
-        counted.clear();
         connectRun();
     }
 
@@ -92,26 +91,7 @@ private Q_SLOTS:
         QCOMPARE(WindowServer::isCalibrationUnaccepted(), bMeasured);
         pRun.reset();
         QCOMPARE(root().read(CalibrationFile) != OldFile, bAccepted);
-        QVERIFY(!WindowServer::isCalibrationUnaccepted());
-        QVERIFY(!pServer->isPointerSuspended());
-    }
-
-    /// From the request through two count-downs to a run and back to the old calibration.
-    void countsDown()
-    {
-        pRun->handle(Event::Request);
-        for (int i = 0; i <= 5; ++i) {
-            pRun->handle(Event::StartTick);
-        }
-        QVERIFY(pRun->state() == Sampling);
-        measure();
-        for (int i = 0; i <= 10; ++i) {
-            QVERIFY(pRun->state() == Awaiting);
-            pRun->handle(Event::AcceptTick);
-        }
-        QVERIFY(pRun->state() == CountingDown);
-        QCOMPARE(counted, (QList<int>{5, 4, 3, 2, 1, 0, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0, 5}));
-        QCOMPARE(boxes, QStringList{"0 "});
+        QVERIFY(!WindowServer::isCalibrationUnaccepted() && !pServer->isPointerSuspended());
     }
 
     void tells_data()
@@ -137,17 +117,13 @@ private Q_SLOTS:
         FETCH(QByteArray, fault, QStringList, applied, QStringList, accepted, QStringList,
               restored);
         const QString path = root().path(CalibrationFile);
-        const QString note = path + ".unaccepted";
-        const auto plantDirectory = [](const QString &where) {
-            return QFile::remove(where) && QDir().mkpath(where + "/inner");
-        };
         bCloseEarly = fault == "close";
         if (fault == "mount") {
             qputenv("POINTERCAL_FILE", "/nonexistent/pointercal");
         }
         pRun->start();
         if (fault == "file") {
-            QVERIFY(plantDirectory(path));
+            QVERIFY(root().plant(CalibrationFile, "full directory"));
             QTest::ignoreMessage(QtWarningMsg, CannotWrite);
         }
         if (fault == "line") {
@@ -162,7 +138,7 @@ private Q_SLOTS:
         QCOMPARE(std::exchange(boxes, {}), applied);
 
         if (fault == "note") {
-            QVERIFY(plantDirectory(note));
+            QVERIFY(root().plant(CalibrationFile + ".unaccepted", "full directory"));
             for (int i = 0; i < 2; ++i) {
                 QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot remove"));
             }
@@ -173,7 +149,7 @@ private Q_SLOTS:
         if (fault == "file") {
             QVERIFY(QDir(path).removeRecursively());
         } else if (fault == "restore") {
-            QVERIFY(plantDirectory(path));
+            QVERIFY(root().plant(CalibrationFile, "full directory"));
             QTest::ignoreMessage(QtWarningMsg, CannotWrite);
         } else if (fault == "mount") {
             QTest::ignoreMessage(QtWarningMsg, CannotWrite);
@@ -225,8 +201,6 @@ private:
         connect(pRun.get(), &CalibrationRun::applied, this,
                 [this] { pRun->handle(Event::Applied); });
         connect(pRun.get(), &CalibrationRun::startDue, this, [this] { pRun->start(); });
-        connect(pRun.get(), &CalibrationRun::counted, this,
-                [this](int nSeconds) { counted += nSeconds; });
         connect(pRun.get(), &CalibrationRun::boxDue, this, [this](int nCode, const QString &text) {
             boxes += QStringLiteral("%1 %2").arg(nCode).arg(text);
             if (const auto read = std::exchange(whileBoxIsOpen, nullptr)) {
@@ -238,54 +212,34 @@ private:
     /// Has \a act happen in \a state, which for some is while a box is open.
     void bringTo(CalibrationState state, const std::function<void()> &act)
     {
-        switch (state) {
-        case Idle:
-            break;
-        case Resting:
+        const auto inState = [=, this] {
+            if (state == ApplyingLeft || state == AwaitingLeft || state == RestoringLeft) {
+                pRun->handle(Event::Withdraw);
+            }
+            QCOMPARE(pRun->state(), state);
+            act();
+        };
+        if (state == Resting || state == CountingDown) {
             pRun->handle(Event::Request);
-            pRun->handle(Event::StopCountdown);
-            break;
-        case CountingDown:
-            pRun->handle(Event::Request);
-            break;
-        case Sampling:
-            pRun->start();
-            break;
-        case Applying:
-        case ApplyingLeft:
-            bCloseEarly = true; // there is a box about that
-            whileBoxIsOpen = [=, this] {
-                withdrawFor(state == ApplyingLeft);
-                act();
-            };
-            pRun->start();
-            measure();
-            return;
-        case Awaiting:
-        case AwaitingLeft:
-            pRun->start();
-            measure();
-            withdrawFor(state == AwaitingLeft);
-            break;
-        case Restoring:
-        case RestoringLeft:
-            pRun->start();
-            measure();
-            whileBoxIsOpen = [=, this] {
-                withdrawFor(state == RestoringLeft);
-                act();
-            };
-            pRun->handle(Event::Restore);
-            return;
         }
-        QCOMPARE(pRun->state(), state);
-        act();
-    }
-
-    void withdrawFor(bool bLeft)
-    {
-        if (bLeft) {
-            pRun->handle(Event::Withdraw);
+        if (state == Resting) {
+            pRun->handle(Event::StopCountdown);
+        }
+        if (state < Sampling) {
+            return inState();
+        }
+        bCloseEarly = state == Applying || state == ApplyingLeft; // there is a box about that
+        whileBoxIsOpen = bCloseEarly ? inState : std::function<void()>();
+        pRun->start();
+        if (state == Sampling) {
+            return inState();
+        }
+        measure();
+        if (isAwaiting(state)) {
+            inState();
+        } else if (!bCloseEarly) {
+            whileBoxIsOpen = inState;
+            pRun->handle(Event::Restore);
         }
     }
 
@@ -326,7 +280,6 @@ private:
     std::function<void()> whileBoxIsOpen; ///< what the operator does with the next box
     bool bCloseEarly = false;
     QStringList boxes; ///< code and text of each
-    QList<int> counted;
 };
 
 PANEL_TEST_MAIN(TestCalibrationRun)

@@ -67,7 +67,7 @@ public:
 bool answerIoctl(int fd, unsigned long request, void *pArgument, int &)
 {
     const QString file = QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(fd)).symLinkTarget();
-    const bool bAxis = file.endsWith(QLatin1String("axes4000")) && _IOC_TYPE(request) == 'E';
+    const bool bAxis = file.endsWith("axes4000") && _IOC_TYPE(request) == 'E';
     if (bAxis) {
         static_cast<input_absinfo *>(pArgument)->maximum = 4000;
     }
@@ -209,27 +209,6 @@ private Q_SLOTS:
         QCOMPARE(gui.records.size(), 1);
     }
 
-    void readError_data()
-    {
-        // At its content's end the device cannot be read.
-        const QByteArray press = TouchscreenFifo::sample({1000, 1000}, 1);
-        row("before the touch", QByteArray(), -217, "getxy: ts_read_raw error 1");
-        row("during the touch", press + press, -218, "getxy: ts_read_raw error 2");
-    }
-    void readError()
-    {
-        FETCH(QByteArray, content, int, code, QByteArray, message);
-        root().write("/dev/input/broken", content);
-        const Touchscreen touchscreen = open(root().path("/dev/input/broken"));
-        VeltaCalibrationThread thread;
-        const Listener gui(&thread);
-        thread.setup(touchscreen.get(), &record, 0, 50, 50, "Top left");
-        QTest::ignoreMessage(QtDebugMsg, message.constData());
-        sample(thread);
-        QVERIFY(gui.records.isEmpty());
-        QCOMPARE(gui.errors, {code});
-    }
-
     /// A device that vanishes while the thread waits for its samples.
     void unplugged()
     {
@@ -279,9 +258,7 @@ private:
     Touchscreen open(const QString &path)
     {
         Touchscreen touchscreen(ts_open(QFile::encodeName(path).constData(), 0));
-        if (!touchscreen || ts_config(touchscreen.get()) != 0) {
-            qFatal("tslib cannot open %s", qPrintable(path));
-        }
+        need(touchscreen && ts_config(touchscreen.get()) == 0, path);
         return touchscreen;
     }
 

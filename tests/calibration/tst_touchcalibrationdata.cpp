@@ -4,10 +4,8 @@
 #include "settings/errorcatalogue.h"
 #include "tests/calibration/calibrationtest.h"
 #include "tests/calibration/touchsheet.h"
+#include "tests/platform/keyboardfifo.h"
 #include "tests/support/ioctlhook.h"
-#include "tests/support/screen.h"
-
-#include <QWindow>
 
 #include <array>
 #include <atomic>
@@ -20,16 +18,7 @@ namespace {
 
 CalibrationRecord measured(const SimulatedPanel &panel)
 {
-    CalibrationRecord record;
-    const auto targets = crosshairTargets(panel.picture());
-    for (std::size_t i = 0; i < targets.size(); ++i) {
-        const RawPoint raw = panel.touch(targets[i]);
-        record.rawX[i] = raw.x;
-        record.rawY[i] = raw.y;
-        record.screenX[i] = targets[i].x();
-        record.screenY[i] = targets[i].y();
-    }
-    return record;
+    return recordOf(panel.picture(), [&panel](QPoint target) { return panel.touch(target); });
 }
 
 /// The record of a run at its start, the backup taken.
@@ -50,19 +39,12 @@ public:
     explicit OrdinaryUser(const DeviceRoot &root)
     {
         if (bWasRoot) {
-            QProcess::execute(QStringLiteral("chown"),
-                              {QStringLiteral("-R"), QString::number(Nobody), root.path({})});
+            QProcess::execute("chown", {"-R", QString::number(Nobody), root.path({})});
             bDropped = setresuid(Nobody, Nobody, 0) == 0;
         }
     }
-    ~OrdinaryUser()
-    {
-        if (bDropped && setresuid(0, 0, 0) != 0) {
-            qFatal("cannot be root again");
-        }
-    }
-    OrdinaryUser(const OrdinaryUser &) = delete;
-    OrdinaryUser &operator=(const OrdinaryUser &) = delete;
+    ~OrdinaryUser() { need(!bDropped || setresuid(0, 0, 0) == 0, "to be root again"); }
+    Q_DISABLE_COPY(OrdinaryUser)
 
 private:
     static constexpr uid_t Nobody = 65534;
@@ -283,8 +265,7 @@ private Q_SLOTS:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Nobody has accepted"));
         openPointer({});
         QCOMPARE(root().read(calibrationFile), OldFile);
-        QVERIFY(!WindowServer::isCalibrationUnaccepted());
-        QVERIFY(!QFileInfo(directory).isWritable());
+        QVERIFY(!WindowServer::isCalibrationUnaccepted() && !QFileInfo(directory).isWritable());
     }
 
     /// Without a restore in between, the calibration of the first run is the one to go back to. At
@@ -320,18 +301,11 @@ private Q_SLOTS:
             open(QFile::encodeName(pFifo->path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
         const auto tap = [fifo](int x, int y) {
             for (const int pressure : {50, 0}) {
-                const std::array<std::array<int, 3>, 5> events{{{EV_ABS, ABS_X, x},
-                                                                {EV_ABS, ABS_Y, y},
-                                                                {EV_ABS, ABS_PRESSURE, pressure},
-                                                                {EV_KEY, BTN_TOUCH, pressure != 0},
-                                                                {EV_SYN, SYN_REPORT, 0}}};
-                for (const auto &[type, code, value] : events) {
-                    input_event event{};
-                    event.type = static_cast<quint16>(type);
-                    event.code = static_cast<quint16>(code);
-                    event.value = value;
-                    QCOMPARE(write(fifo, &event, sizeof event), ssize_t(sizeof event));
-                }
+                const QByteArray bytes = eventRecord(EV_ABS, ABS_X, x)
+                    + eventRecord(EV_ABS, ABS_Y, y) + eventRecord(EV_ABS, ABS_PRESSURE, pressure)
+                    + eventRecord(EV_KEY, BTN_TOUCH, pressure != 0)
+                    + eventRecord(EV_SYN, SYN_REPORT, 0);
+                QCOMPARE(write(fifo, bytes.constData(), std::size_t(bytes.size())), bytes.size());
             }
         };
         int pointer = -1;
@@ -405,17 +379,6 @@ private Q_SLOTS:
         QTRY_COMPARE(eventDevice.nGrabber, pointer);
         QVERIFY(!pTimer->isActive());
         ::close(fifo);
-    }
-
-    void withoutHandleOrBackup()
-    {
-        TouchCalibrationData data;
-        QCOMPARE(data.closeTouchscreen(), ERR_NULL_POINTER);
-        QCOMPARE(data.restoreOldCalibration(), ERR_CAL_NO_BACKUP);
-        QCOMPARE(data.openTouchscreen(), 0);
-        QCOMPARE(data.openTouchscreen(), 0); // the first one is closed
-        QCOMPARE(data.closeTouchscreen(), 0);
-        QVERIFY(!data.touchscreen());
     }
 
 private:

@@ -4,6 +4,7 @@
 #include "calibration/calibrationrun.h"
 #include "platform/devicepath.h"
 #include "platform/windowserver.h"
+#include "tests/calibration/simulatedpanel.h"
 #include "tests/calibration/touchsheet.h"
 #include "tests/faults/trial.h"
 #include "tests/platform/touchscreenfifo.h"
@@ -31,9 +32,8 @@ public:
             newLanding = answer->landing;
         }
         newFile = root.read(Calibration);
-        if (oldLanding == newLanding || newFile == oldFile || !complaints.isEmpty()) {
-            qFatal("no calibration without faults %s", qPrintable(complaints.join(u'\n')));
-        }
+        need(oldLanding != newLanding && newFile != oldFile && complaints.isEmpty(),
+             "a calibration without faults " + complaints.join(u'\n'));
     }
 
     void prepare(const DeviceRoot &root) override
@@ -53,10 +53,10 @@ public:
         if (answer.errors.isEmpty() && end != ProgramEnds
             && (answer.landing != (bNew ? newLanding : oldLanding)
                 || root.read(Calibration) != (bNew ? newFile : oldFile))) {
-            complaints += QStringLiteral("not a word, but not in force or not in the file");
+            complaints += "not a word, but not in force or not in the file";
         }
         if (end != ProgramEnds && answer.landing != oldLanding && answer.landing != newLanding) {
-            complaints += QStringLiteral("neither calibration is in force");
+            complaints += "neither calibration is in force";
         }
         return complaints;
     }
@@ -80,7 +80,7 @@ public:
         }
         QStringList left = filesOf(root).keys();
         left.removeAll(Calibration);
-        left.removeAll(QStringLiteral("/etc/ts.conf"));
+        left.removeAll("/etc/ts.conf");
         if (!left.isEmpty()) {
             complaints += QStringLiteral("left behind: ") + left.join(u' ');
         }
@@ -98,12 +98,6 @@ private:
         return file == newFile || (file == oldFile && bAbsent == oldFile.isEmpty())
             ? QStringList()
             : QStringList(QStringLiteral("the file is torn: '%1'").arg(QString::fromUtf8(file)));
-    }
-
-    /// The touchscreen under the \a pixel of a screen that it does not quite cover.
-    static RawPoint touchAt(QPoint pixel)
-    {
-        return {40 + pixel.x() * 4 / 5, 40 + pixel.y() * 4 / 5};
     }
 
     /// Where a touch lands: that tells the calibration in force.
@@ -131,15 +125,10 @@ private:
 
     static void measure(CalibrationRun &run)
     {
-        CalibrationRecord record;
-        for (std::size_t i = 0; i < CalibrationRecord::PointCount; ++i) {
-            const QPoint target = crosshairTargets(ScreenSize)[i];
-            const RawPoint touch = touchAt(target);
-            record.rawX[i] = touch.x;
-            record.rawY[i] = touch.y;
-            record.screenX[i] = target.x();
-            record.screenY[i] = target.y();
-        }
+        // The touchscreen under a screen that it does not quite cover.
+        const CalibrationRecord record = recordOf(ScreenSize, [](QPoint pixel) {
+            return RawPoint{40 + pixel.x() * 4 / 5, 40 + pixel.y() * 4 / 5};
+        });
         // As the sampling thread hands a point over, without the seconds that it takes.
         while (run.state() == CalibrationState::Sampling) {
             run.samplingThread()->stop();
@@ -157,7 +146,7 @@ private:
         arm();
         pPage->StartCalibration();
         measure(*pPage->findChild<CalibrationRun *>());
-        auto *pAccept = pPage->findChild<QPushButton *>(QStringLiteral("acceptCalibrationButton"));
+        auto *pAccept = pPage->findChild<QPushButton *>("acceptCalibrationButton");
         if (how == Accepted) {
             FileFaults::mark();
             pAccept->click();

@@ -7,8 +7,18 @@
 using FileFaults::Record;
 
 namespace {
+
 constexpr int Gone = -1;
+
+void arrive(QMap<QString, int> &names, const QList<QPair<QString, int>> &change)
+{
+    for (const auto &[path, nNode] : change) {
+        names[path] = nNode;
+        names.removeIf([](const auto &name) { return name.value() == Gone; });
+    }
 }
+
+} // namespace
 
 CrashModel::CrashModel(const Files &before, const FileFaults::Journal &journal)
 {
@@ -23,7 +33,7 @@ CrashModel::CrashModel(const Files &before, const FileFaults::Journal &journal)
 
 int CrashModel::addNode(const QByteArray &content)
 {
-    nodes.append({content, content, content.size()});
+    nodes.append({content, content, content});
     return int(nodes.size()) - 1;
 }
 
@@ -40,7 +50,6 @@ CrashModel::Node &CrashModel::nodeOf(const Record &record)
 void CrashModel::replay(const Record &record)
 {
     const QString path = QFile::decodeName(record.path);
-    const QString target = QFile::decodeName(record.target);
     switch (record.kind) {
     case Record::Created:
         byInode[record.nNode] = addNode({});
@@ -49,32 +58,28 @@ void CrashModel::replay(const Record &record)
     case Record::Written: {
         Node &node = nodeOf(record);
         node.content = QByteArray(record.content, record.nSize);
-        node.nShortest = std::min(node.nShortest, node.content.size());
-        break;
-    }
-    case Record::Truncated: {
-        Node &node = nodeOf(record);
-        node.content.resize(record.nSize, '\0');
-        node.nShortest = std::min(node.nShortest, node.content.size());
+        node.shortest.truncate(record.nSize);
         break;
     }
     case Record::Synced: {
         Node &node = nodeOf(record);
-        node.synced = node.content;
-        node.nShortest = node.content.size();
+        node.synced = node.shortest = node.content;
         break;
     }
     case Record::Renamed:
-        change({{path, Gone}, {target, present.value(path, Gone)}});
+        change({{path, Gone}, {QFile::decodeName(record.target), present.value(path, Gone)}});
         break;
     case Record::Unlinked:
         change({{path, Gone}});
         break;
     case Record::FolderSynced:
         pending.removeIf([&](const Change &names) {
-            const bool bArrives = isIn(path, names);
+            const bool bArrives =
+                std::any_of(names.cbegin(), names.cend(), [&path](const auto &name) {
+                    return name.first.section(u'/', 0, -2) == path;
+                });
             if (bArrives) {
-                apply(certain, names);
+                arrive(certain, names);
             }
             return bArrives;
         });
@@ -87,56 +92,26 @@ void CrashModel::replay(const Record &record)
 
 void CrashModel::change(const Change &names)
 {
-    apply(present, names);
+    arrive(present, names);
     pending.append(names);
 }
 
-void CrashModel::apply(Names &names, const Change &change)
-{
-    for (const auto &[path, nNode] : change) {
-        if (nNode == Gone) {
-            names.remove(path);
-        } else {
-            names[path] = nNode;
-        }
-    }
-}
-
-bool CrashModel::isIn(const QString &folder, const Change &change)
-{
-    return std::any_of(change.cbegin(), change.cend(),
-                       [&](const auto &name) { return name.first.section(u'/', 0, -2) == folder; });
-}
-
-Files CrashModel::files(const Names &names, Sizes sizes) const
+Files CrashModel::files(const Names &names, QByteArray Node::*pWhat) const
 {
     Files result;
     for (auto it = names.cbegin(); it != names.cend(); ++it) {
-        const Node &node = nodes[it.value()];
-        result[it.key()] = sizes == Sizes::Certain ? node.synced : node.synced.left(node.nShortest);
-    }
-    return result;
-}
-
-Files CrashModel::killed() const
-{
-    Files result;
-    for (auto it = present.cbegin(); it != present.cend(); ++it) {
-        result[it.key()] = nodes[it.value()].content;
+        result[it.key()] = nodes[it.value()].*pWhat;
     }
     return result;
 }
 
 QList<Files> CrashModel::powerCuts() const
 {
-    QList<Files> cuts{files(present, Sizes::Arrived), files(certain, Sizes::Certain)};
-    if (!pending.isEmpty()) {
-        Names newest = certain;
-        apply(newest, pending.constLast());
-        cuts.append(files(newest, Sizes::Certain));
-    }
+    Names newest = certain;
+    arrive(newest, pending.isEmpty() ? Change() : pending.constLast());
     QList<Files> different;
-    for (const Files &cut : std::as_const(cuts)) {
+    for (const Files &cut : {files(present, &Node::shortest), files(certain, &Node::synced),
+                             files(newest, &Node::synced)}) {
         if (!different.contains(cut)) {
             different.append(cut);
         }

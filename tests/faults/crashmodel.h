@@ -20,7 +20,7 @@ public:
     CrashModel(const Files &before, const FileFaults::Journal &journal);
 
     /// What the page cache holds: the disk of a process that was killed.
-    Files killed() const;
+    Files killed() const { return files(present, &Node::content); }
     /// The worst cases of a power cut, without doubles: data that was not synced is gone, and of
     /// the changes of names that were not synced all, none or the newest alone have arrived.
     QList<Files> powerCuts() const;
@@ -32,7 +32,7 @@ private:
     {
         QByteArray content;
         QByteArray synced;
-        qsizetype nShortest; ///< bytes since the sync: a size can arrive without its data
+        QByteArray shortest; ///< of \a synced, as a size that has arrived without its data
     };
     using Names = QMap<QString, int>; ///< of nodes
     /// One change of names: none of it arrives without the rest.
@@ -42,10 +42,7 @@ private:
     Node &nodeOf(const FileFaults::Record &record);
     int addNode(const QByteArray &content);
     void change(const Change &names);
-    static void apply(Names &names, const Change &change);
-    static bool isIn(const QString &folder, const Change &change);
-    enum class Sizes { Certain, Arrived };
-    Files files(const Names &names, Sizes sizes) const;
+    Files files(const Names &names, QByteArray Node::*pWhat) const;
 
     QList<Node> nodes;
     QMap<quint64, int> byInode;

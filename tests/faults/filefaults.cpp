@@ -111,29 +111,20 @@ bool fails(const char *call, const std::string &file, Effect effect)
     return true;
 }
 
-Record *newRecord(Record::Kind kind, const std::string &path)
+void note(Record::Kind kind, const std::string &path, std::uint64_t nNode = 0,
+          const std::string &target = {})
 {
     Journal &journal = *plan.pJournal;
     if (journal.nRecords == Journal::Capacity || path.size() >= Record::LongestPath) {
         journal.bIncomplete = true;
-        return nullptr;
+        return;
     }
-    // Counted when it is whole; there is one thread that changes files.
     Record &record = journal.records[journal.nRecords];
     record.kind = kind;
+    record.nNode = nNode;
     std::strcpy(record.path, path.c_str());
-    return &record;
-}
-
-void note(Record::Kind kind, const std::string &path, std::uint64_t nNode = 0,
-          std::uint32_t nSize = 0, const std::string &target = {})
-{
-    if (Record *pRecord = newRecord(kind, path)) {
-        pRecord->nNode = nNode;
-        pRecord->nSize = nSize;
-        std::strncpy(pRecord->target, target.c_str(), Record::LongestPath - 1);
-        ++plan.pJournal->nRecords;
-    }
+    std::strncpy(record.target, target.c_str(), Record::LongestPath - 1);
+    ++journal.nRecords; // now that it is whole; there is one thread that changes files
 }
 
 struct stat statusOf(int fd)
@@ -148,74 +139,17 @@ void noteContent(int fd, const std::string &path)
     static const auto openFile = behind<int(const char *, int, ...)>("open");
     static const auto readFile = behind<ssize_t(int, void *, size_t, off_t)>("pread");
     static const auto closeFile = behind<int(int)>("close");
-    Record *pRecord = newRecord(Record::Written, path);
-    const int copy =
-        openFile(("/proc/self/fd/" + std::to_string(fd)).c_str(), O_RDONLY | O_CLOEXEC);
-    const ssize_t size = pRecord ? readFile(copy, pRecord->content, Record::LongestContent, 0) : -1;
-    closeFile(copy);
-    if (size < 0 || size == Record::LongestContent) {
-        plan.pJournal->bIncomplete = true;
-        return;
+    Journal &journal = *plan.pJournal;
+    if (journal.nRecords < Journal::Capacity) {
+        Record &record = journal.records[journal.nRecords];
+        const int copy =
+            openFile(("/proc/self/fd/" + std::to_string(fd)).c_str(), O_RDONLY | O_CLOEXEC);
+        const ssize_t size = readFile(copy, record.content, Record::LongestContent, 0);
+        closeFile(copy);
+        record.nSize = static_cast<std::uint32_t>(size);
+        journal.bIncomplete = journal.bIncomplete || size < 0 || size == Record::LongestContent;
     }
-    pRecord->nNode = statusOf(fd).st_ino;
-    pRecord->nSize = static_cast<std::uint32_t>(size);
-    ++plan.pJournal->nRecords;
-}
-
-// ---- calls of one form --------------------------------------------------------------------------
-
-int openIt(const char *path, int flags, mode_t mode)
-{
-    static const auto real = behind<int(const char *, int, ...)>("open");
-    const std::string file = watchedName(path);
-    if (file.empty()) {
-        return real(path, flags, mode);
-    }
-    struct stat status = {};
-    const bool bCreates = (flags & O_CREAT) != 0 && lstat(path, &status) != 0;
-    if (fails("open", file, bCreates ? Effect::TakesRoom : Effect::None)) {
-        return -1;
-    }
-    const int fd = real(path, flags, mode);
-    if (fd >= 0 && bCreates) {
-        note(Record::Created, file, statusOf(fd).st_ino);
-    }
-    return fd;
-}
-
-int makeTemporary(char *path, int flags)
-{
-    static const auto real = behind<int(char *, int)>("mkostemp");
-    const std::string file = watchedName(path);
-    if (!file.empty() && fails("mkstemp", file, Effect::TakesRoom)) {
-        return -1;
-    }
-    const int fd = real(path, flags);
-    if (!file.empty() && fd >= 0) {
-        note(Record::Created, watchedName(path), statusOf(fd).st_ino);
-    }
-    return fd;
-}
-
-ssize_t writeIt(int fd, const void *data, std::size_t size)
-{
-    static const auto real = behind<ssize_t(int, const void *, size_t)>("write");
-    const std::string file = watchedFile(fd);
-    if (file.empty()) {
-        return real(fd, data, size);
-    }
-    if (fails("write", file, Effect::TakesRoom)) {
-        if (plan.fault != Fault::DiskFull || plan.bCutShort || size < 2) {
-            return -1;
-        }
-        plan.bCutShort = true;
-        size /= 2;
-    }
-    const ssize_t result = real(fd, data, size);
-    if (result > 0) {
-        noteContent(fd, file);
-    }
-    return result;
+    note(Record::Written, path, statusOf(fd).st_ino);
 }
 
 template <typename Real>
@@ -223,36 +157,6 @@ ssize_t readIt(int fd, Real real)
 {
     const std::string file = watchedFile(fd);
     return !file.empty() && fails("read", file, Effect::None) ? -1 : real();
-}
-
-/// Noted, not done: what is certain is the journal's to know, and a real sync takes its time.
-int syncIt(int fd)
-{
-    const std::string file = watchedFile(fd);
-    if (file.empty()) {
-        return behind<int(int)>("fsync")(fd);
-    }
-    // Room is found only now where the file system has put that off.
-    if (fails("fsync", file, Effect::TakesRoom)) {
-        return -1;
-    }
-    const struct stat status = statusOf(fd);
-    note(S_ISDIR(status.st_mode) ? Record::FolderSynced : Record::Synced, file, status.st_ino);
-    return 0;
-}
-
-int renameIt(const char *from, const char *to)
-{
-    static const auto real = behind<int(const char *, const char *)>("rename");
-    const std::string file = watchedName(from);
-    if (!file.empty() && fails("rename", file, Effect::TakesRoom)) {
-        return -1;
-    }
-    const int result = real(from, to);
-    if (!file.empty() && result == 0) {
-        note(Record::Renamed, file, 0, 0, watchedName(to));
-    }
-    return result;
 }
 
 /// By \a call, which is unlink or rmdir.
@@ -294,7 +198,7 @@ void FileFaults::mark()
     }
 }
 
-// ---- what the program calls ---------------------------------------------------------------------
+// ---- what the program calls
 
 // Under names of their own, so that the C library's declarations do not matter; the linker sees the
 // name in brackets.
@@ -308,19 +212,52 @@ extern "C" {
 
 PANEL_DEFINE(int, panelOpen, open, (const char *path, int flags, ...))
 {
+    static const auto real = behind<int(const char *, int, ...)>("open");
     va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    return openIt(path, flags, mode);
+    const std::string file = watchedName(path);
+    struct stat status = {};
+    const bool bCreates = !file.empty() && (flags & O_CREAT) != 0 && lstat(path, &status) != 0;
+    if (!file.empty() && fails("open", file, bCreates ? Effect::TakesRoom : Effect::None)) {
+        return -1;
+    }
+    const int fd = real(path, flags, mode);
+    if (fd >= 0 && bCreates) {
+        note(Record::Created, file, statusOf(fd).st_ino);
+    }
+    return fd;
 }
 PANEL_DEFINE(int, panelMkostemp, mkostemp, (char *path, int flags))
 {
-    return makeTemporary(path, flags);
+    static const auto real = behind<int(char *, int)>("mkostemp");
+    const std::string file = watchedName(path);
+    if (!file.empty() && fails("mkstemp", file, Effect::TakesRoom)) {
+        return -1;
+    }
+    const int fd = real(path, flags);
+    if (!file.empty() && fd >= 0) {
+        note(Record::Created, watchedName(path), statusOf(fd).st_ino);
+    }
+    return fd;
 }
 PANEL_DEFINE(ssize_t, panelWrite, write, (int fd, const void *data, size_t size))
 {
-    return writeIt(fd, data, size);
+    static const auto real = behind<ssize_t(int, const void *, size_t)>("write");
+    const std::string file = watchedFile(fd);
+    if (!file.empty() && fails("write", file, Effect::TakesRoom)) {
+        if (plan.fault != Fault::DiskFull || plan.bCutShort || size < 2) {
+            return -1;
+        }
+        plan.bCutShort = true;
+        size /= 2;
+    }
+    const ssize_t result = real(fd, data, size);
+    if (!file.empty() && result > 0) {
+        noteContent(fd, file);
+    }
+    return result;
 }
 PANEL_DEFINE(ssize_t, panelRead, read, (int fd, void *data, size_t size))
 {
@@ -333,9 +270,20 @@ PANEL_DEFINE(ssize_t, panelReadChecked, __read_chk,
     static const auto real = behind<ssize_t(int, void *, size_t, size_t)>("__read_chk");
     return readIt(fd, [=] { return real(fd, data, size, capacity); });
 }
+/// Noted, not done: what is certain is the journal's to know, and a real sync takes its time.
 PANEL_DEFINE(int, panelFsync, fsync, (int fd))
 {
-    return syncIt(fd);
+    const std::string file = watchedFile(fd);
+    if (file.empty()) {
+        return behind<int(int)>("fsync")(fd);
+    }
+    // Room is found only now where the file system has put that off.
+    if (fails("fsync", file, Effect::TakesRoom)) {
+        return -1;
+    }
+    const struct stat status = statusOf(fd);
+    note(S_ISDIR(status.st_mode) ? Record::FolderSynced : Record::Synced, file, status.st_ino);
+    return 0;
 }
 PANEL_DEFINE(int, panelClose, close, (int fd))
 {
@@ -349,7 +297,16 @@ PANEL_DEFINE(int, panelClose, close, (int fd))
 }
 PANEL_DEFINE(int, panelRename, rename, (const char *from, const char *to))
 {
-    return renameIt(from, to);
+    static const auto real = behind<int(const char *, const char *)>("rename");
+    const std::string file = watchedName(from);
+    if (!file.empty() && fails("rename", file, Effect::TakesRoom)) {
+        return -1;
+    }
+    const int result = real(from, to);
+    if (!file.empty() && result == 0) {
+        note(Record::Renamed, file, 0, watchedName(to));
+    }
+    return result;
 }
 PANEL_DEFINE(int, panelUnlink, unlink, (const char *path))
 {
@@ -367,7 +324,7 @@ PANEL_DEFINE(int, panelFtruncate, ftruncate, (int fd, off_t size))
     }
     const int result = behind<int(int, off_t)>("ftruncate")(fd, size);
     if (!file.empty() && result == 0) {
-        note(Record::Truncated, file, statusOf(fd).st_ino, static_cast<std::uint32_t>(size));
+        noteContent(fd, file);
     }
     return result;
 }

@@ -27,7 +27,6 @@ struct Record
     enum Kind : std::uint8_t {
         Created, ///< \a path is a new, empty file
         Written, ///< \a content is now the whole of the file
-        Truncated, ///< to \a nSize bytes
         Synced,
         Renamed, ///< \a path to \a target
         Unlinked,

@@ -17,7 +17,7 @@ public:
     {
         root.write(Settings, StaticSettings);
         // Keeps what it is given, whole, in a place of its own.
-        root.writeCommand(QStringLiteral("/bin/syscfg"),
+        root.writeCommand("/bin/syscfg",
                           "{ cat \"$2\"; echo end; } >>\"$PANEL_ROOT/simulator/given\"");
     }
 
@@ -51,11 +51,11 @@ public:
         if (answer && (answer->nResult != 0 || !answer->errors.isEmpty())) {
             complaints += QStringLiteral("the next SAVE ends with %1 and boxes '%2'")
                               .arg(answer->nResult)
-                              .arg(answer->errors.join(QStringLiteral("', '")));
+                              .arg(answer->errors.join("', '"));
         }
         complaints += judgeGiven(root);
         if (given(root).size() != nBefore + 1) {
-            complaints += QStringLiteral("the next SAVE applies nothing");
+            complaints += "the next SAVE applies nothing";
         }
         const Files left = filesOf(root);
         if (left.size() != 1 || left[Settings] != StaticSettings) {
@@ -75,12 +75,10 @@ private:
             std::make_unique<VeltaSettings>(Settings, NewSettings, QSettings::IniFormat);
         pSettings->init();
         pSettings->working.nNetMode = DhcpMode;
-        pSettings->working.ipEntries[Dns1Entry].value = QStringLiteral("10.0.0.53");
+        pSettings->working.ipEntries[Dns1Entry].value = "10.0.0.53";
         if (!foreign.isEmpty()) {
             QFile file(devicePath(NewSettings));
-            if (!file.open(QIODevice::WriteOnly) || file.write(foreign) != foreign.size()) {
-                qFatal("cannot write %s", qPrintable(file.fileName()));
-            }
+            need(file.open(QIODevice::WriteOnly) && file.write(foreign) >= 0, file.fileName());
         }
         arm();
         Answer answer;
@@ -96,7 +94,7 @@ private:
     {
         QByteArrayList files;
         QByteArray file;
-        for (const QByteArray &line : root.read(QStringLiteral("/simulator/given")).split('\n')) {
+        for (const QByteArray &line : root.read("/simulator/given").split('\n')) {
             if (line == "end") {
                 files += file;
                 file.clear();

@@ -1,24 +1,25 @@
 #include "tests/faults/calibrating.h"
 #include "tests/faults/saving.h"
-#include "tests/support/screen.h"
-#include "tests/support/testmain.h"
+#include "tests/support/devicetest.h"
 
-#include <new>
 #include <sys/mman.h>
 
 using FileFaults::Fault;
 using FileFaults::Journal;
 
+namespace {
+constexpr const char *FaultNames[] = {"no fault", "fails once", "disk full", "disk dead", "killed"};
+}
+
 /// What the operator confirms is applied whole or not at all, and the operator knows which, at
 /// whatever moment the disk fails or the power goes.
-class TestFileFaults : public QObject
+class TestFileFaults : public DeviceTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase()
     {
-        setScreen(Calibrating::ScreenSize);
         void *pShared = mmap(nullptr, sizeof(Journal), PROT_READ | PROT_WRITE,
                              MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         QVERIFY(pShared != MAP_FAILED);
@@ -27,53 +28,33 @@ private Q_SLOTS:
 
     void save_data()
     {
-        QTest::addColumn<QByteArray>("foreign");
-        QTest::newRow("clean") << QByteArray();
-        QTest::newRow("planted file") << QByteArray("[options]\nconfig_passwd=0000\n");
+        row("clean", QByteArray());
+        row("planted file", "[options]\nconfig_passwd=0000\n");
     }
     void save()
     {
-        QFETCH(QByteArray, foreign);
+        FETCH(QByteArray, foreign);
         Saving saving(foreign);
         tryAll(saving);
     }
 
     void calibrate_data()
     {
-        QTest::addColumn<QByteArray>("before");
-        QTest::addColumn<Calibrating::End>("end");
-        const QByteArray old = "16384 0 0 0 8192 0 65536\n";
-        QTest::newRow("accepted") << old << Calibrating::Accepted;
-        QTest::newRow("not accepted") << old << Calibrating::Withdrawn;
-        QTest::newRow("not accepted, the first") << QByteArray() << Calibrating::Withdrawn;
-        QTest::newRow("program ends") << old << Calibrating::ProgramEnds;
+        const char *old = "16384 0 0 0 8192 0 65536\n";
+        row("accepted", old, Calibrating::Accepted);
+        row("not accepted", old, Calibrating::Withdrawn);
+        row("not accepted, the first", QByteArray(), Calibrating::Withdrawn);
+        row("program ends", old, Calibrating::ProgramEnds);
     }
     void calibrate()
     {
-        QFETCH(QByteArray, before);
-        QFETCH(Calibrating::End, end);
+        FETCH(QByteArray, before, Calibrating::End, end);
+        setScreen(Calibrating::ScreenSize);
         Calibrating calibrating(before, end);
         tryAll(calibrating);
     }
 
 private:
-    static QString nameOf(Fault fault)
-    {
-        switch (fault) {
-        case Fault::None:
-            break;
-        case Fault::Once:
-            return QStringLiteral("fails once");
-        case Fault::DiskFull:
-            return QStringLiteral("disk full");
-        case Fault::DiskDead:
-            return QStringLiteral("disk dead");
-        case Fault::Kill:
-            return QStringLiteral("killed");
-        }
-        return QStringLiteral("no fault");
-    }
-
     /// Every fault at every call, until there is no call left.
     void tryAll(Trial &trial)
     {
@@ -86,9 +67,8 @@ private:
                 QStringList found;
                 nCall = tryOne(trial, fault, nCall, found);
                 for (const QString &complaint : std::as_const(found)) {
-                    complaints +=
-                        QStringLiteral("%1 at %2: %3")
-                            .arg(nameOf(fault), QString::fromUtf8(pJournal->faultyCall), complaint);
+                    complaints += QStringLiteral("%1 at %2: %3")
+                                      .arg(FaultNames[int(fault)], pJournal->faultyCall, complaint);
                 }
             }
         }
@@ -112,7 +92,7 @@ private:
         const auto arm = [&] { FileFaults::arm(folder.constData(), fault, nCall, pJournal); };
         const auto answer = ask([&] { return trial.run(arm); }, complaints, fault == Fault::Kill);
         if (pJournal->bIncomplete) {
-            complaints += QStringLiteral("a call could not be noted");
+            complaints += "a call could not be noted";
         }
         if (pJournal->nFirstFault == 0 && fault != Fault::None) {
             complaints.clear(); // about a run without faults, which has been judged
@@ -135,7 +115,7 @@ private:
         const QStringList errors = pAnswer ? pAnswer->errors : QStringList();
         const Files files = filesOf(left);
         if (files != model.killed()) {
-            complaints += QStringLiteral("the journal lacks a change");
+            complaints += "the journal lacks a change";
         }
         judgeRestart(trial, left, {files, pAnswer != nullptr, model.isMarked(), errors}, pAnswer,
                      complaints);

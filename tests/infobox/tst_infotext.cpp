@@ -8,36 +8,30 @@ class TestInfoText : public DeviceTest
 private Q_SLOTS:
     void composes_data()
     {
-        struct Row
-        {
-            const char *pMessage;
-            const char *pWithWord; // argument "eth0", and " eth0 "
-            const char *pWithOne; // argument "x"
-            const char *pWithout; // argument "" and " "
+        const auto add = [](const QByteArray &message, const char *argument, const char *composed) {
+            row(message + '|' + argument, message, argument, composed);
         };
-        static constexpr Row Rows[] = {
-            {"in %1 now.", "in eth0 now.", "in x now.", "in now."},
-            {"in %1. Now.", "in eth0. Now.", "in x. Now.", "in . Now."},
-            {"code %1", "code eth0 ", "code x ", "code "},
-            {"code %1, now", "code eth0 , now", "code x , now", "code , now"},
-            {"%1 data", "eth0 data", "x data", " data"},
-            {"%1. Severe", "eth0. Severe", "x. Severe", ". Severe"},
-            {"Wrong.%1", "Wrong. eth0", "Wrong.", "Wrong."},
-            {"(%1)", "(%1)", "(%1)", "(%1)"},
-            {"Nothing", "Nothing", "Nothing", "Nothing"},
-            {"%1 ", "eth0 ", "x ", " "},
-        };
-        const auto add = [](const char *message, const char *argument, const char *composed) {
-            row(QByteArray(message) + '|' + argument, message, argument, composed);
-        };
-        for (const Row &row : Rows) {
-            add(row.pMessage, "eth0", row.pWithWord);
-            add(row.pMessage, " eth0 ", row.pWithWord);
-            add(row.pMessage, "x", row.pWithOne);
-            add(row.pMessage, " x", row.pWithOne);
-            add(row.pMessage, "", row.pWithout);
-            add(row.pMessage, " ", row.pWithout);
-            add(row.pMessage, "  ", row.pWithout);
+        // With the arguments "eth0", "x" and none, each with and without blanks.
+        for (const auto &[message, word, one, none] : QList<std::array<const char *, 4>>{
+                 {"in %1 now.", "in eth0 now.", "in x now.", "in now."},
+                 {"in %1. Now.", "in eth0. Now.", "in x. Now.", "in . Now."},
+                 {"code %1", "code eth0 ", "code x ", "code "},
+                 {"code %1, now", "code eth0 , now", "code x , now", "code , now"},
+                 {"%1 data", "eth0 data", "x data", " data"},
+                 {"%1. Severe", "eth0. Severe", "x. Severe", ". Severe"},
+                 {"Wrong.%1", "Wrong. eth0", "Wrong.", "Wrong."},
+                 {"(%1)", "(%1)", "(%1)", "(%1)"},
+                 {"Nothing", "Nothing", "Nothing", "Nothing"},
+                 {"%1 ", "eth0 ", "x ", " "}}) {
+            for (const auto &[argument, composed] : {std::pair("eth0", word),
+                                                     {" eth0 ", word},
+                                                     {"x", one},
+                                                     {" x", one},
+                                                     {"", none},
+                                                     {" ", none},
+                                                     {"  ", none}}) {
+                add(message, argument, composed);
+            }
         }
         add("Wrong.%1", "  ab", "Wrong. ab");
         add("in %1.", "%1 %2", "in %1 %2.");
@@ -70,7 +64,7 @@ private Q_SLOTS:
     {
         FETCH(QString, lines);
         QCOMPARE(InfoText::wrap(QTest::currentDataTag(), 10),
-                 QStringLiteral("<nobr>") + lines + QStringLiteral("</nobr>"));
+                 QStringLiteral("<nobr>") + lines + "</nobr>");
     }
 };
 

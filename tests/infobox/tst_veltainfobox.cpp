@@ -1,12 +1,12 @@
 #include "infobox/infotext.h"
 #include "infobox/veltainfobox.h"
+#include "platform/windowserver.h"
+#include "platform/windowstack.h"
 #include "settings/errorcatalogue.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/screen.h"
 
 #include <QPointingDevice>
 #include <QTextDocumentFragment>
-#include <QWindow>
 
 namespace {
 
@@ -75,26 +75,6 @@ bool runBox(VeltaInfoBox &box, const std::function<void()> &look)
     return bOpened && bClosed && !openBox();
 }
 
-/// Whether the box that is open stands whole in the middle of a screen of \a screen pixels.
-bool fits(const QSize &screen)
-{
-    const QDialog *pDialog = openBox();
-    const QSize rest = screen - pDialog->size();
-    bool bFits = QRect(QPoint(), screen).contains(pDialog->geometry())
-        && pDialog->pos() == QPoint(rest.width() / 2, rest.height() / 2);
-    for (const QWidget *pWidget : pDialog->findChildren<QWidget *>()) {
-        const bool bHasText =
-            qobject_cast<const QLabel *>(pWidget) || qobject_cast<const QAbstractButton *>(pWidget);
-        const QRect place(pWidget->mapTo(pDialog, QPoint()), pWidget->size());
-        const QSize least = bHasText ? pWidget->minimumSizeHint() : QSize();
-        bFits = bFits
-            && (!pWidget->isVisible()
-                || (pDialog->rect().contains(place)
-                    && place.size().expandedTo(least) == place.size()));
-    }
-    return bFits;
-}
-
 } // namespace
 
 class TestVeltaInfoBox : public DeviceTest
@@ -102,40 +82,6 @@ class TestVeltaInfoBox : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void fitsSmallAndLarge_data()
-    {
-        for (const QSize size : {QSize(240, 320), {320, 240}, {800, 480}, {1920, 1080}}) {
-            row(QByteArray::number(size.width()), size);
-        }
-    }
-    /// Whatever is to be read; usual texts on every screen are seen by the tour of all pages.
-    void fitsSmallAndLarge()
-    {
-        FETCH(QSize, screen);
-        setScreen(screen);
-        const auto check = [&](qint16 code, const QString &argument) {
-            bool bFits = false;
-            VeltaInfoBox box(code, argument, QStringLiteral("Autoclose in"), 120, nullptr, false,
-                             true);
-            QVERIFY(runBox(box, [&] {
-                bFits = fits(screen);
-                pressOk();
-            }));
-            QVERIFY2(bFits, qPrintable(QString::number(code) + argument.left(20)));
-        };
-        for (const ErrorEntry *pEntry = errorCatalogue; pEntry->nCode != ERR_END; ++pEntry) {
-            check(pEntry->nCode, QStringLiteral("/tmp/newsettings.ini"));
-        }
-        root().write("/proc/device-tree/qrd-specific/qrd_dpi_x_resolution", "220");
-        for (const QString &argument :
-             {QString(), QStringLiteral("/very/long/name").repeated(200),
-              QStringLiteral("longname").repeated(500), QStringLiteral("a b<c> ").repeated(300)}) {
-            for (const int code : {0, 3, int(ERR_BROWSER_NOT_FOUND), int(ERR_FILE_OPEN_ABORT)}) {
-                check(qint16(code), argument);
-            }
-        }
-    }
-
     void showsMessages_data()
     {
         row("error", int(ERR_CREATE), "/flash/a", " <center>Error</center>",
@@ -190,7 +136,7 @@ private Q_SLOTS:
         setScreen(screen);
         QString text;
         const auto look = [&] {
-            text = QStringLiteral("<nobr>") + openBody()->text() + QStringLiteral("</nobr>");
+            text = QStringLiteral("<nobr>") + openBody()->text() + "</nobr>";
             QCOMPARE(openBody()->font().pointSize(), textPoints);
             QCOMPARE(openBody()->button(QMessageBox::Ok)->font().pointSize(), buttonPoints);
             pressOk();
@@ -313,8 +259,7 @@ private Q_SLOTS:
             box.CountDown(); // a step that was under way
             QVERIFY(!openBox());
         }
-        auto box =
-            std::make_unique<VeltaInfoBox>(QStringLiteral("x"), quint8(9), nullptr, true, false);
+        auto box = std::make_unique<VeltaInfoBox>("x", quint8(9), nullptr, true, false);
         QVERIFY(openBox());
         box.reset();
         QVERIFY(!openBox());
@@ -322,13 +267,13 @@ private Q_SLOTS:
 
     void keepsItsSizeWhileCounting()
     {
-        VeltaInfoBox box(WARN_VNC_LOST, 120, nullptr, false, true);
-        QVERIFY(runBox(box, [&] {
+        const auto box = makeBox(WARN_VNC_LOST, "", 120, "Autoclose in");
+        QVERIFY(runBox(*box, [&] {
             const QAbstractButton *pButton = openBody()->button(QMessageBox::Ok);
             const QSize size = openBox()->size();
             const QRect place = pButton->geometry();
             for (int i = 0; i < 115; ++i) {
-                box.CountDown();
+                box->CountDown();
             }
             QCoreApplication::sendPostedEvents();
             QCOMPARE(openBox()->size(), size);
@@ -337,20 +282,15 @@ private Q_SLOTS:
         }));
     }
 
-    void appearsForAHiddenOwner()
-    {
-        QWidget owner;
-        VeltaInfoBox box(ERR_CREATE, 0, &owner, false, true);
-        QVERIFY(runBox(box, pressOk));
-        QVERIFY(!owner.isVisible());
-    }
-
     void showsAgain()
     {
         VeltaInfoBox box(WARN_VNC_LOST, 0, nullptr, true, false);
         const QRect first = openBox()->geometry();
+        QWidget above;
+        above.show();
         box.showBox(false);
         QCOMPARE(openBox()->geometry(), first);
+        QCOMPARE(visibleWindows().constLast(), openBox());
         pressOk();
         QVERIFY(!openBox());
         box.showBox(false);

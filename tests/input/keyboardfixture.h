@@ -25,17 +25,13 @@ struct KeyboardFixture
         pPanel = pContext->findChild<VeltaInputPanel *>();
         pDisplay = pPanel->lineEdit();
         pContext->showPanel();
-        if (!QTest::qWaitForWindowActive(pContext.get())) {
-            qFatal("the keyboard did not get the keys");
-        }
+        need(QTest::qWaitForWindowActive(pContext.get()), "keys for the keyboard");
     }
 
     QPushButton *key(const QString &name) const
     {
         auto *pKey = pPanel->findChild<QPushButton *>("panelButton_" + name);
-        if (!pKey) {
-            qFatal("no key %s", qPrintable(name));
-        }
+        need(pKey, "the key " + name);
         return pKey;
     }
     void touch(const QString &name) const { QTest::mouseClick(key(name), Qt::LeftButton); }
@@ -73,17 +69,14 @@ struct KeyboardFixture
         }
         return keys;
     }
-    QTimer *timer(const char *name) const
-    {
-        return pPanel->findChild<QTimer *>(QLatin1String(name));
-    }
+    QTimer *timer(const char *name) const { return pPanel->findChild<QTimer *>(name); }
     const QLabel *countdownLabel() const { return pPanel->findChild<QLabel *>("timeoutLabel"); }
     QString countdown() const { return countdownLabel()->text(); }
     void call(const char *slot) const { QMetaObject::invokeMethod(pPanel, slot); }
 
     QWidget main;
     std::unique_ptr<QLineEdit> pTarget = std::make_unique<QLineEdit>(&main);
-    QLabel label{QStringLiteral("Address: "), &main};
+    QLabel label{"Address: ", &main};
     std::unique_ptr<VeltaInputPanelContext> pContext;
     VeltaInputPanel *pPanel = nullptr;
     QVeltaLineEdit *pDisplay = nullptr;

@@ -1,7 +1,5 @@
 #include "keyboardfixture.h"
 
-#include "tests/support/screen.h"
-
 #include <QGroupBox>
 
 namespace {

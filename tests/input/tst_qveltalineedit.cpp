@@ -33,8 +33,7 @@ private Q_SLOTS:
         edit.setText("....");
         edit.resize(200, 40);
         window.show();
-        QVERIFY(!edit.hasFocus());
-        QVERIFY(cursorHeight(&edit) > edit.fontMetrics().height());
+        QVERIFY(!edit.hasFocus() && cursorHeight(&edit) > edit.fontMetrics().height());
         QMetaObject::invokeMethod(&edit, "timerToggle");
         QCOMPARE(edit.findChild<QTimer *>()->interval(), 500);
         const QImage without = edit.grab().toImage();
@@ -50,7 +49,7 @@ private Q_SLOTS:
         QTimer *pTimer = edit.findChild<QTimer *>();
         QMetaObject::invokeMethod(&edit, "timerToggle"); // dark
         pTimer->stop();
-        edit.insert(QStringLiteral("1"));
+        edit.insert("1");
         QVERIFY(pTimer->isActive() && !pTimer->isSingleShot());
         const QImage solid = edit.grab().toImage();
         QMetaObject::invokeMethod(&edit, "timerToggle");

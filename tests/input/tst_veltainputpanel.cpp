@@ -56,12 +56,12 @@ private Q_SLOTS:
         QString shown;
         for (QPushButton *pKey : keyboard.visibleKeys()) {
             QString label = pKey->text();
-            label.replace(QLatin1String("&&"), QLatin1String("&"));
-            if (label == QLatin1String("SPACE")) {
-                label = QStringLiteral(" ");
+            label.replace("&&", "&");
+            if (label == "SPACE") {
+                label = " ";
             } else if (label.size() > 1) {
                 continue; // cursor keys, OK, Cancel, mode
-            } else if (label == QLatin1String(" ")) {
+            } else if (label == " ") {
                 label.clear(); // a key without a value
             }
             QTest::mouseClick(pKey, Qt::LeftButton);
@@ -105,8 +105,7 @@ private Q_SLOTS:
         if (!focus.isEmpty()) {
             QCOMPARE(QApplication::focusWidget()->objectName(), focus);
         }
-        QVERIFY(keyboard.pContext->isVisible());
-        QVERIFY(!keyboard.timer("repeatTimer")->isActive());
+        QVERIFY(keyboard.pContext->isVisible() && !keyboard.timer("repeatTimer")->isActive());
     }
 
     void focusVisitsEveryKeyAndWraps_data()
@@ -169,7 +168,7 @@ private Q_SLOTS:
             keyboard.call("DoAutoRepeat");
             ++steps;
             QVERIFY(effect());
-            QCOMPARE(keyboard.countdown(), QStringLiteral("Timeout: 20"));
+            QCOMPARE(keyboard.countdown(), "Timeout: 20");
         }
         keyboard.release(key);
         QVERIFY(!pTimer->isActive());
@@ -251,12 +250,12 @@ private Q_SLOTS:
         QCOMPARE(keyboard.timer("timeoutTimer")->interval(), 1000);
         const auto expectRestart = [&](bool restarts, const std::function<void()> &act) {
             keyboard.pPanel->restartTimeout();
-            QCOMPARE(keyboard.countdown(), QStringLiteral("Timeout: 20"));
+            QCOMPARE(keyboard.countdown(), "Timeout: 20");
             keyboard.call("UpdateTimeout");
-            QCOMPARE(keyboard.countdown(), QStringLiteral("Timeout: 19"));
+            QCOMPARE(keyboard.countdown(), "Timeout: 19");
             act();
             QCOMPARE(keyboard.countdown(),
-                     restarts ? QStringLiteral("Timeout: 20") : QStringLiteral("Timeout: 19"));
+                     restarts ? QStringLiteral("Timeout: 20") : "Timeout: 19");
         };
         expectRestart(true, [&] { keyboard.touch("aQ"); });
         expectRestart(true, [&] { keyboard.touch("abackspace"); });
@@ -274,7 +273,7 @@ private Q_SLOTS:
         for (int i = 0; i < 13; ++i) {
             keyboard.call("UpdateTimeout");
         }
-        QCOMPARE(keyboard.countdown(), QStringLiteral("Timeout: 07"));
+        QCOMPARE(keyboard.countdown(), "Timeout: 07");
         for (int i = 0; i < 7; ++i) {
             QCOMPARE(canceled.count(), 0);
             keyboard.call("UpdateTimeout");

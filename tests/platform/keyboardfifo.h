@@ -10,6 +10,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+/// A record of the kernel's.
+inline QByteArray eventRecord(int nType, int nCode, int nValue)
+{
+    input_event record{};
+    record.type = quint16(nType);
+    record.code = quint16(nCode);
+    record.value = nValue;
+    return {reinterpret_cast<const char *>(&record), sizeof record};
+}
+
 /// A keyboard of a device root: a FIFO behind a link in "/dev/input".
 class KeyboardFifo
 {
@@ -19,11 +29,10 @@ public:
         : link(root.path(QStringLiteral("/dev/input/") + linkName)),
           path(root.path(QStringLiteral("/dev/fifo-") + linkName))
     {
-        const QByteArray beside = QFile::encodeName(path + QStringLiteral(".new"));
-        if (mkfifo(beside.constData(), 0600) != 0
-            || rename(beside.constData(), QFile::encodeName(path).constData()) != 0) {
-            qFatal("cannot make the FIFO %s", qPrintable(path));
-        }
+        const QByteArray beside = QFile::encodeName(path + ".new");
+        need(mkfifo(beside.constData(), 0600) == 0
+                 && rename(beside.constData(), QFile::encodeName(path).constData()) == 0,
+             path);
         QFile::remove(link);
         QFile::link(path, link);
     }
@@ -44,17 +53,17 @@ public:
     {
         QByteArray bytes;
         for (const quint16 code : codes) {
-            bytes += event(EV_KEY, code, 1) + event(EV_SYN, SYN_REPORT, 0);
+            bytes += eventRecord(EV_KEY, code, 1) + eventRecord(EV_SYN, SYN_REPORT, 0);
         }
         for (auto code = codes.end(); code != codes.begin();) {
-            bytes += event(EV_KEY, *--code, 0) + event(EV_SYN, SYN_REPORT, 0);
+            bytes += eventRecord(EV_KEY, *--code, 0) + eventRecord(EV_SYN, SYN_REPORT, 0);
         }
         write(bytes);
     }
     /// The key is held down, and has been before.
     void repeat(quint16 code) const
     {
-        write(event(EV_KEY, code, 2) + event(EV_SYN, SYN_REPORT, 0));
+        write(eventRecord(EV_KEY, code, 2) + eventRecord(EV_SYN, SYN_REPORT, 0));
     }
 
     QString link;
@@ -64,17 +73,8 @@ private:
     void write(const QByteArray &bytes) const
     {
         QFile file(path);
-        if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)
-            || file.write(bytes) != bytes.size()) {
-            qFatal("cannot write to the FIFO %s", qPrintable(path));
-        }
-    }
-    static QByteArray event(int nType, quint16 nCode, int nValue)
-    {
-        input_event record{};
-        record.type = quint16(nType);
-        record.code = nCode;
-        record.value = nValue;
-        return {reinterpret_cast<const char *>(&record), sizeof record};
+        need(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)
+                 && file.write(bytes) == bytes.size(),
+             path);
     }
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/deviceroot.h"
+
 #include <QByteArray>
 #include <QList>
 
@@ -32,14 +34,12 @@ public:
         std::replace(address.sun_path, address.sun_path + 1, '@', '\0');
         const auto nLength = socklen_t(offsetof(sockaddr_un, sun_path)) + socklen_t(name.size());
         const int nOn = 1;
-        if (bind(nFd, reinterpret_cast<const sockaddr *>(&address), nLength) != 0
-            || setsockopt(nFd, SOL_SOCKET, SO_TIMESTAMPNS, &nOn, sizeof nOn) != 0) {
-            qFatal("no socket %s", name.constData());
-        }
+        need(bind(nFd, reinterpret_cast<const sockaddr *>(&address), nLength) == 0
+                 && setsockopt(nFd, SOL_SOCKET, SO_TIMESTAMPNS, &nOn, sizeof nOn) == 0,
+             name);
     }
     ~NotifySocket() { close(nFd); }
-    NotifySocket(const NotifySocket &) = delete;
-    NotifySocket &operator=(const NotifySocket &) = delete;
+    Q_DISABLE_COPY(NotifySocket)
 
     /// All that has come so far, earlier calls included.
     const QList<Message> &messages()

@@ -14,13 +14,11 @@ class TouchscreenFifo
 {
 public:
     explicit TouchscreenFifo(const DeviceRoot &root,
-                             const QString &devicePath = QStringLiteral("/dev/input/touchscreen"))
+                             const QString &devicePath = "/dev/input/touchscreen")
     {
-        root.write(QStringLiteral("/etc/ts.conf"), "module_raw waveshare len=8\nmodule linear\n");
+        root.write("/etc/ts.conf", "module_raw waveshare len=8\nmodule linear\n");
         path = root.path(devicePath);
-        if (mkfifo(QFile::encodeName(path).constData(), 0600) != 0) {
-            qFatal("cannot make the FIFO %s", qPrintable(path));
-        }
+        need(root.plant(devicePath, "fifo"), path);
     }
     ~TouchscreenFifo()
     {
@@ -28,8 +26,7 @@ public:
             close(nFd);
         }
     }
-    TouchscreenFifo(const TouchscreenFifo &) = delete;
-    TouchscreenFifo &operator=(const TouchscreenFifo &) = delete;
+    Q_DISABLE_COPY(TouchscreenFifo)
 
     /// One sample, as a finger at \a point that presses with \a pressure (0: lifted).
     static QByteArray sample(RawPoint point, int pressure)
@@ -46,9 +43,7 @@ public:
             // For reading too: opening does not wait for a reader then, and never reads.
             nFd = open(QFile::encodeName(path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
         }
-        if (write(nFd, sample(point, pressure).constData(), 8) != 8) {
-            qFatal("cannot write to the FIFO %s", qPrintable(path));
-        }
+        need(write(nFd, sample(point, pressure).constData(), 8) == 8, path);
     }
     /// A whole touch at one place.
     void tap(RawPoint point)

@@ -62,17 +62,6 @@ private Q_SLOTS:
         root().writeCommand("/bin/tool", "exit 7"); // the end's own work is still done
         QCOMPARE(runCommand(devicePath("/bin/tool"), {}, 30s), 7);
     }
-
-    void outlivesItsObject()
-    {
-        root().writeCommand("/bin/tool", "sleep 0.2; echo done >\"$PANEL_ROOT/end\"");
-        {
-            Command command;
-            command.start(devicePath("/bin/tool"), {});
-            QVERIFY(!command.waitForEnd(0ms));
-        }
-        QTRY_COMPARE(root().read("/end"), QByteArray("done\n"));
-    }
 };
 
 PANEL_TEST_MAIN(CommandTest)

@@ -1,13 +1,13 @@
 #include "app/keyboardwatcher.h"
 #include "platform/tapguard.h"
 #include "platform/windowserver.h"
+#include "tests/platform/keyboardfifo.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/ioctlhook.h"
 
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <linux/input.h>
 #include <pty.h>
 #include <termios.h>
 
@@ -30,14 +30,12 @@ int answer(unsigned long request, void *pArgument)
         return 0;
     }
     memset(pArgument, 0, _IOC_SIZE(request));
-    if (number == _IOC_NR(EVIOCGBIT(0, 0)) || number == _IOC_NR(EVIOCGBIT(EV_ABS, 0))) {
-        auto *pBits = static_cast<uchar *>(pArgument);
-        const QList<int> bits = number == _IOC_NR(EVIOCGBIT(0, 0))
-            ? QList<int>{EV_SYN, EV_ABS}
-            : QList<int>{ABS_MT_SLOT, ABS_MT_POSITION_X, ABS_MT_POSITION_Y, ABS_MT_TRACKING_ID};
-        for (const int bit : bits) {
-            pBits[bit / 8] |= static_cast<uchar>(1 << bit % 8);
-        }
+    const QList<int> bits = number == _IOC_NR(EVIOCGBIT(0, 0)) ? QList<int>{EV_SYN, EV_ABS}
+        : number == _IOC_NR(EVIOCGBIT(EV_ABS, 0))
+        ? QList<int>{ABS_MT_SLOT, ABS_MT_POSITION_X, ABS_MT_POSITION_Y, ABS_MT_TRACKING_ID}
+        : QList<int>();
+    for (const int bit : bits) {
+        static_cast<uchar *>(pArgument)[bit / 8] |= static_cast<uchar>(1 << bit % 8);
     }
     if (number >= _IOC_NR(EVIOCGABS(0)) && number <= _IOC_NR(EVIOCGABS(ABS_MAX))) {
         const unsigned long axis = number - _IOC_NR(EVIOCGABS(0));
@@ -56,15 +54,14 @@ public:
     explicit EventDevice(const QString &link)
     {
         char name[64];
-        if (openpty(&nMaster, &nSlave, name, nullptr, nullptr) != 0) {
-            qFatal("no terminal");
-        }
+        need(openpty(&nMaster, &nSlave, name, nullptr, nullptr) == 0, "a terminal");
         termios mode{};
         tcgetattr(nSlave, &mode);
         cfmakeraw(&mode);
         tcsetattr(nSlave, TCSANOW, &mode);
+        sName = QString::fromLocal8Bit(name);
         const QString beside = link + ".new";
-        QFile::link(QString::fromLocal8Bit(name), beside);
+        QFile::link(sName, beside);
         std::rename(qPrintable(beside), qPrintable(link));
     }
     ~EventDevice()
@@ -72,8 +69,7 @@ public:
         close(nMaster);
         close(nSlave);
     }
-    EventDevice(const EventDevice &) = delete;
-    EventDevice &operator=(const EventDevice &) = delete;
+    Q_DISABLE_COPY(EventDevice)
 
     void press(QPoint at) const
     {
@@ -84,41 +80,22 @@ public:
     }
     void release() const { send({{ABS_MT_TRACKING_ID, -1}}); }
     /// How often this program has it open, this object aside.
-    int readers() const
-    {
-        char name[64];
-        if (ttyname_r(nSlave, name, sizeof name) != 0) {
-            qFatal("no terminal");
-        }
-        int n = -1;
-        const QDir descriptors("/proc/self/fd");
-        for (const QFileInfo &entry : descriptors.entryInfoList(QDir::Files | QDir::System)) {
-            n += entry.symLinkTarget() == QLatin1String(name) ? 1 : 0;
-        }
-        return n;
-    }
+    qsizetype readers() const { return openDescriptors('^' + sName + '$') - 1; }
 
 private:
     void send(const QList<std::pair<int, int>> &axes) const
     {
         QByteArray bytes;
         for (const auto &[axis, value] : axes) {
-            bytes += record(EV_ABS, axis, value);
+            bytes += eventRecord(EV_ABS, axis, value);
         }
-        bytes += record(EV_SYN, SYN_REPORT, 0);
+        bytes += eventRecord(EV_SYN, SYN_REPORT, 0);
         QCOMPARE(write(nMaster, bytes.constData(), std::size_t(bytes.size())), bytes.size());
-    }
-    static QByteArray record(int type, int code, int value)
-    {
-        input_event event{};
-        event.type = quint16(type);
-        event.code = quint16(code);
-        event.value = value;
-        return {reinterpret_cast<const char *>(&event), sizeof event};
     }
 
     int nMaster = -1;
     int nSlave = -1;
+    QString sName;
 };
 
 } // namespace
@@ -135,73 +112,75 @@ class TestMultiTouch : public DeviceTest
     Q_OBJECT
 
 private Q_SLOTS:
+    void init()
+    {
+        DeviceTest::init();
+        link = root().path("/dev/input/touchscreen");
+        root().write("/proc/device-tree/qrd-specific/qrd_touch_type", "multi");
+        pButton = std::make_unique<QPushButton>();
+        pButton->setGeometry(100, 100, 80, 40);
+        pButton->show();
+        QVERIFY(QTest::qWaitForWindowExposed(pButton.get()));
+        pClicks = std::make_unique<QSignalSpy>(pButton.get(), &QPushButton::clicked);
+    }
+
     void pluggedInAnew_data()
     {
         // a finger is on the screen that is unplugged
-        row("nothing touched", false);
-        row("finger on it", true);
+        row("nothing touched", false, false);
+        row("finger on it", true, false);
+        row("single touch is shut off", false, true);
     }
     void pluggedInAnew()
     {
-        FETCH(bool, held);
-        const QString link = root().path("/dev/input/touchscreen");
+        FETCH(bool, held, bool, suspended);
         const EventDevice device(link);
         std::unique_ptr<EventDevice> next; // outlives the driver, too
-        root().write("/proc/device-tree/qrd-specific/qrd_touch_type", "multi");
-        QPushButton button;
-        button.setGeometry(100, 100, 80, 40);
-        button.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&button));
-        QSignalSpy clicks(&button, &QPushButton::clicked);
-        const QPoint onButton(140, 120);
-
         WindowServer server;
         QVERIFY(server.openPointer());
         QTRY_VERIFY(!QInputDevice::devices().isEmpty());
-        device.press(onButton);
-        QTRY_VERIFY(button.isDown());
+        device.press(OnButton);
+        QTRY_VERIFY(pButton->isDown());
         device.release();
-        QTRY_COMPARE(clicks.size(), 1);
+        QTRY_COMPARE(pClicks->size(), 1);
         if (held) {
-            device.press(onButton);
-            QTRY_VERIFY(button.isDown());
+            device.press(OnButton);
+            QTRY_VERIFY(pButton->isDown());
             QFile::remove(link);
-            QTRY_VERIFY(!button.isDown());
+            QTRY_VERIFY(!pButton->isDown());
         }
 
+        if (suspended) {
+            server.suspendPointer(); // until a calibration, which this screen never has
+        }
         next = std::make_unique<EventDevice>(link);
         const auto tap = [&] {
-            next->press(onButton);
+            next->press(OnButton);
             next->release();
-            return clicks.size() > 1;
+            return pClicks->size() > 1;
         };
         QTRY_VERIFY(tap());
     }
 
     void windowHidden()
     {
-        const EventDevice device(root().path("/dev/input/touchscreen"));
-        root().write("/proc/device-tree/qrd-specific/qrd_touch_type", "multi");
-        QPushButton button;
-        button.setGeometry(100, 100, 80, 40);
-        button.show();
-        QSignalSpy clicks(&button, &QPushButton::clicked);
+        const EventDevice device(link);
         WindowServer server;
         QVERIFY(server.openPointer());
         QTRY_COMPARE(device.readers(), 1);
         QTest::qWait(int(TapGuard::Delay.count()) + 20);
-        device.press({140, 120});
-        QTRY_VERIFY(button.isDown());
-        button.hide();
+        device.press(OnButton);
+        QTRY_VERIFY(pButton->isDown());
+        pButton->hide();
         QCOMPARE(device.readers(), 0);
-        QTRY_VERIFY(!button.isDown());
-        button.show();
+        QTRY_VERIFY(!pButton->isDown());
+        pButton->show();
         QTRY_COMPARE(device.readers(), 1);
         QTest::qWait(int(TapGuard::Delay.count()) + 20);
         device.release();
-        device.press({140, 120});
+        device.press(OnButton);
         device.release();
-        QTRY_COMPARE(clicks.size(), 1);
+        QTRY_COMPARE(pClicks->size(), 1);
     }
 
     /// Another program has the keyboard for itself, and gives it back.
@@ -224,7 +203,17 @@ private Q_SLOTS:
     }
 
 private:
-    void closeWindows() override { bGrabbedElsewhere = false; }
+    static constexpr QPoint OnButton{140, 120};
+    QString link; // to the device
+    std::unique_ptr<QPushButton> pButton;
+    std::unique_ptr<QSignalSpy> pClicks;
+
+    void closeWindows() override
+    {
+        pClicks.reset();
+        pButton.reset();
+        bGrabbedElsewhere = false;
+    }
 };
 
 PANEL_TEST_MAIN(TestMultiTouch)

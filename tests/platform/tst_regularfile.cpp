@@ -1,10 +1,6 @@
 #include "platform/regularfile.h"
 #include "tests/support/devicetest.h"
-
-#include <csignal>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "tests/support/lockedfolder.h"
 
 class RegularFileTest : public DeviceTest
 {
@@ -17,19 +13,14 @@ private:
     {
         return QDir(root().path("/tmp")).entryList(QDir::Files | QDir::System, QDir::Name);
     }
-    /// Puts something at path(): "file", "fifo", "link" (to /tmp/target), "dangling", "directory",
-    /// "full directory" or nothing.
+    /// Puts a "file", nothing or what a device root can plant at path().
     void plant(const QByteArray &kind)
     {
         root().write("/tmp/target", "target");
         if (kind == "file") {
             root().write("/tmp/file", "file");
-        } else if (kind == "fifo") {
-            QCOMPARE(mkfifo(name().constData(), 0600), 0);
-        } else if (kind == "link" || kind == "dangling") {
-            QVERIFY(QFile::link(root().path(kind == "link" ? "/tmp/target" : "/tmp/none"), path()));
-        } else if (kind.endsWith("directory")) {
-            QVERIFY(QDir().mkpath(path() + (kind.startsWith("full") ? "/inner" : "")));
+        } else {
+            QCOMPARE(root().plant("/tmp/file", kind), kind != "nothing");
         }
     }
 
@@ -76,15 +67,25 @@ private Q_SLOTS:
             const bool bDone =
                 bAnew ? writeNewFile(path(), "new") : replaceFile(path(), "new", 0640);
             QCOMPARE(bDone, bAnew ? anew : replaced);
-            QCOMPARE(root().read("/tmp/target"), QByteArray("target"));
+            QCOMPARE(root().read("/tmp/target"), "target");
             if (bDone) {
                 QCOMPARE(lstat(name().constData(), &status), 0);
                 QVERIFY(S_ISREG(status.st_mode));
-                QCOMPARE(root().read("/tmp/file"), QByteArray("new"));
+                QCOMPARE(root().read("/tmp/file"), "new");
                 QVERIFY(!bAnew || (status.st_mode & 0777) == 0600);
             }
             QCOMPARE(folder(), bDone ? QStringList({"file", "target"}) : QStringList("target"));
         }
+    }
+
+    /// A request that cannot be opened is none, and stays.
+    void unreadableRequest()
+    {
+        root().write("/tmp/.system/request", "");
+        chmod(qPrintable(root().path("/tmp/.system/request")), 0);
+        const LockedFolder locked(root(), "/tmp/.system");
+        QVERIFY(!isRequested(root().path("/tmp/.system/request")));
+        QVERIFY(root().exists("/tmp/.system/request"));
     }
 
     void limit()
@@ -119,8 +120,7 @@ private Q_SLOTS:
 
     void noRoom()
     {
-        QVERIFY(!writeNewFile("/dev/full/file", "new"));
-        QVERIFY(!replaceFile("/nowhere/file", "new"));
+        QVERIFY(!writeNewFile("/dev/full/file", "new") && !replaceFile("/nowhere/file", "new"));
         QCOMPARE(errno, ENOENT);
         // A full disk takes the beginning, which does not stay.
         std::signal(SIGXFSZ, SIG_IGN);

@@ -1,9 +1,7 @@
 #include "platform/tapguard.h"
 #include "tests/support/devicetest.h"
 
-#include <QMouseEvent>
 #include <QTouchEvent>
-#include <QWindow>
 
 namespace {
 
@@ -89,30 +87,18 @@ private Q_SLOTS:
         }
         if (change == BoxRises) {
             pBelow->raise();
-            settle();
+            processAll();
         }
         nNow = 0;
-        switch (change) {
-        case Nothing:
-            break;
-        case BoxOpens:
-            box.show();
-            break;
-        case BoxCloses:
-            box.hide();
-            break;
-        case BoxMoves:
-            box.move(Beside);
-            break;
-        case LowestCloses:
-            pBelow->hide();
-            break;
-        case BoxRises:
-            box.raise();
-            break;
-        }
+        const std::function<void()> changes[] = {[] {},
+                                                 [&] { box.show(); },
+                                                 [&] { box.hide(); },
+                                                 [&] { box.move(Beside); },
+                                                 [this] { pBelow->hide(); },
+                                                 [&] { box.raise(); }};
+        changes[change]();
         if (painted) {
-            settle();
+            processAll();
         }
         nNow = delivered;
         Sheet &target = box.isVisible() && box.geometry().contains(at) ? box : *pBelow;
@@ -183,18 +169,11 @@ private:
         pGuard.reset();
         pBelow.reset();
     }
-    /// All that a change causes is painted, and the guard knows.
-    static void settle()
-    {
-        for (int i = 0; i < 5; ++i) {
-            QCoreApplication::processEvents();
-        }
-    }
     static void show(QWidget &window)
     {
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        settle();
+        processAll();
     }
     static void mouse(QWidget &window, QEvent::Type type, QPoint at, qint64 time)
     {

@@ -1,7 +1,6 @@
 #include "platform/terminationsignals.h"
 #include "tests/support/devicetest.h"
 
-#include <csignal>
 #include <optional>
 
 class TestTerminationSignals : public DeviceTest

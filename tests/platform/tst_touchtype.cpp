@@ -3,7 +3,6 @@
 #include "tests/support/devicetest.h"
 
 #include <array>
-#include <sys/stat.h>
 
 namespace {
 const QString Device = "/dev/input/touchscreen";
@@ -46,8 +45,7 @@ private Q_SLOTS:
         QCOMPARE(readTouchType(), TouchType::Single);
         root().write(Property + "/is-a-folder", {});
         QCOMPARE(readTouchType(), TouchType::Single);
-        QVERIFY(QDir(root().path(Property)).removeRecursively());
-        QCOMPARE(mkfifo(qPrintable(root().path(Property)), 0600), 0);
+        QVERIFY(QDir(root().path(Property)).removeRecursively() && root().plant(Property, "fifo"));
         QCOMPARE(readTouchType(), TouchType::Single);
     }
 

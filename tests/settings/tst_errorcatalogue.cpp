@@ -1,8 +1,6 @@
 #include "settings/errorcatalogue.h"
 #include "tests/support/devicetest.h"
 
-#include <QTranslator>
-
 class TestErrorCatalogue : public DeviceTest
 {
     Q_OBJECT
@@ -35,26 +33,7 @@ private Q_SLOTS:
         for (const int code : {0, 1, 5, 32767, -216, -9999, -32768}) {
             QVERIFY2(!findError(static_cast<qint16>(code)), QByteArray::number(code));
         }
-        QCOMPARE(findError(ERR_GENERAL)->text, QStringLiteral("%1 "));
-    }
-
-    void textsAreTranslatedAtLookUp()
-    {
-        class Marker : public QTranslator
-        {
-        public:
-            bool isEmpty() const override { return false; }
-            QString translate(const char *context, const char *source, const char *,
-                              int) const override
-            {
-                return QLatin1String(context) + QLatin1Char(':') + QLatin1String(source);
-            }
-        } marker;
-        const ErrorEntry &entry = *findError(WARN_BRIGHTNESS);
-        QCoreApplication::installTranslator(&marker);
-        QCOMPARE(errorText(entry), QLatin1String("QObject:") + entry.text);
-        QCoreApplication::removeTranslator(&marker);
-        QCOMPARE(errorText(entry), entry.text);
+        QCOMPARE(findError(ERR_GENERAL)->text, "%1 ");
     }
 };
 

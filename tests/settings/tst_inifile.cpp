@@ -1,8 +1,6 @@
 #include "settings/inifile.h"
 #include "tests/support/devicetest.h"
 
-#include <sys/resource.h>
-
 class IniFileTest : public DeviceTest
 {
     Q_OBJECT
@@ -22,6 +20,10 @@ private Q_SLOTS:
         row("continued line", "[a]\nb=1\\\n2\n", IniFile::Sound, "12");
         row("blanks, tabs, no line end", "[ a ]\n\tb = 1", IniFile::Sound, "1");
         row("key before the first group", "c=1\n" + whole, IniFile::Sound, "1");
+        row("line break by an escape", whole + "c=\"1\\n2\\x0d\"\n[options]\nd=2\n", IniFile::Sound,
+            "1");
+        row("escape and open quote", whole + "c=1\\n2\nd=\"3\n[options]\ne=4\n", IniFile::Damaged,
+            "1");
         row("empty group", "[options]\n", IniFile::Sound, "");
         row("empty", QByteArray(), IniFile::Damaged, "");
         row("blank", "\n\n", IniFile::Damaged, "");
@@ -44,7 +46,7 @@ private Q_SLOTS:
     {
         FETCH(QByteArray, content, int, state, QString, value);
         root().write("/etc/file.ini", content);
-        const IniFile file(QStringLiteral("/etc/file.ini"));
+        const IniFile file("/etc/file.ini");
         QCOMPARE(int(file.state()), state);
         QCOMPARE(file.problem().isEmpty(), file.state() == IniFile::Sound);
         QCOMPARE(file.value("a/b").toString(), value);
@@ -88,14 +90,14 @@ private Q_SLOTS:
                 settings.setValue("group/" + entries.last().sKey, values[i]);
             }
         }
-        const QByteArray text = iniText(QStringLiteral("group"), entries);
+        const QByteArray text = iniText("group", entries);
         QCOMPARE(text, root().read("/tmp/file.ini"));
         const IniFile file(FileContent{FileContent::Readable, text, {}});
         for (const IniEntry &entry : entries) {
             QCOMPARE(file.value("group/" + entry.sKey).toString(), entry.sValue);
         }
         QCOMPARE(file.keys().size(), entries.size());
-        QCOMPARE(iniText(QStringLiteral("group"), {}), QByteArray());
+        QCOMPARE(iniText("group", {}), QByteArray());
     }
 };
 

@@ -1,8 +1,6 @@
 #include "settings/screenclass.h"
 #include "settings/veltautils.h"
-#include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/screen.h"
 
 #include <QGroupBox>
 #include <QLCDNumber>
@@ -10,8 +8,6 @@
 #include <QPlainTextEdit>
 #include <QTableView>
 #include <QToolButton>
-
-#include <sys/stat.h>
 
 namespace {
 constexpr char CommonDpi[] = "/proc/device-tree/qrd-specific/qrd_dpi_x_resolution";
@@ -166,12 +162,8 @@ private Q_SLOTS:
         setScreen({800, 480}, logicalDpi);
         for (const auto &[path, content] :
              {std::pair(CommonDpi, common), std::pair(DpiX, x), std::pair(DpiY, y)}) {
-            if (!content.isNull()) {
-                root().write(QLatin1String(path), content);
-            }
-            if (content == "fifo") {
-                root().remove(QLatin1String(path));
-                QCOMPARE(mkfifo(qPrintable(root().path(QLatin1String(path))), 0600), 0);
+            if (!root().plant(path, content) && !content.isNull()) {
+                root().write(path, content);
             }
         }
         QLabel label;
@@ -200,8 +192,7 @@ private Q_SLOTS:
         frame.setFont(pixelFont(10));
         BoxWatcher watcher;
         utils.scaleFont(&frame, 24);
-        QCOMPARE(watcher.texts(),
-                 QStringList(QStringLiteral("scaleFont called with unsupported widget QFrame")));
+        QCOMPARE(watcher.texts(), QStringList("scaleFont called with unsupported widget QFrame"));
         QCOMPARE(frame.font().pixelSize(), 10);
     }
 
@@ -239,8 +230,8 @@ private Q_SLOTS:
         QPixmap pixmap(8, 8);
         pixmap.fill(Qt::red);
         for (const bool bSquare : {false, true}) {
-            QPushButton button(QIcon(pixmap), QStringLiteral("Play"));
-            QPushButton plain(QStringLiteral("Ok"));
+            QPushButton button(QIcon(pixmap), "Play");
+            QPushButton plain("Ok");
             const int plainHeight = plain.height();
             for (QPushButton *pButton : {&button, &plain}) {
                 pButton->setMaximumWidth(64);

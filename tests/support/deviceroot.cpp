@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <sys/stat.h>
+
 namespace {
 constexpr char FirmwareState[] = "/simulator/firmware.state";
 }
@@ -32,9 +34,7 @@ void DeviceRoot::write(const QString &devicePath, const QByteArray &content) con
 {
     QDir().mkpath(QFileInfo(path(devicePath)).path());
     QFile file(path(devicePath));
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
-        qFatal("cannot write %s", qPrintable(file.fileName()));
-    }
+    need(file.open(QIODevice::WriteOnly) && file.write(content) == content.size(), file.fileName());
 }
 
 QByteArray DeviceRoot::read(const QString &devicePath) const
@@ -51,6 +51,24 @@ bool DeviceRoot::exists(const QString &devicePath) const
 void DeviceRoot::remove(const QString &devicePath) const
 {
     QFile::remove(path(devicePath));
+}
+
+bool DeviceRoot::plant(const QString &devicePath, const QByteArray &kind) const
+{
+    const QString name = path(devicePath);
+    QDir().mkpath(QFileInfo(name).path());
+    remove(devicePath);
+    if (kind == "fifo") {
+        return mkfifo(QFile::encodeName(name).constData(), 0600) == 0;
+    }
+    if (kind.endsWith("directory")) {
+        return QDir().mkpath(kind.startsWith("full") ? name + "/inner" : name);
+    }
+    const QString target = kind == "link" ? path("/tmp/target")
+        : kind == "dangling"              ? path("/tmp/none")
+        : kind == "loop"                  ? name
+                                          : QString();
+    return !target.isEmpty() && QFile::link(target, name);
 }
 
 void DeviceRoot::writeCommand(const QString &devicePath, const QByteArray &script) const

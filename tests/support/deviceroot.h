@@ -5,6 +5,14 @@
 #include <QString>
 #include <QTemporaryDir>
 
+/// Ends the test program where something that it needs is not there.
+inline void need(bool bThere, const QString &what)
+{
+    if (!bThere) {
+        qFatal("needed: %s", qPrintable(what));
+    }
+}
+
 /// A temporary device root with the folders of a device, in force (PANEL_ROOT) while it lives.
 class DeviceRoot
 {
@@ -20,6 +28,10 @@ public:
     QByteArray read(const QString &devicePath) const;
     bool exists(const QString &devicePath) const;
     void remove(const QString &devicePath) const;
+
+    /// Puts something else than a file there: "fifo", "directory", "full directory", or a link that
+    /// is "dangling", leads to itself ("loop"), or "link" to /tmp/target. False: no such kind.
+    bool plant(const QString &devicePath, const QByteArray &kind) const;
 
     /// Writes an executable shell script that stands for a device command.
     void writeCommand(const QString &devicePath, const QByteArray &script) const;

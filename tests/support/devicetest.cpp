@@ -10,9 +10,9 @@ void DeviceTest::init()
     setScreen({800, 480});
     // What the offscreen platform, a keyboard that is a FIFO and Qt's multi-touch driver, when it
     // has read all there is, say about themselves is no fault.
-    QTest::failOnWarning(QRegularExpression(
-        QStringLiteral("^(?!This plugin does not support|evdevkeyboard: Failed to query led"
-                       "|evdevtouch: Got EOF)")));
+    QTest::failOnWarning(
+        QRegularExpression("^(?!This plugin does not support|evdevkeyboard: Failed to query led"
+                           "|evdevtouch: Got EOF)"));
 }
 
 void DeviceTest::cleanup()
@@ -34,8 +34,6 @@ void DeviceTest::addRow(const QByteArray &name, const QVariantList &values)
 QVariant DeviceTest::fetchedValue(qsizetype nIndex)
 {
     QFETCH(QVariantList, values);
-    if (nIndex >= values.size()) {
-        qFatal("the row has no value %d", int(nIndex));
-    }
+    need(nIndex < values.size(), "a value in the row");
     return values[nIndex];
 }

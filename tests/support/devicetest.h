@@ -1,6 +1,9 @@
 #pragma once
 
+// What most tests need: include this alone.
+#include "tests/support/boxwatcher.h"
 #include "tests/support/deviceroot.h"
+#include "tests/support/screen.h"
 #include "tests/support/testmain.h"
 
 #include <QApplication>
@@ -11,6 +14,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMouseEvent>
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -21,9 +25,15 @@
 #include <QTest>
 #include <QTimer>
 #include <QVariant>
+#include <QWindow>
 
+#include <csignal>
+#include <fcntl.h>
 #include <functional>
 #include <memory>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 /// Settings of a panel with an address of its own; nothing protects the configuration.
 inline const QByteArray StaticSettings =
@@ -52,15 +62,19 @@ protected:
     {
         addRow(name, {variantOf(values)...});
     }
+    /// Two rows, of false and of true.
+    static void eitherWay(const QByteArray &off, const QByteArray &on)
+    {
+        row(off, false);
+        row(on, true);
+    }
     /// Value number \a nIndex of the row that is tested. A text in quotes may be fetched as QString
     /// and as QByteArray.
     template <typename Type>
     static Type fetched(qsizetype nIndex)
     {
         const QVariant value = fetchedValue(nIndex);
-        if (!value.canConvert<Type>()) {
-            qFatal("value %d of the row has another type", int(nIndex));
-        }
+        need(value.canConvert<Type>(), QStringLiteral("another type of value %1").arg(nIndex));
         return value.value<Type>();
     }
 

@@ -14,21 +14,16 @@ public:
         : sFolder(root.path(devicePath)), bRoot(geteuid() == 0)
     {
         constexpr uid_t Nobody = 65534;
-        chmod(qPrintable(root.path(QStringLiteral("/"))), 0755); // nobody is to reach it
+        chmod(qPrintable(root.path("/")), 0755); // nobody is to reach it
         chmod(qPrintable(sFolder), 0555);
-        if (bRoot && seteuid(Nobody) != 0) {
-            qFatal("cannot become nobody");
-        }
+        need(!bRoot || seteuid(Nobody) == 0, "to be nobody");
     }
     ~LockedFolder()
     {
-        if (bRoot && seteuid(0) != 0) {
-            qFatal("cannot become root again");
-        }
+        need(!bRoot || seteuid(0) == 0, "to be root again");
         chmod(qPrintable(sFolder), 0755);
     }
-    LockedFolder(const LockedFolder &) = delete;
-    LockedFolder &operator=(const LockedFolder &) = delete;
+    Q_DISABLE_COPY(LockedFolder)
 
 private:
     QString sFolder;

@@ -1,14 +1,21 @@
 #include "tests/support/screen.h"
 
+#include "tests/support/deviceroot.h"
+
 #include <QCoreApplication>
+#include <QDir>
 #include <QGuiApplication>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QScreen>
 #include <private/qguiapplication_p.h>
 #include <qpa/qplatformintegration.h>
 #include <qpa/qplatformnativeinterface.h>
 #include <qpa/qwindowsysteminterface.h>
+
+#include <algorithm>
+#include <unistd.h>
 
 void setScreen(const QSize &size, int dpi)
 {
@@ -23,9 +30,7 @@ void setScreen(const QSize &size, int dpi)
     auto *pNative = QGuiApplicationPrivate::platformIntegration()->nativeInterface();
     const auto setter =
         reinterpret_cast<Setter>(pNative->nativeResourceForIntegration("setConfiguration"));
-    if (!setter) {
-        qFatal("the tests need the offscreen platform");
-    }
+    need(setter, "the offscreen platform");
     const QJsonObject screen{{"name", "panel"},
                              {"x", 0},
                              {"y", 0},
@@ -35,12 +40,8 @@ void setScreen(const QSize &size, int dpi)
                              {"logicalBaseDpi", 96},
                              {"dpr", 1}};
     setter({{"screens", QJsonArray{screen}}}, pNative);
-    for (int i = 0; i < 10 && !taken(); ++i) {
-        QCoreApplication::processEvents();
-    }
-    if (!taken()) {
-        qFatal("the screen did not take the size %d x %d", size.width(), size.height());
-    }
+    processAll();
+    need(taken(), "a screen of that size");
 }
 
 void queueKey(Qt::Key key)
@@ -53,6 +54,23 @@ void queueKey(Qt::Key key)
 void deliverKeys()
 {
     QWindowSystemInterface::sendWindowSystemEvents(QEventLoop::AllEvents);
+}
+
+void processAll()
+{
+    for (int i = 0; i < 10; ++i) {
+        QCoreApplication::processEvents();
+    }
+}
+
+qsizetype openDescriptors(const QString &pattern, qint64 nPid)
+{
+    const QDir folder(QStringLiteral("/proc/%1/fd").arg(nPid == 0 ? getpid() : nPid));
+    const QFileInfoList entries = folder.entryInfoList(QDir::Files | QDir::System);
+    const QRegularExpression file(pattern);
+    return std::count_if(entries.cbegin(), entries.cend(), [&file](const QFileInfo &entry) {
+        return entry.symLinkTarget().contains(file);
+    });
 }
 
 const QList<PanelScreen> &panelScreens()

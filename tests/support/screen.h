@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QSize>
+#include <QString>
 #include <Qt>
 
 /// Gives the offscreen platform one screen of \a size pixels at \a dpi, at once. Windows that are
@@ -13,6 +14,12 @@ void queueKey(Qt::Key key);
 
 /// Delivers what waits in the queue of the window system, and nothing else: no timer fires.
 void deliverKeys();
+
+/// All that is posted or waits in the queue of the window system, and what comes of it.
+void processAll();
+
+/// How many files that match the \a pattern the process \a nPid, or this one, has open.
+qsizetype openDescriptors(const QString &pattern, qint64 nPid = 0);
 
 /// A screen that panels are built with, and the densest resolution that is usual for its size.
 struct PanelScreen

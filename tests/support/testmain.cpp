@@ -9,7 +9,7 @@
 int runPanelTest(int argc, char **argv, const char *name,
                  const std::function<int(int, char **)> &run)
 {
-    if (QFileInfo(QStringLiteral("/dev/shm")).isWritable()) {
+    if (QFileInfo("/dev/shm").isWritable()) {
         qputenv("TMPDIR", "/dev/shm"); // hundreds of devices are made
     }
     const QTemporaryDir home;

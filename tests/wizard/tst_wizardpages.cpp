@@ -34,7 +34,7 @@ private:
     // What the operator sees; the digits of a field stand at the front of their parts.
     QString shown(const char *edit) const
     {
-        const auto *pEdit = find<QLineEdit>(QLatin1String(edit));
+        const auto *pEdit = find<QLineEdit>(edit);
         QLineEdit fresh;
         fresh.setInputMask(pEdit->inputMask());
         fresh.setText(pEdit->text());
@@ -44,7 +44,7 @@ private:
     {
         return openKeyboard()->findChild<QLabel *>("panelLabel")->text();
     }
-    QString label(const char *name) const { return find<QLabel>(QLatin1String(name))->text(); }
+    QString label(const char *name) const { return find<QLabel>(name)->text(); }
 
     // The operator's hand on the screen or, with bKeys, on a keypad without a touchscreen.
     bool bKeys = false;
@@ -136,8 +136,7 @@ private Q_SLOTS:
             }
             QCOMPARE(changes(), expected);
         });
-        const auto text =
-            QStringLiteral("Error -201: %1 ip-data is not valid. Please enter correct data.");
+        const QString text = "Error -201: %1 ip-data is not valid. Please enter correct data.";
         QCOMPARE(watcher.texts(),
                  after.isEmpty() ? QStringList(text.arg(field.name)) : QStringList());
     }
@@ -152,12 +151,12 @@ private Q_SLOTS:
                 edit("FirstIPButton", text, closingKey);
                 return shown("FirstIPLineEdit");
             };
-            QCOMPARE(result("10.0.0.1", "ok"), QStringLiteral("10.0.0.1"));
-            QCOMPARE(result("9.9.9.9", "cancel"), QStringLiteral("10.0.0.1"));
-            QCOMPARE(result("0.0.0.1", "ok"), QStringLiteral("10.0.0.1"));
-            QCOMPARE(result("", "ok"), QStringLiteral("..."));
-            QCOMPARE(result("", "ok"), QStringLiteral("..."));
-            QCOMPARE(result("192.168.0.10", "ok"), QStringLiteral("192.168.0.10"));
+            QCOMPARE(result("10.0.0.1", "ok"), "10.0.0.1");
+            QCOMPARE(result("9.9.9.9", "cancel"), "10.0.0.1");
+            QCOMPARE(result("0.0.0.1", "ok"), "10.0.0.1");
+            QCOMPARE(result("", "ok"), "...");
+            QCOMPARE(result("", "ok"), "...");
+            QCOMPARE(result("192.168.0.10", "ok"), "192.168.0.10");
             toSummary();
             QCOMPARE(changes(), QStringList());
         });
@@ -197,7 +196,7 @@ private Q_SLOTS:
             }
             toPage(DnsPageId);
             QCOMPARE(shown("dns1_ip_Edit"), server);
-            QCOMPARE(shown("dns2_ip_Edit"), QStringLiteral("0.0.0.0"));
+            QCOMPARE(shown("dns2_ip_Edit"), "0.0.0.0");
             QCOMPARE(label("dns1_ip_Label"), QStringLiteral("DNS %1: ").arg(number));
             QCOMPARE(label("dns2_ip_Label"), QStringLiteral("DNS %1: ").arg(number + 1));
             QVERIFY(find("dns1_ip_Button")->isEnabled());
@@ -218,13 +217,13 @@ private Q_SLOTS:
                 return text;
             };
             toPage(DnsPageId);
-            QCOMPARE(caption(), QStringLiteral("DNS 2: "));
+            QCOMPARE(caption(), "DNS 2: ");
             press(QWizard::BackButton);
             press(QWizard::BackButton);
             toggleMode();
             toPage(DnsPageId);
-            QCOMPARE(label("dns2_ip_Label"), QStringLiteral("DNS 2: "));
-            QCOMPARE(caption(), QStringLiteral("DNS 1: "));
+            QCOMPARE(label("dns2_ip_Label"), "DNS 2: ");
+            QCOMPARE(caption(), "DNS 1: ");
             edit("dns1_ip_Button", "8.8.8.8");
             toSummary();
             QCOMPARE(
@@ -232,8 +231,7 @@ private Q_SLOTS:
                 QStringList({"Network OP-Mode: DHCP -> Static", "DNS 1: 192.168.0.2 -> 8.8.8.8"}));
         });
         QCOMPARE(watcher.texts().size(), 2);
-        QVERIFY(watcher.texts()[0].contains(QLatin1String("dns2")));
-        QVERIFY(watcher.texts()[1].contains(QLatin1String("dns1")));
+        QVERIFY(watcher.texts()[0].contains("dns2") && watcher.texts()[1].contains("dns1"));
     }
 
     void password_data()
@@ -261,14 +259,14 @@ private Q_SLOTS:
             for (const QString &entry : entries.split(u',')) {
                 QTRY_VERIFY(openKeyboard());
                 QVERIFY(!buttonsVisible().contains(true));
-                QCOMPARE(keyboardCaption(), QStringLiteral("Password: "));
+                QCOMPARE(keyboardCaption(), "Password: ");
                 QCOMPARE(openKeyboard()->lineEdit()->text(), QString());
-                if (entry == QLatin1String("timeout")) {
+                if (entry == "timeout") {
                     for (int i = 0; i < 20; ++i) {
                         QVERIFY(openKeyboard());
                         QMetaObject::invokeMethod(openKeyboard(), "UpdateTimeout");
                     }
-                } else if (entry == QLatin1String("cancel")) {
+                } else if (entry == "cancel") {
                     touch(key(entry));
                 } else {
                     enter(entry);
@@ -365,11 +363,7 @@ private Q_SLOTS:
         });
     }
 
-    void wholeRoad_data()
-    {
-        row("touch", false);
-        row("keypad", true);
-    }
+    void wholeRoad_data() { eitherWay("touch", "keypad"); }
     void wholeRoad()
     {
         FETCH(bool, keys);

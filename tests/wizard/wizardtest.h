@@ -2,10 +2,8 @@
 
 #include "input/qveltalineedit.h"
 #include "input/veltainputpanel.h"
-#include "tests/support/boxwatcher.h"
 #include "tests/support/devicetest.h"
 #include "tests/support/openkeyboard.h"
-#include "tests/support/screen.h"
 #include "wizard/veltawizard.h"
 
 #include <QListWidget>
