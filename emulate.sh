@@ -20,11 +20,12 @@ installed, and runs it until Ctrl-C or until it is switched off.
                  vnc     a VNC server on this machine's loopback address (default elsewhere)
                  none    nothing to look at but pictures
   --touch KIND   single, multi or none (default: as the device was made, else single)
+  --lean         with the lean package installed
   --shell        a root shell of the device on this terminal (Ctrl-A X ends the emulator)
   --fresh        make the device anew, though it is there
 
 A device keeps what it has saved until it is made anew: by --fresh, by another screen or touchscreen,
-or because the packages have changed. Everything lies in build/.
+by --lean or without it again, or because the packages have changed. Everything lies in build/.
 END
 }
 
@@ -33,11 +34,17 @@ usageError() {
     exit 2
 }
 
-arguments=() view=''
+arguments=() image=() view=''
 while (($#)); do
     option=${1%%=*}
     case $1 in
     -h | --help) usage; exit 0 ;;
+    --lean)
+        export EMULATOR_LEAN=1
+        image=(--lean)
+        shift
+        continue
+        ;;
     --fresh | --shell) arguments+=("$1"); shift; continue ;;
     --screen=* | --view=* | --touch=*) value=${1#*=}; shift ;;
     --screen | --view | --touch)
@@ -62,6 +69,6 @@ view=$(chosenView "$view" "${DISPLAY:-}${WAYLAND_DISPLAY:-}")
 viewPackages=()
 [[ $view != window ]] || viewPackages=(qemu-system-gui)
 
-emulator/image.sh
+emulator/image.sh "${image[@]}"
 installPackages "${viewPackages[@]}"
 exec python3 emulator/emulate.py --view "$view" "${arguments[@]}"

@@ -26,11 +26,8 @@ int main(int argc, char *argv[])
     [[maybe_unused]] static const auto *const pEndingLimit = new EndingLimit;
     prepareEnvironment();
     ServiceNotifier serviceNotifier;
-    std::optional<FontConfiguration> fontConfiguration(std::in_place);
-    std::optional<DisplayCheck> displayCheck([&] {
-        fontConfiguration.reset();
-        standardStreams.reset();
-    });
+    prepareFontConfiguration();
+    std::optional<DisplayCheck> displayCheck([&] { standardStreams.reset(); });
     QApplication application(argc, argv);
     if (!DisplayCheck::hasScreen()) {
         return DisplayCheck::ExitCode;
@@ -43,7 +40,6 @@ int main(int argc, char *argv[])
     // the start-up page is there.
     const bool bFontsLoaded = loadFonts();
     installLanguage();
-    fontConfiguration.reset();
 
     // A calibration that nobody has accepted is taken back by a destructor.
     const TerminationSignals terminationSignals;
@@ -51,12 +47,13 @@ int main(int argc, char *argv[])
     const ScreenHandover screenHandover;
     QObject::connect(&screenHandover, &ScreenHandover::firstFrame, &application,
                      [&serviceNotifier] { serviceNotifier.ready(); });
-    MainWindow window;
+    MainWindow window(nullptr, &screenHandover);
+    QObject::connect(&window, &MainWindow::complete, &windowServer,
+                     [&windowServer] { windowServer.openPointer(); });
 
     QApplication::setOverrideCursor(Qt::BlankCursor);
     gCursorHidden = true;
     windowServer.setCursorVisible(false);
-    windowServer.openPointer();
 
     window.show();
     const std::unique_ptr<VeltaInfoBox> pFontWarning = bFontsLoaded ? nullptr : showFontWarning();

@@ -9,6 +9,7 @@
 #include "app/rowfit.h"
 #include "infobox/veltainfobox.h"
 #include "platform/devicepath.h"
+#include "platform/screenhandover.h"
 #include "platform/servicenotifier.h"
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
@@ -21,6 +22,7 @@
 #include <QApplication>
 #include <QDebug>
 #include <QFile>
+#include <QIcon>
 #include <QKeyEvent>
 #include <QScreen>
 #include <QTimer>
@@ -60,7 +62,7 @@ void setPointSize(QWidget *widget, int points)
 
 } // namespace
 
-MainWindow::MainWindow(QWidget *parent)
+MainWindow::MainWindow(QWidget *parent, const ScreenHandover *screen)
     : QStackedWidget(parent), pUi(std::make_unique<Ui::MainWindow>()),
       pCalibrationRequests(std::make_unique<CalibrationRequests>()),
       pRestart(new RestartSequence(devicePath(RebootCommand), this))
@@ -71,8 +73,12 @@ MainWindow::MainWindow(QWidget *parent)
     adaptToScreen();
     pUi->sp_progressBar01->setRange(0, 0);
     connectAll();
-    updateDeviceInfo();
-    pCalibrationRequests->detectTouchType();
+    if (screen) {
+        connect(screen, &ScreenHandover::firstFrame, this, &MainWindow::finishStart,
+                Qt::QueuedConnection);
+    } else {
+        adaptOtherPages();
+    }
     pProgressTimer->start();
     pVisibilityTimer->start();
     hide();
@@ -86,9 +92,10 @@ MainWindow::MainWindow(QWidget *parent)
     focusConfigButton();
     showPage(pUi->startupPage);
     show();
-    updateAppName();
     pScreenshotTimer->start();
-    watchInputDevices();
+    if (!screen) {
+        finishStart();
+    }
 }
 
 MainWindow::~MainWindow()
@@ -138,12 +145,12 @@ void MainWindow::adaptToScreen()
     }
     resize(screen);
     if (screen == QSize(320, 240)) {
+        setPointSize(pUi->label_startpage, 28);
         for (QLabel *pLabel : {pUi->label_fw, pUi->label_ip, pUi->label_dummy, pUi->label_mask,
                                pUi->label_rts, pUi->label_mac}) {
             setPointSize(pLabel, 9);
         }
         setPointSize(pUi->label_stopped, 28);
-        setPointSize(pUi->label_startpage, 28);
         setPointSize(pUi->label_appname, 14);
     }
     const WindowServer *pServer = WindowServer::instance();
@@ -152,6 +159,19 @@ void MainWindow::adaptToScreen()
         pUi->pushButtonConfig->hide();
         pUi->pushButtonStartApp->setFocusPolicy(Qt::NoFocus); // it would be the only one to get it
     }
+    RowFit(pUi->startupPage).fit({pUi->label_startpage});
+}
+
+void MainWindow::adaptOtherPages()
+{
+    QIcon startIcon(QStringLiteral(":/main/img/play-button.png"));
+    startIcon.addFile(QStringLiteral(":/main/img/error.png"), {}, QIcon::Disabled);
+    pUi->pushButtonStartApp->setIcon(startIcon);
+    pUi->pushButtonConfig->setIcon(QIcon(QStringLiteral(":/main/img/settings-icon.png")));
+    for (QPushButton *pButton : {pUi->pushButtonStartApp, pUi->pushButtonConfig}) {
+        pButton->setStyleSheet(QStringLiteral("border: none;\noutline: none;"));
+    }
+    const QSize screen = primaryScreenSize();
     VeltaUtils utils;
     const int nIndex = utils.resolutionIndex(screen.width(), screen.height());
     utils.scaleFont(pUi->label_restartText, nIndex);
@@ -167,8 +187,23 @@ void MainWindow::adaptToScreen()
     QSizePolicy policy = pUi->pushButtonStartApp->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     pUi->pushButtonStartApp->setSizePolicy(policy);
-    RowFit(pUi->startupPage).fit({pUi->label_startpage});
     pPreviewTexts = std::make_unique<PreviewTexts>(pUi.get());
+    pPreviewTexts->updateDeviceInfo();
+    pPreviewTexts->updateAppName(plcStatus);
+}
+
+// Pages that are not shown yet, drivers that are plug-ins: what takes as long as the first frame.
+void MainWindow::finishStart()
+{
+    if (pKeyboardWatcher) {
+        return;
+    }
+    if (!pPreviewTexts) {
+        adaptOtherPages();
+    }
+    pCalibrationRequests->detectTouchType();
+    watchInputDevices();
+    Q_EMIT complete();
 }
 
 void MainWindow::showPage(QWidget *page)
@@ -209,6 +244,7 @@ void MainWindow::doProgressBar()
 
 void MainWindow::controlVisibility()
 {
+    finishStart();
     if (!runtimeLink.isOpen()) {
         ServiceNotifier::setStatus(QStringLiteral("Waiting for the PLC runtime"));
         runtimeLink = RuntimeLink::open();
@@ -399,18 +435,24 @@ void MainWindow::changeEvent(QEvent *event)
     if (event->type() == QEvent::LanguageChange) {
         pUi->retranslateUi(this); // puts the form's texts also where code has put others
         showRestartText();
-        pPreviewTexts->restore(plcStatus);
+        if (pPreviewTexts) {
+            pPreviewTexts->restore(plcStatus);
+        }
     }
 }
 
 void MainWindow::updateDeviceInfo()
 {
-    pPreviewTexts->updateDeviceInfo();
+    if (pPreviewTexts) { // else it is done at the end of the start
+        pPreviewTexts->updateDeviceInfo();
+    }
 }
 
 void MainWindow::updateAppName()
 {
-    pPreviewTexts->updateAppName(plcStatus);
+    if (pPreviewTexts) {
+        pPreviewTexts->updateAppName(plcStatus);
+    }
 }
 
 void MainWindow::startAppButtonPressed()

@@ -14,6 +14,7 @@ class KeyboardWatcher;
 class PreviewTexts;
 class QTimer;
 class RestartSequence;
+class ScreenHandover;
 
 namespace Ui {
 class MainWindow;
@@ -30,7 +31,9 @@ class MainWindow : public QStackedWidget
     Q_OBJECT
 
 public:
-    explicit MainWindow(QWidget *parent = nullptr);
+    /// \a screen: what the first frame does not show, waits until it has told of that frame, or for
+    /// the first tick. Without, the window is complete at once.
+    explicit MainWindow(QWidget *parent = nullptr, const ScreenHandover *screen = nullptr);
     ~MainWindow() override;
 
     /// Reads versions and address data and shows them on the preview page. Cheap when nothing
@@ -42,6 +45,8 @@ public:
 Q_SIGNALS:
     /// Seconds to show on the restart page.
     void triggerLcd(int seconds);
+    /// The window is complete: input devices may be opened.
+    void complete();
 
 public Q_SLOTS:
     void doProgressBar();
@@ -64,6 +69,8 @@ protected:
 private:
     // Construction
     void adaptToScreen();
+    void adaptOtherPages();
+    void finishStart();
     void createTimers();
     void connectAll();
     void watchInputDevices();

@@ -9,6 +9,8 @@
 #include <QApplication>
 #include <QFontDatabase>
 
+#include <iterator>
+
 namespace {
 
 constexpr auto FontFolder = QLatin1String("/usr/lib/fonts/");
@@ -32,6 +34,8 @@ void prepareEnvironment()
 {
     // Screen classes and touches are in real pixels.
     qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
+    // Every pattern is used a few times at most: to compile it costs more.
+    qputenv("QT_ENABLE_REGEXP_JIT", "0");
     // It would replace what is said of every keyboard, the way to end the program by keys included.
     qunsetenv("QT_QPA_EVDEV_KEYBOARD_PARAMETERS");
     for (const char *variable : {"QT_QPA_FB_DISABLE_INPUT", "QT_QPA_EGLFS_DISABLE_INPUT"}) {
@@ -44,7 +48,9 @@ void prepareEnvironment()
 void setUpLook(QApplication &application)
 {
     application.setStyle(new PanelStyle);
-    QApplication::setFont(QFont(FontFamily, FontPoints));
+    QFont font(FontFamily, FontPoints);
+    font.setHintingPreference(QFont::PreferVerticalHinting); // with fontconfig and without
+    QApplication::setFont(font);
     // While the PLC runs the main window is hidden: a box that closes then must not end the
     // program.
     QApplication::setQuitOnLastWindowClosed(false);
@@ -53,6 +59,11 @@ void setUpLook(QApplication &application)
 
 bool loadFonts()
 {
+#if !QT_CONFIG(fontconfig)
+    if (QFontDatabase::styles(FontFamily).size() >= qsizetype(std::size(FontFiles))) {
+        return true; // Qt has read the folder: see prepareFontConfiguration()
+    }
+#endif
     bool bLoaded = true;
     for (const QLatin1String name : FontFiles) {
         bLoaded = loadFont(name) && bLoaded;

@@ -30,8 +30,7 @@ def power_on_800x480():
     with running(panel):
         power_on(panel)
         panel.wait_agent()
-        panel.agent.check("while systemctl is-system-running | grep -q starting; do sleep 0.1; done",
-                          limit=60)
+        panel.wait_booted()
         panel.watch_still(panel.wait_still(), IDLE)
         panel.remember(READY)
 

@@ -3,7 +3,7 @@
 import time
 
 from checks import (check, expect, expect_equal, new_settings, ready_panel, restart_unit)
-from common import LOOK, PROJECT, Failure, patience, wait_for
+from common import LOOK, PROJECT, Failure, is_lean, patience, wait_for
 
 DROP_IN = "/run/systemd/system/operator-panel.service.d/limit.conf"
 SHORT_LIMIT = 4  # seconds: a watchdog that bites sooner, for what waits for a multiple of it
@@ -144,6 +144,34 @@ def stops_in_time():
         print(", ".join(f"{name} {value:.2f} s" for name, value in seconds.items()))
         for name, value in seconds.items():
             expect(value <= STOP_LIMIT * patience(), f"stopping took {value:.1f} s in the {name}")
+
+
+def ordered_before(panel, unit):
+    """The units that a unit's start waits for, and those that their starts wait for."""
+    script = ("systemctl list-units --all --plain --no-legend --full | while read -r name rest; do "
+              "echo \"$name $(systemctl show -p After --value -- \"$name\")\"; done")
+    after = {words[0]: words[1:] for words in
+             (line.split() for line in panel.agent.check(script, limit=120).splitlines())}
+    expect(any("network" in name for name in after), "the device has no network to wait for")
+    found, waiting = set(), [unit]
+    while waiting:
+        for name in after.get(waiting.pop(), []):
+            if name not in found:
+                found.add(name)
+                waiting.append(name)
+    return found
+
+
+@check(7, 60)
+def start_waits_for_little():
+    """The panel's start waits neither for the network nor for udev to settle, the lean one for less."""
+    unneeded = ("network", "settle", "ifup", "dhcp", "connman")
+    with ready_panel("start_waits_for_little") as panel:
+        before = ordered_before(panel, "operator-panel.service")
+        if is_lean():
+            unneeded += ("sysinit.target", "basic.target", "udev", "tmpfiles")
+        wrong = sorted(name for name in before if any(word in name for word in unneeded))
+        expect(not wrong, f"the panel's start waits for {', '.join(wrong)}")
 
 
 @check(7, 35)

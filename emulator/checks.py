@@ -3,7 +3,7 @@
 from collections import namedtuple
 from contextlib import contextmanager
 
-from common import Failure
+from common import Failure, is_lean
 from machine import Kind
 from panel import FIRST_PAGE_LIMIT, Panel
 
@@ -11,7 +11,7 @@ WIDE_PANEL = Kind("800x480", "single")
 SMALL_PANEL = Kind("480x272", "single")
 MULTI_TOUCH_PANEL = Kind("800x480", "multi")
 # The state in which most checks begin: WIDE_PANEL on its preview page.
-READY = "ready"
+READY = "ready-lean" if is_lean() else "ready"
 
 Check = namedtuple("Check", "group name seconds first own apart run")
 ALL = []
@@ -71,6 +71,7 @@ def booted_panel(name, kind, **options):
     with running(panel):
         panel.boot(**options)
         panel.wait_page("preview", FIRST_PAGE_LIMIT)
+        panel.wait_booted()
         yield panel
 
 

@@ -10,11 +10,18 @@ BUILD = PROJECT / "build" / "emulator"
 
 # Every limit is multiplied by it: for slow machines.
 PATIENCE_VARIABLE = "EMULATOR_PATIENCE"
+# "1": the devices have the lean package installed. Set by the scripts' option --lean.
+LEAN_VARIABLE = "EMULATOR_LEAN"
 LOOK = 0.05  # seconds between two looks at a condition
 
 
 class Failure(Exception):
     """Something that cannot be done; its text is one line for whoever called."""
+
+
+def is_lean():
+    """Whether the devices are those with the lean package."""
+    return os.environ.get(LEAN_VARIABLE) == "1"
 
 
 def patience():

@@ -70,7 +70,7 @@ def run(options):
         screen = options.screen or before.get("screen", "800x480")
         touch = options.touch or before.get("touch", "single")
         description = json.dumps({"screen": screen, "touch": touch,
-                                  "image": (IMAGE / "ext4.stamp").read_text()})
+                                  "image": (IMAGE / f"{machine.image}.stamp").read_text()})
         machine.kind = Kind(screen, touch)
         machine.words = "panel.shell" if options.shell else ""
         fresh = options.fresh or not same_device(machine.folder, description)

@@ -1,23 +1,38 @@
 #!/usr/bin/env bash
 # Measures the panel on the emulated device: seconds to the first frame, memory, idle load; and the
-# size of its packages.
+# size of its packages. Or compares the lean program with the ordinary one.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-case ${1:-} in
--h | --help)
+usage() {
     cat <<'END'
 Usage: emulator/figures.sh [RUNS]
+       emulator/figures.sh --lean [PAIRS [BOOTS]]
 
-Prints the panel's figures on the emulated device, the medians of RUNS starts (3).
+Prints the panel's figures on the emulated device, the medians of RUNS starts (3). With --lean it
+compares the lean program with the ordinary one, in PAIRS of starts (15), and how soon after the start
+of init each is seen, in so many BOOTS of each image (5).
 END
-    exit 0
-    ;;
-'' | [1-9] | [1-9][0-9]) ;;
-*) printf "figures.sh: '%s' is no number of runs (see --help)\n" "$1" >&2; exit 2 ;;
-esac
-(($# <= 1)) || { printf "figures.sh: unknown argument '%s' (see --help)\n" "$2" >&2; exit 2; }
+}
+
+usageError() {
+    printf 'figures.sh: %s (see emulator/figures.sh --help)\n' "$*" >&2
+    exit 2
+}
+
+lean='' numbers=()
+for word in "$@"; do
+    case $word in
+    -h | --help) usage; exit 0 ;;
+    --lean) lean=yes ;;
+    [1-9] | [1-9][0-9]) numbers+=("$word") ;;
+    *) usageError "'$word' is no number of runs" ;;
+    esac
+done
+((${#numbers[@]} <= (${lean:+1} + 1))) || usageError "too many numbers"
 
 emulator/image.sh
-exec python3 emulator/figures.py "${1:-3}"
+[[ $lean ]] || exec python3 emulator/figures.py "${numbers[0]:-3}"
+emulator/image.sh --lean
+exec python3 emulator/compare.py "${numbers[0]:-15}" "${numbers[1]:-5}"

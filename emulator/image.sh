@@ -12,16 +12,18 @@ source packaging/debian.sh
 
 usage() {
     cat <<'END'
-Usage: emulator/image.sh [--fs ext4|f2fs]
+Usage: emulator/image.sh [--lean] [--fs ext4|f2fs]
 
-Makes what the emulated device boots from, with a root file system of the kind named (ext4).
+Makes what the emulated device boots from, with a root file system of the kind named (ext4). With
+--lean the lean package is installed in it in the place of the ordinary one.
 END
 }
 
-fs=ext4
+fs=ext4 lean=()
 while (($#)); do
     case $1 in
     -h | --help) usage; exit 0 ;;
+    --lean) lean=(--lean); shift ;;
     --fs=ext4 | --fs=f2fs) fs=${1#*=}; shift ;;
     --fs)
         [[ ${2:-} =~ ^(ext4|f2fs)$ ]] \
@@ -133,7 +135,7 @@ makeRoot() {
     for package in "$@"; do
         dpkg-deb --fsys-tarfile "$package" | tar -x -p --keep-directory-symlink -C "$root"
     done
-    for name in agent touchscreen visualisation; do
+    for name in agent framewatch touchscreen visualisation; do
         put "build/armhf/emulator/guest/$name" "usr/lib/emulator/$name" 0755
     done
     put emulator/guest/network usr/lib/emulator/network 0755
@@ -183,7 +185,7 @@ rootIsOwner() {
 }
 
 makeFileSystem() {
-    local new=$image/root.$fs.new log=$work/$fs.log
+    local new=$image/root.$name.new log=$work/$name.log
     rm -f -- "$new"
     truncate -s 512M "$new"
     case $fs in
@@ -195,16 +197,15 @@ makeFileSystem() {
             && rootIsOwner sload.f2fs -P -f "$root" "$new" >>"$log" 2>&1
         ;;
     esac || die "making the $fs file system failed: $(tail -n 1 "$log")"
-    mv -- "$new" "$image/root.$fs"
+    mv -- "$new" "$image/root.$name"
 }
 
 # panelPackages: files of the panel's packages.
 panelPackages() {
-    local version name
-    version=$(dpkg-parsechangelog --show-field Version)
-    for name in operator-panel operator-panel-simulator; do
-        printf '%s\n' "build/packages/${name}_${version}_$architecture.deb"
-    done
+    local version panel=operator-panel
+    version=$(dpkg-parsechangelog --show-field Version)_$architecture
+    ((${#lean[@]} == 0)) || panel=lean/operator-panel-lean
+    printf 'build/packages/%s.deb\n' "${panel}_$version" "operator-panel-simulator_$version"
 }
 
 # checkDependencies PACKAGE...: dies when the tree lacks what one of them depends on.
@@ -224,19 +225,21 @@ mkdir -p "$image"
 oneAtATime emulator
 makeTree
 packaging/build.sh --arch "$architecture"
+((${#lean[@]} == 0)) || packaging/build.sh --arch "$architecture" --lean
 mapfile -t packages < <(panelPackages)
 checkDependencies "${packages[@]}"
 configureAndBuild armhf emulator-guest
 configureAndBuild debug panelctl
-stamp="$(sha256sum "${packages[@]}" build/armhf/emulator/guest/{agent,touchscreen,visualisation} \
+stamp="$(sha256sum "${packages[@]}" build/armhf/emulator/guest/{agent,framewatch,touchscreen,visualisation} \
     emulator/image.sh emulator/guest/network emulator/guest/units/* "$tree.stamp")"
-if [[ -e $image/root.$fs && $(cat "$image/$fs.stamp" 2>/dev/null) == "$stamp" ]]; then
+name=${lean:+lean-}$fs
+if [[ -e $image/root.$name && $(cat "$image/$name.stamp" 2>/dev/null) == "$stamp" ]]; then
     exit 0
 fi
-say "Making the emulated device's $fs file system"
+say "Making the emulated device's $name file system"
 ownImage
-rm -f -- "$image/$fs.stamp"
+rm -f -- "$image/$name.stamp"
 makeRoot "${packages[@]}"
 makeFileSystem
 rm -rf -- "$root"
-printf '%s\n' "$stamp" >"$image/$fs.stamp"
+printf '%s\n' "$stamp" >"$image/$name.stamp"

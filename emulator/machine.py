@@ -14,7 +14,7 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 from agent import Agent, AgentAway
-from common import BUILD, PROJECT, Failure, replace_file, wait_for
+from common import BUILD, PROJECT, Failure, is_lean, replace_file, wait_for
 from picture import Picture
 from qmp import Qmp
 
@@ -168,6 +168,8 @@ class Machine:
     fs: str = "ext4"
     view: tuple = ("-display", "none")
     words: str = ""  # further words of the kernel's command line
+    lean: bool = field(default_factory=is_lean)  # the lean package is installed
+    second_disk: Path = None  # a file that is /dev/vdb, read only
     process: subprocess.Popen = None
     qmp: Qmp = None
     agent: Agent = None
@@ -176,6 +178,11 @@ class Machine:
     @property
     def folder(self):
         return RUNS / self.name
+
+    @property
+    def image(self):
+        """Name of the image that its disk begins with."""
+        return f"lean-{self.fs}" if self.lean else self.fs
 
     # ---- power -----------------------------------------------------------------------------------
 
@@ -188,12 +195,16 @@ class Machine:
         disk = self.folder / "disk"
         if fresh:
             disk.unlink(missing_ok=True)
-            image = backing or IMAGE / f"root.{self.fs}"
+            image = backing or IMAGE / f"root.{self.image}"
             form = "qcow2" if backing else "raw"
             run_tool("qemu-img", "create", "-q", "-f", "qcow2", "-F", form, "-b", str(image),
                      str(disk))
         words = f"{KERNEL_WORDS} panel.fs={self.fs} {self.words}".strip()
-        command = base_command(self.kind) + [
+        command = base_command(self.kind)
+        if self.second_disk: # in front of the first: the kernel counts from behind
+            command += ["-drive", f"if=none,id=other,format=raw,readonly=on,file={self.second_disk}",
+                        "-device", "virtio-blk-device,drive=other"]
+        command += [
             "-kernel", str(IMAGE / "vmlinuz"), "-initrd", str(initrd), "-dtb", str(tree),
             "-append", words, "-serial", serial,
             "-drive", "if=none,id=disk,format=qcow2,file=disk,cache=writeback",

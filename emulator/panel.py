@@ -37,6 +37,14 @@ class Panel(Machine):
         self.start(backing=KINDS / f"{name}.disk", incoming=KINDS / f"{name}.state")
         self.agent.check("true")
 
+    def wait_booted(self):
+        """Returns when all services of the device have been started and its touchscreen is there."""
+        self.agent.check("while systemctl is-system-running | grep -q starting; do sleep 0.1; done",
+                         limit=60)
+        if self.kind.touch != "none":
+            self.agent.check("until test -e /dev/input/touchscreen; do sleep 0.1; done", limit=60)
+            time.sleep(GLANCE)
+
     def boot_id(self):
         """What is another one after each start of the device."""
         return self.agent.check("cat /proc/sys/kernel/random/boot_id").strip()

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Makes the Debian packages of the panel and of its simulator in build/packages. Installs what it
-# needs; for ARM it makes the sysroot, too. Where sources and packages have not changed it does
+# needs; for ARM it makes the sysroot, for the lean package its Qt, too. Where sources and packages have not changed it does
 # nothing.
 set -euo pipefail
 exec </dev/null
@@ -13,11 +13,12 @@ source packaging/debian.sh
 
 usage() {
     cat <<'END'
-Usage: packaging/build.sh [--arch ARCH]
+Usage: packaging/build.sh [--arch ARCH] [--lean]
 
 Makes the Debian packages in build/packages.
 
   --arch ARCH      of this machine (default), or armhf
+  --lean           the package operator-panel-lean instead, in build/packages/lean
 END
 }
 
@@ -27,10 +28,11 @@ usageError() {
 }
 
 own=$(dpkg --print-architecture) || die "this is no Debian: dpkg is missing"
-architecture=$own
+architecture=$own lean=''
 while (($#)); do
     case $1 in
     -h | --help) usage; exit 0 ;;
+    --lean) lean=yes; shift ;;
     --arch=*) architecture=${1#*=}; shift ;;
     --arch)
         (($# > 1)) || usageError "option $1 needs a value"
@@ -45,13 +47,20 @@ done
 
 installPackages "${BuildPackages[@]}" "${PackagingPackages[@]}"
 options=(--no-sign --build=full)
-sysrootStamp=''
+sysrootStamp='' results=$PWD/build/packages
 if [[ $architecture != "$own" ]]; then
     packaging/sysroot.sh
     export PANEL_SYSROOT=$PWD/build/sysroot/$architecture
     sysrootStamp=$(cat "$PANEL_SYSROOT.stamp")
     # What it is built with is in the sysroot, of which dpkg knows nothing.
     options=(--no-sign --build=any --host-arch "$architecture" --no-check-builddeps)
+fi
+if [[ $lean ]]; then
+    packaging/lean-qt.sh --arch "$architecture"
+    export PANEL_LEAN_QT=$PWD/build/lean-qt/$architecture
+    sysrootStamp+=$(cat "$PANEL_LEAN_QT.stamp")
+    options=(--build-profiles=pkg.operator-panel.lean "${options[@]/--build=full/--build=any}")
+    results+=/lean
 fi
 # Debug symbols double the time and are of use to who looks for a fault: ask for them with
 # DEB_BUILD_OPTIONS= in the environment.
@@ -63,13 +72,12 @@ if command -v ccache >/dev/null; then
 fi
 
 # dpkg-buildpackage writes beside the folder that it works in: that is a copy.
-results=$PWD/build/packages
 work=$results/$architecture
 version=$(dpkg-parsechangelog --show-field Version)
 SOURCE_DATE_EPOCH=$(dpkg-parsechangelog --show-field Timestamp)
 export SOURCE_DATE_EPOCH
 tree=$work/operator-panel-$version
-oneAtATime "packages-$architecture"
+oneAtATime "packages$lean-$architecture"
 mkdir -p "$work"
 # Neither what git holds nor what a build or a simulated device has left.
 archiveSources() {
@@ -91,7 +99,7 @@ if isComplete 2>/dev/null; then
     rm "$work/sources.tar"
     exit 0
 fi
-say "Building the packages for $architecture"
+say "Building the ${lean:+lean }packages for $architecture"
 rm -rf -- "$work/stamp" "$work"/operator-panel*
 mkdir "$tree"
 tar -x -f "$work/sources.tar" -C "$tree"

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # What must hold of the packages in build/packages: lintian has nothing to say, the units can be
 # read and their programs are there, the panel's unit is as closed as its children allow, the
-# installed programs run, and the device's own firmware library goes before the simulated one.
+# installed programs run, and the device's own firmware library goes before the simulated one. Where
+# packaging/build.sh --lean has made lean packages: that their program is one small file.
 set -euo pipefail
 exec </dev/null
 
@@ -109,10 +110,30 @@ checkPrograms() {
     trap - EXIT
 }
 
+# checkLean: needs the firmware library, the C and C++ libraries, and tslib, whose plug-ins are shared
+# objects that want its symbols from libts.so.0; is smaller than 10 MB.
+checkLean() {
+    local package found program=$work/lean/usr/bin/operator-panel largest=$((10 * 1000 * 1000))
+    for package in "$packages/lean/operator-panel-lean_${version}_"*.deb; do
+        [[ -e $package ]] || return 0
+        rm -rf -- "$work/lean"
+        dpkg-deb --extract "$package" "$work/lean"
+        found=$(readelf --wide --dynamic "$program" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' \
+            | grep -vxE 'libfirmware\.so|libts\.so\.0|lib(c|m|stdc\+\+|gcc_s)\.so\.[16]|ld-linux.*') || true
+        [[ -z $found ]] || fails "$package needs other libraries than it should" "$found"
+        found=$(stat -c %s "$program")
+        ((found <= largest)) || die "the program in $package has $found bytes"
+    done
+    found=$(lintian --allow-root --fail-on none --tag-display-limit 0 \
+        "$packages/lean/operator-panel_${version}_"*.changes 2>&1) || true
+    [[ -z $found ]] || fails "lintian found something in the lean packages" "$found"
+}
+
 say "Checking the packages"
 unpack
 checkPackages
 checkUnits
 checkFirmware
 checkPrograms
+checkLean
 rm -rf -- "$work"

@@ -1,12 +1,13 @@
 #include "platform/fontconfiguration.h"
 
-#include <QDir>
-#include <QFileInfo>
-#include <QTemporaryFile>
+#include <QtGui/qtguiglobal.h>
+
+#if QT_CONFIG(fontconfig)
+
+#include <fontconfig/fontconfig.h>
+#include <memory>
 
 namespace {
-
-constexpr char FileVariable[] = "FONTCONFIG_FILE";
 
 constexpr char Configuration[] = R"(<?xml version="1.0"?>
 <fontconfig>
@@ -16,29 +17,38 @@ constexpr char Configuration[] = R"(<?xml version="1.0"?>
 </fontconfig>
 )";
 
+struct Destroy
+{
+    void operator()(FcConfig *config) const { FcConfigDestroy(config); }
+};
+
 } // namespace
 
-FontConfiguration::FontConfiguration()
+// As the value of the process, not as a file: with a file the library reads, besides, everything
+// that a system's configuration could be made of.
+void prepareFontConfiguration()
 {
-    if (qEnvironmentVariableIsSet(FileVariable)) {
+    if (qEnvironmentVariableIsSet("FONTCONFIG_FILE")) {
         return;
     }
-    // Of a start that is broken off nothing stays in the folder of a service's run.
-    QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    if (folder.isEmpty() || !QFileInfo(folder).isWritable()) {
-        folder = QDir::tempPath();
-    }
-    pFile = std::make_unique<QTemporaryFile>(folder + QLatin1String("/fonts-XXXXXX.conf"));
-    if (pFile->open() && pFile->write(Configuration) > 0 && pFile->flush()) {
-        qputenv(FileVariable, QFile::encodeName(pFile->fileName()));
-    } else {
-        pFile.reset();
+    const std::unique_ptr<FcConfig, Destroy> configuration(FcConfigCreate());
+    if (configuration
+        && FcConfigParseAndLoadFromMemory(configuration.get(),
+                                          reinterpret_cast<const FcChar8 *>(Configuration), FcTrue)
+        && FcConfigBuildFonts(configuration.get())) {
+        FcConfigSetCurrent(configuration.get()); // which takes a reference of its own
     }
 }
 
-FontConfiguration::~FontConfiguration()
+#else
+
+#include "platform/devicepath.h"
+
+#include <QFile>
+
+void prepareFontConfiguration()
 {
-    if (pFile) {
-        qunsetenv(FileVariable);
-    }
+    qputenv("QT_QPA_FONTDIR", QFile::encodeName(devicePath(QStringLiteral("/usr/lib/fonts"))));
 }
+
+#endif

@@ -119,6 +119,24 @@ FileContent contentOf(const QString &path)
     return content;
 }
 
+/// Whether a backslash at the end of a line is followed by a line that begins a group.
+bool continuesIntoGroup(const QByteArray &text)
+{
+    const char *const pEnd = text.cend();
+    for (const char *p = text.cbegin(); (p = std::find(p, pEnd, '\\')) != pEnd;) {
+        ++p;
+        const char *pNext = p != pEnd && *p == '\r' ? p + 1 : p;
+        if (pNext == pEnd || *pNext != '\n') {
+            continue;
+        }
+        pNext = std::find_if_not(pNext + 1, pEnd, [](char c) { return c == ' ' || c == '\t'; });
+        if (pNext != pEnd && *pNext == '[') {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 IniFile::IniFile(const QString &path, QSettings::Format format)
@@ -145,17 +163,19 @@ IniFile::IniFile(const FileContent &file, QSettings::Format format)
 // them.
 bool IniFile::swallowsLines(const QByteArray &text) const
 {
-    static const QRegularExpression intoGroup(QStringLiteral("\\\\\\r?\\n[ \\t]*\\["));
-    static const QRegularExpression lineBreak(QStringLiteral("[\\r\\n]"));
-    static const QRegularExpression escape(
-        QStringLiteral("\\\\([nr]|x0*[aAdD](?![0-9a-fA-F])|0*1[25](?![0-7]))"));
-    const QString file = QString::fromLatin1(text);
     qsizetype nBreaks = 0;
     const QStringList all = allKeys();
     for (const QString &key : all) {
-        nBreaks += value(key).toStringList().join(u',').count(lineBreak);
+        const QString joined = value(key).toStringList().join(u',');
+        nBreaks += std::count_if(joined.cbegin(), joined.cend(),
+                                 [](QChar c) { return c == u'\n' || c == u'\r'; });
     }
-    return nBreaks > file.count(escape) || intoGroup.match(file).hasMatch();
+    if (nBreaks == 0) {
+        return continuesIntoGroup(text);
+    }
+    static const QRegularExpression escape(
+        QStringLiteral("\\\\([nr]|x0*[aAdD](?![0-9a-fA-F])|0*1[25](?![0-7]))"));
+    return nBreaks > QString::fromLatin1(text).count(escape) || continuesIntoGroup(text);
 }
 
 void IniFile::judge(const QByteArray &text)

@@ -1,0 +1,34 @@
+# With PANEL_LEAN: one program of Qt and all, made of the static Qt of packaging/lean-qt.sh, which lies
+# in build/lean-qt, or where the environment's PANEL_LEAN_QT says. Before Qt is looked for.
+if(DEFINED ENV{PANEL_LEAN_QT})
+    set(leanQt "$ENV{PANEL_LEAN_QT}")
+else()
+    set(architecture armhf)
+    if(NOT CMAKE_CROSSCOMPILING)
+        execute_process(COMMAND dpkg --print-architecture OUTPUT_VARIABLE architecture
+            OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+    set(leanQt "${PROJECT_SOURCE_DIR}/build/lean-qt/${architecture}")
+endif()
+if(NOT EXISTS "${leanQt}/lib/cmake/Qt6/Qt6Config.cmake")
+    message(FATAL_ERROR "There is no lean Qt in ${leanQt}; packaging/lean-qt.sh makes it")
+endif()
+set(Qt6_DIR "${leanQt}/lib/cmake/Qt6" CACHE PATH "" FORCE)
+list(PREPEND CMAKE_PREFIX_PATH "${leanQt}")
+if(CMAKE_CROSSCOMPILING)
+    list(PREPEND CMAKE_FIND_ROOT_PATH "${leanQt}") # before the sysroot, which has a Qt, too
+endif()
+set(QT_HOST_PATH /usr) # moc, uic and rcc
+
+# Each function and table by itself, and none that nothing refers to.
+add_compile_options(-ffunction-sections -fdata-sections)
+add_link_options(-Wl,--gc-sections -Wl,--as-needed -Wl,-O1)
+# The C++ library's symbols are looked up by name, thousands of them, before main(). What is taken in
+# is nobody else's: a firmware library may bring a C++ library of another version.
+add_link_options(-static-libstdc++ -static-libgcc -Wl,--exclude-libs,ALL)
+
+# panel_import_plugins(TARGET NAME...): TARGET gets these plugins of Qt, and none besides.
+function(panel_import_plugins target)
+    list(TRANSFORM ARGN PREPEND Qt6::)
+    qt_import_plugins(${target} NO_DEFAULT INCLUDE ${ARGN})
+endfunction()
