@@ -26,8 +26,8 @@ public:
     static int resolutionIndex(int width, int height);
 
     /// Multiplies the font size of \a widget by the factor of its class on the screen class
-    /// \a screenClass (below ScreenClassCount). Scaling twice compounds. A class without factors is reported
-    /// in a modal box, and its font stays.
+    /// \a screenClass (below ScreenClassCount). Scaling twice compounds. A class without factors is
+    /// reported in a modal box, and its font stays.
     void scaleFont(QWidget *widget, int screenClass);
 
     /// Fixes the width of \a widget between its minimum (on a screen of 240 pixels) and its
