@@ -27,7 +27,7 @@ usageError() {
     exit 2
 }
 
-own=$(dpkg --print-architecture) || die "this is no Debian: dpkg is missing"
+own=$(ownArchitecture)
 architecture=$own lean=''
 while (($#)); do
     case $1 in
@@ -42,8 +42,7 @@ while (($#)); do
     *) usageError "unknown argument '$1'" ;;
     esac
 done
-[[ $architecture == "$own" || $architecture == armhf ]] \
-    || usageError "--arch '$architecture' is neither $own nor armhf"
+checkArchitecture "$architecture"
 
 installPackages "${BuildPackages[@]}" "${PackagingPackages[@]}"
 options=(--no-sign --build=full)

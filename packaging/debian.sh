@@ -6,6 +6,18 @@
 # Where downloads are kept between runs, and the locks of what must not be made twice at a time.
 DownloadFolder=$PWD/build/downloads
 
+# ownArchitecture: Debian's name of this machine's.
+ownArchitecture() {
+    dpkg --print-architecture || die "this is no Debian: dpkg is missing"
+}
+
+# checkArchitecture NAME: of what the scripts can build for; else their usageError TEXT.
+checkArchitecture() {
+    local own
+    own=$(ownArchitecture)
+    [[ $1 == "$own" || $1 == armhf ]] || usageError "--arch '$1' is neither $own nor armhf"
+}
+
 # debianSources: the lines of a sources.list for the main archive that apt uses on this machine. The
 # security archive is left out: it need not hold the other architecture, and its index may not match.
 debianSources() {

@@ -27,7 +27,7 @@ usageError() {
     exit 2
 }
 
-own=$(dpkg --print-architecture) || die "this is no Debian: dpkg is missing"
+own=$(ownArchitecture)
 architecture=$own
 while (($#)); do
     case $1 in
@@ -41,8 +41,7 @@ while (($#)); do
     *) usageError "unknown argument '$1'" ;;
     esac
 done
-[[ $architecture == "$own" || $architecture == armhf ]] \
-    || usageError "--arch '$architecture' is neither $own nor armhf"
+checkArchitecture "$architecture"
 
 work=$PWD/build/lean-qt
 qt=$work/$architecture
