@@ -48,8 +48,8 @@ void fitTitle(const SettingsRecord &record, QGroupBox *box);
 /// Gives all \a labels one fixed width, that of the widest of their texts in its font.
 void setCommonWidth(const QList<QLabel *> &labels);
 
-/// Pulls the rows of a page together on the screen classes without room to spare. \a
-/// screenClass: below ScreenClassCount. \a above and \a below: the spacers above and below the rows.
+/// Pulls the rows of a page together on the screen classes without room to spare. \a screenClass:
+/// below ScreenClassCount. \a above and \a below: the spacers above and below the rows.
 void shrinkSpacers(int screenClass, QSpacerItem *above, QSpacerItem *below);
 
 /// Hides the placeholder rows of a page but keeps their room, so that the rows of all pages stand
