@@ -48,15 +48,17 @@ int main(int argc, char *argv[])
     QObject::connect(&screenHandover, &ScreenHandover::firstFrame, &application,
                      [&serviceNotifier] { serviceNotifier.ready(); });
     MainWindow window(nullptr, &screenHandover);
-    QObject::connect(&window, &MainWindow::complete, &windowServer,
-                     [&windowServer] { windowServer.openPointer(); });
+    QObject::connect( // behind the window's own work at that signal
+        &screenHandover, &ScreenHandover::firstFrame, &windowServer,
+        [&windowServer] { windowServer.openPointer(); }, Qt::QueuedConnection);
 
     QApplication::setOverrideCursor(Qt::BlankCursor);
     gCursorHidden = true;
     windowServer.setCursorVisible(false);
 
     window.show();
-    const std::unique_ptr<VeltaInfoBox> pFontWarning = bFontsLoaded ? nullptr : showFontWarning();
+    const std::unique_ptr<VeltaInfoBox> pFontWarning =
+        bFontsLoaded ? nullptr : showFontWarning(window);
     const int nResult = QApplication::exec();
     serviceNotifier.stopping();
     return nResult;

@@ -203,7 +203,6 @@ void MainWindow::finishStart()
     }
     pCalibrationRequests->detectTouchType();
     watchInputDevices();
-    Q_EMIT complete();
 }
 
 void MainWindow::showPage(QWidget *page)
@@ -475,7 +474,9 @@ void MainWindow::watchInputDevices()
 
 void MainWindow::inputEventDirChanged(const QString &path)
 {
-    pKeyboardWatcher->rescan(path);
+    if (pKeyboardWatcher) { // else they are looked for at the end of the start
+        pKeyboardWatcher->rescan(path);
+    }
 }
 
 void MainWindow::screenshotTimerEvent()

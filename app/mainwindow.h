@@ -45,8 +45,6 @@ public:
 Q_SIGNALS:
     /// Seconds to show on the restart page.
     void triggerLcd(int seconds);
-    /// The window is complete: input devices may be opened.
-    void complete();
 
 public Q_SLOTS:
     void doProgressBar();

@@ -7,9 +7,10 @@
 #include "platform/windowstack.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QFontDatabase>
 
-#include <iterator>
+#include <algorithm>
 
 namespace {
 
@@ -27,6 +28,35 @@ bool loadFont(QLatin1String name)
     return file.state == FileContent::Readable
         && QFontDatabase::addApplicationFontFromData(file.content) != -1;
 }
+
+#if !QT_CONFIG(fontconfig)
+bool hasFont(QFont::Weight weight)
+{
+    const QStringList styles = QFontDatabase::styles(FontFamily);
+    return std::any_of(styles.cbegin(), styles.cend(), [weight](const QString &style) {
+        return QFontDatabase::weight(FontFamily, style) == weight
+            && !QFontDatabase::italic(FontFamily, style);
+    });
+}
+#endif
+
+/// Filter of a window's events, a child of the box that it closes when the window is hidden.
+class ClosesWithWindow : public QObject
+{
+public:
+    explicit ClosesWithWindow(VeltaInfoBox *box) : QObject(box), pBox(box) { }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Hide) {
+            pBox->closeBox();
+        }
+        return false;
+    }
+
+private:
+    VeltaInfoBox *pBox;
+};
 
 } // namespace
 
@@ -60,7 +90,7 @@ void setUpLook(QApplication &application)
 bool loadFonts()
 {
 #if !QT_CONFIG(fontconfig)
-    if (QFontDatabase::styles(FontFamily).size() >= qsizetype(std::size(FontFiles))) {
+    if (hasFont(QFont::Normal) && hasFont(QFont::Bold)) {
         return true; // Qt has read the folder: see prepareFontConfiguration()
     }
 #endif
@@ -71,12 +101,13 @@ bool loadFonts()
     return bLoaded;
 }
 
-std::unique_ptr<VeltaInfoBox> showFontWarning()
+std::unique_ptr<VeltaInfoBox> showFontWarning(QWidget &window)
 {
     auto pBox = std::make_unique<VeltaInfoBox>(
         QCoreApplication::translate("Application", "Error Loading embedded Fonts"),
         FontWarningSeconds, nullptr, false, false);
     pBox->setWarning(QCoreApplication::translate("Application", "Application"));
     pBox->showBox(false);
+    window.installEventFilter(new ClosesWithWindow(pBox.get()));
     return pBox;
 }

@@ -3,6 +3,7 @@
 #include <memory>
 
 class QApplication;
+class QWidget;
 class VeltaInfoBox;
 
 /// Sets what the environment must say before the application object is made: real pixels, and on
@@ -18,5 +19,6 @@ void setUpLook(QApplication &application);
 bool loadFonts();
 
 /// Tells the operator that loadFonts() failed: a box that closes by itself, is open as long as its
-/// object lives at most, and keeps nothing from going on meanwhile.
-std::unique_ptr<VeltaInfoBox> showFontWarning();
+/// object lives at most, and keeps nothing from going on meanwhile. It closes with \a window:
+/// then the screen belongs to the visualisation of the PLC runtime.
+std::unique_ptr<VeltaInfoBox> showFontWarning(QWidget &window);

@@ -2,6 +2,7 @@
 
 #include "platform/firmwaretext.h"
 #include "platform/libfirmware.h"
+#include "platform/servicenotifier.h"
 
 #include <array>
 #include <cstdio>
@@ -19,6 +20,15 @@ constexpr int NoNameServer = -3; // the text is valid, and may be empty
 constexpr int NoRoute = 0;
 constexpr int RouteFound = 1;
 
+/// What a call has given. The library may be slow as long as it comes back: several slow calls in a
+/// row are no call that hangs.
+template <typename Result>
+Result answered(Result result)
+{
+    ServiceNotifier::feedWatchdog();
+    return result;
+}
+
 /// The library may read and write a name's buffer up to its full length.
 using NameBuffer = std::array<char, 10>;
 
@@ -33,8 +43,8 @@ std::optional<QString> askInterface(int interface, int (*call)(char *, const cha
 {
     AddressBuffer buffer{};
     const NameBuffer name = interfaceName(interface);
-    return call(buffer.data(), name.data()) == 0 ? std::optional(firmwareText(buffer))
-                                                 : std::nullopt;
+    return answered(call(buffer.data(), name.data())) == 0 ? std::optional(firmwareText(buffer))
+                                                           : std::nullopt;
 }
 
 } // namespace
@@ -45,9 +55,9 @@ bool Firmware::isInterfacePresent(int interface)
     case 0:
         return true;
     case 1:
-        return sysif_IsEth1Present() != 0;
+        return answered(sysif_IsEth1Present()) != 0;
     case 2:
-        return sysif_IsEth2Present() != 0;
+        return answered(sysif_IsEth2Present()) != 0;
     }
     return false;
 }
@@ -57,7 +67,7 @@ std::optional<QString> Firmware::interfaceMode(int interface)
     constexpr std::array<int (*)(char *), InterfaceCount> Calls{
         sysdb_GetEth0Mode, sysdb_GetEth1Mode, sysdb_GetEth2Mode};
     ModeBuffer buffer{};
-    return Calls[static_cast<std::size_t>(interface)](buffer.data()) == 0
+    return answered(Calls[static_cast<std::size_t>(interface)](buffer.data())) == 0
         ? std::optional(firmwareText(buffer))
         : std::nullopt;
 }
@@ -75,7 +85,7 @@ std::optional<QString> Firmware::interfaceNetmask(int interface)
 std::optional<QString> Firmware::defaultGateway()
 {
     AddressBuffer buffer{};
-    switch (sysgw_GetDefaultGateway(buffer.data(), int(buffer.size()))) {
+    switch (answered(sysgw_GetDefaultGateway(buffer.data(), int(buffer.size())))) {
     case RouteFound:
         return firmwareText(buffer);
     case NoRoute:
@@ -88,14 +98,14 @@ std::optional<QString> Firmware::defaultGateway()
 std::optional<QString> Firmware::nameServer(int server)
 {
     AddressBuffer buffer{};
-    const int nResult = (server == 0 ? sysnm_GetDNS1 : sysnm_GetDNS2)(buffer.data());
+    const int nResult = answered((server == 0 ? sysnm_GetDNS1 : sysnm_GetDNS2)(buffer.data()));
     return nResult == 0 || nResult == NoNameServer ? std::optional(firmwareText(buffer))
                                                    : std::nullopt;
 }
 
 RuntimeLink RuntimeLink::open()
 {
-    return RuntimeLink(rctrl_init_communication());
+    return RuntimeLink(answered(rctrl_init_communication()));
 }
 
 RuntimeLink::~RuntimeLink()
@@ -120,11 +130,11 @@ std::optional<PlcStatus> RuntimeLink::status() const
 {
     // A failing call may have left anything in the record.
     PlcStatus status{};
-    return isOpen() && rctrl_get_status(nHandle, &status) == 0 ? std::optional(status)
-                                                               : std::nullopt;
+    return isOpen() && answered(rctrl_get_status(nHandle, &status)) == 0 ? std::optional(status)
+                                                                         : std::nullopt;
 }
 
 bool RuntimeLink::startAllApplications() const
 {
-    return isOpen() && rctrl_start_all_applications(nHandle) == 0;
+    return isOpen() && answered(rctrl_start_all_applications(nHandle)) == 0;
 }

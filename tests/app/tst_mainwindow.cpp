@@ -557,7 +557,7 @@ private Q_SLOTS:
         root().write("/flash/local/cal_message", "");
         root().setFirmware("state=1");
         start();
-        const auto pWarning = showFontWarning();
+        const auto pWarning = showFontWarning(*pWindow);
         const QList<QWidget *> atStart = visibleWindows();
         QCOMPARE(atStart.size(), 2);
         auto *pBox = qobject_cast<QDialog *>(atStart.constLast());
@@ -583,6 +583,18 @@ private Q_SLOTS:
         queueKey(Qt::Key_Return);
         QTRY_COMPARE(QApplication::activeWindow(), pWindow.get());
         QVERIFY(!pBox->isVisible());
+    }
+
+    // Also a warning of missing fonts leaves the screen to the visualisation.
+    void runningWithWarning()
+    {
+        root().setFirmware("state=1");
+        start();
+        const auto pWarning = showFontWarning(*pWindow);
+        QCOMPARE(visibleWindows().size(), 2);
+        tick(); // opens the link
+        tick();
+        QCOMPARE(visibleWindows(), QList<QWidget *>());
     }
 
     // Back on the preview page no key starts the PLC, unless the button is seen to be marked.

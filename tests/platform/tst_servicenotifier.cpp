@@ -94,6 +94,13 @@ private Q_SLOTS:
         row("no number", "soon", own, Work(runLoop), false);
         row("command, for whoever", usec, QByteArray(),
             Work([] { QCOMPARE(runCommand(devicePath("/bin/tool"), {}, 30s), 7); }), true);
+        row("slow firmware calls", usec, own, Work([this] {
+                root().setFirmware("delayMs", QString::number((Limit / 4).count()));
+                for (int i = 0; i < 8; ++i) {
+                    Firmware::interfaceAddress(0);
+                }
+            }),
+            true);
         row("firmware call hangs", usec, own, Work([] { QVERIFY(!RuntimeLink::open().isOpen()); }),
             false);
     }
