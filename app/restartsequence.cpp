@@ -5,29 +5,6 @@
 
 #include <QEventLoop>
 
-namespace {
-
-using State = RestartSequence::State;
-using Event = RestartSequence::Event;
-
-// What is not here changes nothing.
-constexpr Transition<State, Event> Transitions[] = {
-    {State::Idle, Event::Asked, State::Commanded},
-    {State::Commanded, Event::Succeeded, State::Awaited},
-    {State::Commanded, Event::Failed, State::Failed},
-    {State::Commanded, Event::TimeUp, State::Overdue},
-    {State::Awaited, Event::Asked, State::Commanded},
-    {State::Awaited, Event::TimeUp, State::Overdue},
-    {State::Failed, Event::Asked, State::Commanded},
-    {State::Overdue, Event::Asked, State::CommandedAgain},
-    // It has been waited for once: the next attempt follows soon.
-    {State::CommandedAgain, Event::Succeeded, State::Overdue},
-    {State::CommandedAgain, Event::Failed, State::Failed},
-    {State::CommandedAgain, Event::TimeUp, State::Overdue},
-};
-
-} // namespace
-
 RestartSequence::RestartSequence(const QString &command, QObject *parent)
     : QObject(parent), sCommand(command)
 {
@@ -62,6 +39,21 @@ void RestartSequence::restart()
 
 void RestartSequence::handle(Event event)
 {
+    // What is not here changes nothing.
+    static constexpr Transition<State, Event> Transitions[] = {
+        {State::Idle, Event::Asked, State::Commanded},
+        {State::Commanded, Event::Succeeded, State::Awaited},
+        {State::Commanded, Event::Failed, State::Failed},
+        {State::Commanded, Event::TimeUp, State::Overdue},
+        {State::Awaited, Event::Asked, State::Commanded},
+        {State::Awaited, Event::TimeUp, State::Overdue},
+        {State::Failed, Event::Asked, State::Commanded},
+        {State::Overdue, Event::Asked, State::CommandedAgain},
+        // It has been waited for once: the next attempt follows soon.
+        {State::CommandedAgain, Event::Succeeded, State::Overdue},
+        {State::CommandedAgain, Event::Failed, State::Failed},
+        {State::CommandedAgain, Event::TimeUp, State::Overdue},
+    };
     if (const auto next = nextState(Transitions, current, event)) {
         enter(*next);
     }

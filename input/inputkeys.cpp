@@ -66,7 +66,7 @@ struct NarrowLabel
 constexpr NarrowLabel NarrowCancel = QT_TRANSLATE_NOOP3("VeltaInputPanel", "Cancel", "narrow key");
 
 // clang-format off
-constexpr KeySpec Keys[] = {
+constexpr KeySpec AllKeys[] = {
     character("panelButton_h0", KeyStyle::HexKey, u"0", 0, 0),
     character("panelButton_h1", KeyStyle::HexKey, u"1", 0, 1),
     character("panelButton_h2", KeyStyle::HexKey, u"2", 0, 2),
@@ -175,7 +175,7 @@ const KeyStyleSpec &keyStyle(KeyStyle style)
 
 std::span<const KeySpec> inputKeys()
 {
-    return Keys;
+    return AllKeys;
 }
 
 QChar KeySpec::value(int level) const

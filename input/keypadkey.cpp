@@ -7,7 +7,7 @@ namespace {
 
 // The panel repeats held keys by itself, but for the cursor keys: those the keyboard repeats. A
 // digit under a resting glove must not fill the field.
-constexpr KeypadKey Keys[] = {
+constexpr KeypadKey SpecialKeys[] = {
     {Qt::Key_Period, KeypadEffect::Character, false, false, false},
     {Qt::Key_Space, KeypadEffect::Press, false, true, false},
     {Qt::Key_Return, KeypadEffect::Press, false, true, false},
@@ -29,6 +29,6 @@ KeypadKey keypadKey(int key, KeyPad pad)
     }
     const bool bIdle = (key == Qt::Key_Period && pad != KeyPad::Num)
         || (key == Qt::Key_Space && pad == KeyPad::AlphaNum);
-    const auto *pFound = std::ranges::find(Keys, key, &KeypadKey::nKey);
-    return bIdle || pFound == std::end(Keys) ? KeypadKey{} : *pFound;
+    const auto *pFound = std::ranges::find(SpecialKeys, key, &KeypadKey::nKey);
+    return bIdle || pFound == std::end(SpecialKeys) ? KeypadKey{} : *pFound;
 }

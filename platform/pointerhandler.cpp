@@ -44,16 +44,13 @@ short readiness(int fd)
     return poll(&descriptor, 1, 0) < 0 ? POLLNVAL : descriptor.revents;
 }
 
-/// No sample waits longer to be read, if the clock of its time stamp can be believed.
-constexpr qint64 LongestWaitMs = 10'000;
-
 /// When the finger was where \a sample says, on TapGuard::eventClock(): the program may have been
-/// busy since.
+/// busy since, if the clock of the sample's time stamp can be believed.
 qint64 timeOf(const ts_sample &sample)
 {
     const qint64 nStamp = qint64{sample.tv.tv_sec} * 1000 + sample.tv.tv_usec / 1000;
     const qint64 nAge = QDateTime::currentMSecsSinceEpoch() - nStamp;
-    return TapGuard::eventClock() - (nAge > 0 && nAge < LongestWaitMs ? nAge : 0);
+    return TapGuard::eventClock() - (nAge > 0 && nAge < TapGuard::LongestWaitMs ? nAge : 0);
 }
 
 int ignoreError(const char * /*format*/, va_list /*arguments*/)

@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-ServiceNotifier *pInstance = nullptr;
+ServiceNotifier *pNotifier = nullptr;
 
 QByteArray takeVariable(const char *name)
 {
@@ -41,7 +41,7 @@ std::chrono::milliseconds takeWatchdogInterval()
 ServiceNotifier::ServiceNotifier()
     : address(takeVariable("NOTIFY_SOCKET")), interval(takeWatchdogInterval())
 {
-    pInstance = this;
+    pNotifier = this;
     if (!address.isEmpty()) {
         nSocket = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     }
@@ -49,7 +49,7 @@ ServiceNotifier::ServiceNotifier()
 
 ServiceNotifier::~ServiceNotifier()
 {
-    pInstance = nullptr;
+    pNotifier = nullptr;
     if (nSocket >= 0) {
         close(nSocket);
     }
@@ -75,15 +75,15 @@ void ServiceNotifier::stopping()
 
 void ServiceNotifier::setStatus(const QString &status)
 {
-    if (pInstance && std::exchange(pInstance->sStatus, status) != status) {
-        pInstance->send("STATUS=" + status.simplified().toUtf8());
+    if (pNotifier && std::exchange(pNotifier->sStatus, status) != status) {
+        pNotifier->send("STATUS=" + status.simplified().toUtf8());
     }
 }
 
 void ServiceNotifier::feedWatchdog()
 {
-    if (pInstance && pInstance->pTimer && pInstance->nextFeeding.hasExpired()) {
-        pInstance->feed();
+    if (pNotifier && pNotifier->pTimer && pNotifier->nextFeeding.hasExpired()) {
+        pNotifier->feed();
     }
 }
 

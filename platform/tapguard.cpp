@@ -17,9 +17,6 @@
 
 namespace {
 
-/// No press waits longer for its delivery; an older change concerns none.
-constexpr qint64 LongestWaitMs = 10'000;
-
 /// Behind all that paints: widgets, and the composition of windows on the embedded platforms.
 constexpr int AfterPainting = Qt::LowEventPriority - 1;
 

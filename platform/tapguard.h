@@ -36,6 +36,8 @@ public:
     using Clock = std::function<qint64()>;
 
     static constexpr std::chrono::milliseconds Delay{300};
+    /// No press waits longer for its delivery.
+    static constexpr qint64 LongestWaitMs = 10'000;
 
     explicit TapGuard(QObject *parent = nullptr, Clock ownClock = eventClock);
 

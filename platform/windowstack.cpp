@@ -10,7 +10,7 @@
 
 namespace {
 
-WindowStack *pInstance = nullptr;
+WindowStack *pWindowStack = nullptr;
 
 bool takesKeys(const QWidget &window)
 {
@@ -25,18 +25,18 @@ bool takesKeys(const QWidget &window)
 
 WindowStack::WindowStack(QObject *application) : QObject(application)
 {
-    pInstance = this;
+    pWindowStack = this;
     application->installEventFilter(this);
 }
 
 WindowStack::~WindowStack()
 {
-    pInstance = nullptr;
+    pWindowStack = nullptr;
 }
 
 WindowStack *WindowStack::instance()
 {
-    return pInstance;
+    return pWindowStack;
 }
 
 bool WindowStack::eventFilter(QObject *receiver, QEvent *event)
@@ -101,7 +101,7 @@ void WindowStack::activateTopSoon()
 
 QList<QWidget *> visibleWindows()
 {
-    return pInstance ? pInstance->windows() : QList<QWidget *>();
+    return pWindowStack ? pWindowStack->windows() : QList<QWidget *>();
 }
 
 void keepBelowOthers(QWidget *background)
