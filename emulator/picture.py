@@ -94,6 +94,15 @@ class Picture:
             top, bottom = min(top, y), y
         return None if right < 0 else (left, top, right, bottom)
 
+    def is_part_of(self, whole):
+        """True when every pixel is black or as it is in the other picture."""
+        return self.pixels == whole.pixels or all(
+            mine in (theirs, b"\0\0\0") for mine, theirs in zip(self._each(), whole._each()))
+
+    def _each(self):
+        """The pixels one by one, as three bytes each."""
+        return (self.pixels[i:i + 3] for i in range(0, len(self.pixels), 3))
+
     def is_uniform(self):
         """True for a screen of one colour: black, as a rule."""
         return self.pixels == self.pixels[:3] * (self.width * self.height)
