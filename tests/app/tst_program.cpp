@@ -142,10 +142,15 @@ bool isPainted(const QImage &picture, QPoint place)
     return picture.rect().contains(place) && picture.pixel(place) != picture.pixel(0, 0);
 }
 
-/// The busy bar lies across the screen.
+/// The busy bar lies across the screen, somewhere in its middle third.
 bool isStartPage(const QImage &picture)
 {
-    return isPainted(picture, {15, 271}) && isPainted(picture, {785, 271});
+    for (int y = ScreenSize.height() / 3; y < ScreenSize.height() * 2 / 3; ++y) {
+        if (isPainted(picture, {15, y}) && isPainted(picture, {785, y})) {
+            return true;
+        }
+    }
+    return false;
 }
 
 /// A button in each corner on the left.
