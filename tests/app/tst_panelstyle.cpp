@@ -2,7 +2,6 @@
 #include "tests/support/testmain.h"
 
 #include <QPainter>
-#include <QPixmapCache>
 #include <QStyleFactory>
 #include <QStyleOptionButton>
 

@@ -6,7 +6,6 @@
 #include "tests/calibration/touchsheet.h"
 
 #include <QLCDNumber>
-#include <QPlainTextEdit>
 
 namespace {
 
@@ -78,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(pCount->intValue(), 9);
 
         QPushButton *pAccept = button("acceptCalibrationButton");
-        TouchSheet::waitOutDoubleTap();
+        waitOutDoubleTap();
         touch(pAccept->mapToGlobal(pAccept->rect().center()));
         QTRY_VERIFY(!inAcceptMode());
         QVERIFY(!pCount->isVisible() && !pServer->isCursorVisible() && !isCounting());
@@ -136,7 +135,7 @@ private Q_SLOTS:
         });
         look.start(5);
         touchTargets();
-        QTest::ignoreMessage(QtWarningMsg, CannotWrite);
+        expectWarning(CannotWrite);
         QCoreApplication::exec();
         look.stop();
         QVERIFY(inAcceptMode()); // nobody has accepted it

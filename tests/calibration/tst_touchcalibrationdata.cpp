@@ -6,12 +6,11 @@
 #include "tests/calibration/touchsheet.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/support/ioctlhook.h"
+#include "tests/support/ordinaryuser.h"
 
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <linux/input.h>
 #include <tslib.h>
 
 namespace {
@@ -30,26 +29,6 @@ struct Run : TouchCalibrationData
         nScreenHeight = screen.height();
         backupCalibration();
     }
-};
-
-/// Without the rights of root, before whom every directory is writable, while it lives.
-class OrdinaryUser
-{
-public:
-    explicit OrdinaryUser(const DeviceRoot &root)
-    {
-        if (bWasRoot) {
-            QProcess::execute("chown", {"-R", QString::number(Nobody), root.path({})});
-            bDropped = setresuid(Nobody, Nobody, 0) == 0;
-        }
-    }
-    ~OrdinaryUser() { need(!bDropped || setresuid(0, 0, 0) == 0, "to be root again"); }
-    Q_DISABLE_COPY(OrdinaryUser)
-
-private:
-    static constexpr uid_t Nobody = 65534;
-    bool bWasRoot = geteuid() == 0;
-    bool bDropped = false;
 };
 
 /// Stands for the kernel where a test lets the FIFO pass for an event device.
@@ -190,7 +169,7 @@ private Q_SLOTS:
 
         Run data;
         if (result == ERR_FILE_WRITE) {
-            QTest::ignoreMessage(QtWarningMsg, CannotWrite);
+            expectWarning(CannotWrite);
         }
         QCOMPARE(int(data.applyCalibration(measured(panel))), result);
         QCOMPARE(landing(raw),
@@ -230,7 +209,7 @@ private Q_SLOTS:
         QCOMPARE(data.applyCalibration(measured({})), 0);
         QFile::setPermissions(note, QFile::Permissions(0x4444));
         QFile::setPermissions(directory, QFile::Permissions(0x5555));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot remove .*unaccepted"));
+        expectWarning("Cannot remove .*unaccepted");
         QCOMPARE(data.acceptCalibration(), ERR_FILE_ERASE);
         QFile::setPermissions(directory, QFile::Permissions(0x7755));
         data.settle();
@@ -254,15 +233,15 @@ private Q_SLOTS:
         const QString path = root().path(calibrationFile);
         for (const QString &unreadable : {path, path + ".unaccepted"}) {
             QFile::setPermissions(unreadable, {});
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot read .* or its note"));
+            expectWarning("Cannot read .* or its note");
             if (unreadable == path) {
-                QTest::ignoreMessage(QtWarningMsg, QRegularExpression("is broken"));
+                expectWarning("is broken");
             }
             openPointer({});
             QFile::setPermissions(unreadable, QFile::Permissions(0x6600));
             QCOMPARE(root().read(calibrationFile), unaccepted);
         }
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Nobody has accepted"));
+        expectWarning("Nobody has accepted");
         openPointer({});
         QCOMPARE(root().read(calibrationFile), OldFile);
         QVERIFY(!WindowServer::isCalibrationUnaccepted() && !QFileInfo(directory).isWritable());
@@ -368,7 +347,7 @@ private Q_SLOTS:
         // Someone outside is faster. It is tried again, with one warning line.
         pServer->suspendPointer();
         eventDevice.nGrabber = fifo;
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot take the touches back"));
+        expectWarning("Cannot take the touches back");
         pServer->resumePointer();
         auto *pTimer = pServer->findChild<QTimer *>();
         QVERIFY(pTimer->isActive());

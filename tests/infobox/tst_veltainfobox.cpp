@@ -121,6 +121,36 @@ private Q_SLOTS:
         }));
     }
 
+    void catalogue()
+    {
+        const QSet<qint16> withAbort{ERR_NO_BROWSER_PATH, ERR_FILE_READ_ABORT, ERR_FILE_OPEN_ABORT};
+        const QSet<qint16> errorsWithWarningIcon{ERR_GPIO_ILLEGAL, ERR_GPIO_VALUE, ERR_PASSWORD,
+                                                 ERR_CAL_CORRUPT};
+        QSet<qint16> seen;
+        for (const ErrorEntry *pEntry = errorCatalogue; pEntry->nCode != ERR_END; ++pEntry) {
+            const qint16 code = pEntry->nCode;
+            const QByteArray name = QByteArray::number(code);
+            const bool bWarning = code <= -100 && code >= -199;
+            QVERIFY2(!seen.contains(code), name);
+            seen.insert(code);
+            QVERIFY2(bWarning || (code <= -200 && code >= -999), name);
+            QVERIFY2(!pEntry->text.isEmpty() && pEntry->text.count(QLatin1Char('%')) <= 1, name);
+            const bool bWarningIcon = bWarning || errorsWithWarningIcon.contains(code);
+            QCOMPARE(pEntry->nIcon, bWarningIcon ? QMessageBox::Warning : QMessageBox::Critical);
+            const auto abort =
+                withAbort.contains(code) ? QMessageBox::Abort : QMessageBox::NoButton;
+            QCOMPARE(pEntry->nButtons, QMessageBox::Ok | abort);
+        }
+    }
+
+    void findsOnlyMessages()
+    {
+        for (const int code : {0, 1, 5, 32767, -216, -9999, -32768}) {
+            QVERIFY2(!findError(static_cast<qint16>(code)), QByteArray::number(code));
+        }
+        QCOMPARE(findError(ERR_GENERAL)->text, "%1 ");
+    }
+
     void looksByScreenClass_data()
     {
         // Characters per line of a message and of an information; points of text and button, which
@@ -225,6 +255,7 @@ private Q_SLOTS:
         row("information", 0, QString(), 120, "OK", 120);
         row("too long", int(ERR_CREATE), QString(), 255, "OK", 120);
     }
+    /// Box and button keep their places meanwhile.
     void countsDown()
     {
         FETCH(int, code, QString, buttonText, int, seconds, QString, base, int, shownSeconds);
@@ -235,9 +266,14 @@ private Q_SLOTS:
             const QAbstractButton *pButton = openBody()->button(QMessageBox::Ok);
             interval = box->findChild<QTimer *>()->interval();
             shown += pButton->text();
+            const QSize size = openBox()->size();
+            const QRect place = pButton->geometry();
             for (int i = 0; i < shownSeconds; ++i) {
                 box->CountDown();
                 shown += pButton->text();
+                QCoreApplication::sendPostedEvents();
+                QCOMPARE(openBox()->size(), size);
+                QCOMPARE(pButton->geometry(), place);
             }
             if (openBox()) { // stays for the second at 0
                 box->CountDown();
@@ -263,23 +299,6 @@ private Q_SLOTS:
         QVERIFY(openBox());
         box.reset();
         QVERIFY(!openBox());
-    }
-
-    void keepsItsSizeWhileCounting()
-    {
-        const auto box = makeBox(WARN_VNC_LOST, "", 120, "Autoclose in");
-        QVERIFY(runBox(*box, [&] {
-            const QAbstractButton *pButton = openBody()->button(QMessageBox::Ok);
-            const QSize size = openBox()->size();
-            const QRect place = pButton->geometry();
-            for (int i = 0; i < 115; ++i) {
-                box->CountDown();
-            }
-            QCoreApplication::sendPostedEvents();
-            QCOMPARE(openBox()->size(), size);
-            QCOMPARE(pButton->geometry(), place);
-            pressOk();
-        }));
     }
 
     void showsAgain()

@@ -34,7 +34,7 @@ private Q_SLOTS:
     void limit()
     {
         root().writeCommand("/bin/tool", "sleep 600 & echo $! >\"$PANEL_ROOT/pid\"\nwait");
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("does not end"));
+        expectWarning("does not end");
         QCOMPARE(runCommand(devicePath("/bin/tool"), {}, 500ms), CommandCrashed);
         const QByteArray pid = root().read("/pid").trimmed();
         QVERIFY(!pid.isEmpty());
@@ -54,7 +54,7 @@ private Q_SLOTS:
         const EndingLimit limit;
         {
             const TerminationSignals terminationSignals;
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("left running"));
+            expectWarning("left running");
             QCOMPARE(runCommand(devicePath("/bin/tool"), {}, 30s), CommandCrashed);
             QVERIFY(!root().exists("/end"));
         }

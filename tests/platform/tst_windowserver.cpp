@@ -1,12 +1,9 @@
-#include "platform/tapguard.h"
 #include "platform/windowserver.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/platform/touchscreenfifo.h"
 #include "tests/support/devicetest.h"
 
 #include <QDataStream>
-
-#include <linux/input.h>
 
 namespace {
 
@@ -48,14 +45,12 @@ private Q_SLOTS:
     void keyboardTypes()
     {
         FETCH(QString, options, QByteArray, map, QString, text, bool, warned);
-        if (!root().plant("/etc/kbd/de.qmap", map)) {
-            root().write("/etc/kbd/de.qmap", map);
-        }
+        root().plant("/etc/kbd/de.qmap", map);
         const KeyboardFifo keyboard(root(), "keyboard0");
 
         WindowServer server;
         if (warned) {
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("de.qmap is not used"));
+            expectWarning("de.qmap is not used");
         }
         auto handler = WindowServer::createKeyboardHandler("/dev/input/keyboard0" + options);
         QVERIFY(handler);
@@ -171,7 +166,7 @@ private:
         button.show();
         QVERIFY(QTest::qWaitForWindowExposed(&button));
         QSignalSpy clicks(&button, &QPushButton::clicked);
-        QTest::qWait(int(TapGuard::Delay.count()) + 20);
+        waitOutDoubleTap();
         touchscreen.tap({140, 120});
         QTRY_COMPARE(clicks.size(), 1);
     }

@@ -41,17 +41,13 @@ private:
         } else if (kind == "locked") {
             root().write(devicePath + ".lock/not-empty", "");
         } else {
-            QCOMPARE(root().plant(devicePath, kind), kind != "nothing");
+            root().plant(devicePath, kind);
         }
     }
     QStringList folder(const QString &devicePath) const
     {
         return QDir(root().path(devicePath))
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    }
-    static void ignoreLine(const char *pattern)
-    {
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QLatin1String(pattern)));
     }
 
     QStringList newKeys()
@@ -149,7 +145,7 @@ private Q_SLOTS:
     void badFiles_data()
     {
         row("missing", "nothing", 0, "", "");
-        row("empty", QByteArray(), 0, "Error -203", "");
+        row("empty", "", 0, "Error -203", "");
         row("binary", QByteArray("\0\x01\xff\xfe[[[]\n=\n\\x", 14).repeated(50), 0, "Error -203",
             "");
         row("torn after the password", "[options]\nconfig_passwd=1\n[netw", 0, "Error -203", "1");
@@ -163,13 +159,9 @@ private Q_SLOTS:
     void badFiles()
     {
         FETCH(QByteArray, content, int, result, QString, box, QString, password);
-        if (QByteArrayList{"nothing", "directory", "fifo", "eio", "dangling"}.contains(content)) {
-            plant(SettingsPath, content);
-        } else {
-            writeSettings(content);
-        }
+        plant(SettingsPath, content);
         if (!box.isEmpty()) {
-            ignoreLine("^/etc/settings.ini (is|has|cannot) ");
+            expectWarning("^/etc/settings.ini (is|has|cannot) ");
         }
         BoxWatcher watcher;
         VeltaSettings settings(SettingsPath, NewSettings, QSettings::IniFormat);
@@ -227,7 +219,8 @@ private Q_SLOTS:
             pSettings.reset();
             QCOMPARE(newKeys(), QStringList({"[network]", "eth0.mode=dhcp"}));
             QCOMPARE(root().read("/tmp/target"), "target");
-            QVERIFY(!root().exists("/tmp/none") && QDir(root().path("/tmp")).removeRecursively());
+            QVERIFY(!root().exists("/tmp/none"));
+            root().remove("/tmp");
         }
     }
 
@@ -251,8 +244,8 @@ private Q_SLOTS:
         QVERIFY2(watcher.texts().constFirst().startsWith(box),
                  qPrintable(watcher.texts().constFirst()));
         settings.working.nNetMode = DhcpMode;
-        ignoreLine("cannot be written: ");
-        ignoreLine("nothing is applied");
+        expectWarning("cannot be written: ");
+        expectWarning("nothing is applied");
         QCOMPARE(settings.saveSettings(false), int(ERR_INI_ACCESS));
     }
 

@@ -162,9 +162,7 @@ private Q_SLOTS:
         setScreen({800, 480}, logicalDpi);
         for (const auto &[path, content] :
              {std::pair(CommonDpi, common), std::pair(DpiX, x), std::pair(DpiY, y)}) {
-            if (!root().plant(path, content) && !content.isNull()) {
-                root().write(path, content);
-            }
+            root().plant(path, content);
         }
         QLabel label;
         label.setFont(pixelFont(100));

@@ -18,6 +18,9 @@ void deliverKeys();
 /// All that is posted or waits in the queue of the window system, and what comes of it.
 void processAll();
 
+/// Waits until what has just come or gone on the screen takes touches.
+void waitOutDoubleTap();
+
 /// How many files that match the \a pattern the process \a nPid, or this one, has open.
 qsizetype openDescriptors(const QString &pattern, qint64 nPid = 0);
 
