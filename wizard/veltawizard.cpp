@@ -148,7 +148,6 @@ void VeltaWizard::setupButtons()
     // As a part of the main window it would not take the mark of the default button away from Next
     // while another button has the focus: who works it by keys could not tell which.
     setOption(QWizard::NoDefaultButton, true);
-    button(QWizard::CustomButton1)->hide();
 }
 
 // Three of them stand side by side in the wizard's width, all alike.
