@@ -43,7 +43,6 @@ ProtectionPage::ProtectionPage(VeltaSettings *settings, VeltaWizard *wizard)
     }
     pLabel->hide(); // only the keyboard's caption
     pLabel->setText(tr("Password: "));
-    setCommonWidth({pLabel});
     fitTitle(pSettings->working, pForm->groupBox);
     hideDigits();
     pButton->hide();
@@ -129,7 +128,6 @@ void ProtectionPage::EnterPassword()
     if (!pContext) {
         createContext();
     }
-    pEdit->clear();
     pContext->showPanel();
 }
 

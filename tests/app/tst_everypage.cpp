@@ -251,7 +251,12 @@ private:
         inspect("ProtectionPage", wizard);
         wizard.RestoreButtons();
         visitPages(wizard, [&](const QString &page) { inspect(page, wizard); });
+        // The more changes there are to tell, the smaller is the text, but from the first time on.
+        const auto nPoints = [pLabel = wizard.findChild<QLabel *>("SummaryLabel")] {
+            return pLabel->font().pointSize();
+        };
         visitPages(wizard, [&](const QString &) { changeAddresses(wizard); });
+        const int nBefore = nPoints();
         visitPages(wizard, [&](const QString &page) {
             if (wizard.currentId() == NetModePageId) {
                 wizard.findChild<QPushButton *>("NetOpModeSelectButton")->click();
@@ -259,6 +264,7 @@ private:
             inspect(page + "-changed", wizard);
         });
         QCOMPARE(wizard.findChild<QListWidget *>()->count(), 6);
+        QVERIFY(nBefore >= nPoints());
     }
 
     /// Shows every page that no password is needed for, in the order of the ids.

@@ -34,6 +34,7 @@ private Q_SLOTS:
             QCOMPARE(pWizard->geometry(), area);
             QVERIFY(!pWizard->isWindow());
             toSummary(); // by buttons that can be touched
+            QVERIFY(pWizard->button(QWizard::NextButton)->font().bold());
             QSet<int> heights; // of the spacers beside an address page's rows
             for (const auto *pLayout : pWizard->page(IpPageId)->findChildren<QLayout *>()) {
                 for (int i = 0; i < pLayout->count(); ++i) {

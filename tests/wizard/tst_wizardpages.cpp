@@ -1,7 +1,6 @@
 #include "app/language.h"
 #include "tests/wizard/wizardtest.h"
 
-#include <QScrollBar>
 #include <QTranslator>
 
 namespace {
@@ -320,11 +319,16 @@ private Q_SLOTS:
         create(Protection + StaticSettings);
         const auto attack = [&] {
             QVERIFY(!openKeyboard());
+            QLineEdit probe(pWizard.get());
+            probe.show();
+            probe.setFocus();
+            QSignalSpy returns(&probe, &QLineEdit::returnPressed);
             for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_T, Qt::Key_Tab,
                                       Qt::Key_Space, Qt::Key_Return, Qt::Key_Escape}) {
                 queueKey(key);
                 deliverKeys();
             }
+            QVERIFY(returns.isEmpty() && probe.hasFocus());
             pWizard->next();
             pWizard->accept();
             for (const auto which : {QWizard::NextButton, QWizard::FinishButton}) {
@@ -417,7 +421,6 @@ private Q_SLOTS:
                 "Gateway: 192.168.0.1 -> 10.0.0.1", "Netmask: 255.255.255.0 -> 255.0.0.0",
                 "DNS 1: 192.168.0.2 -> 10.0.0.2",   "DNS 2: 0.0.0.0 -> 10.0.0.3"};
             QCOMPARE(german ? english : changes(), english);
-            QCOMPARE(find<QListWidget>("listChangedData")->verticalScrollBar()->maximum(), 0);
             activate(QWizard::FinishButton);
         });
         QVERIFY(bSaved);
