@@ -111,6 +111,7 @@ private Q_SLOTS:
             pPage->updateLCD();
             QCOMPARE(operatorsEyes.texts().size(), 1);
             QVERIFY(operatorsEyes.texts().constFirst().startsWith("old calibration data restored"));
+            QCOMPARE(operatorsEyes.buttons().constFirst(), "OK (5)");
         }
         QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
         QVERIFY(!inAcceptMode());
@@ -278,6 +279,9 @@ private Q_SLOTS:
             QCOMPARE(picture.pixelColor(centre - QPoint(14, 0)), ground);
         }
         const QImage picture = pictureIn(Qt::white);
+        const QImage cross = picture.copy({centre - QPoint(12, 12), QSize(24, 24)});
+        QCOMPARE(cross.mirrored(true, false), cross);
+        QCOMPARE(cross.mirrored(false, true), cross);
         const auto isFree = [&](const QRect &rect) {
             const QImage part = picture.copy(rect);
             QImage white(part.size(), part.format());

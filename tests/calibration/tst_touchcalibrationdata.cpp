@@ -323,14 +323,16 @@ private Q_SLOTS:
         pServer->resumePointer();
         QVERIFY(pointerHasIt());
 
-        CalibrationRun run;
-        QCOMPARE(run.start(), 0);
-        QCOMPARE(eventDevice.nGrabber, -1);
-        tap(300, 200);
-        QTRY_VERIFY(eventDevice.nGrabber >= 0);
-        run.handle(CalibrationEvent::Withdraw);
-        QCOMPARE(eventDevice.nGrabber, pointer);
-        QVERIFY(pointerHasIt());
+        auto pRun = std::make_unique<CalibrationRun>();
+        for (const bool bWithdrawn : {true, false}) { // or the program ends
+            QCOMPARE(pRun->start(), 0);
+            QCOMPARE(eventDevice.nGrabber, -1);
+            tap(300, 200);
+            QTRY_VERIFY(eventDevice.nGrabber >= 0);
+            bWithdrawn ? void(pRun->handle(CalibrationEvent::Withdraw)) : pRun.reset();
+            QCOMPARE(eventDevice.nGrabber, pointer);
+            QVERIFY(pointerHasIt());
+        }
 
         // No window is there, and a calibration that is asked for in front of its window.
         pSheet->hide();
