@@ -1,3 +1,5 @@
+#include "platform/firmwaretext.h"
+#include "platform/touchtype.h"
 #include "platform/windowserver.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/platform/touchscreenfifo.h"
@@ -6,6 +8,9 @@
 #include <QDataStream>
 
 namespace {
+
+const QString Device = "/dev/input/touchscreen";
+const QString Property = "/proc/device-tree/qrd-specific/qrd_touch_type";
 
 /// A key map file of Qt's evdev driver that makes the Y key write "z", with \a nKeys and
 /// \a nComposed in its header.
@@ -113,6 +118,61 @@ private Q_SLOTS:
         QCOMPARE(server.isTransformed(), server.transformationOrientation() != 0);
     }
 
+    void touchType_data()
+    {
+        row("single", QByteArray("single\0", 7), false);
+        row("multi", QByteArray("multi\0", 6), true);
+        row("capital", "Multi\n", true);
+        row("inside, without NUL", "capMULTItouch", true);
+        row("blanks in front", " \t multi-touch", true);
+        row("second word", "single multi", false);
+        row("second string", QByteArray("single\0multi\0", 13), false);
+        row("empty", QByteArray(), false);
+        row("blanks only", " \n", false);
+        row("1 MB", QByteArray(1 << 20, 'x') + "multi", false);
+        row("binary", "\xff\xfe\x80", false);
+    }
+    void touchType()
+    {
+        FETCH(QByteArray, content, bool, multi);
+        root().write(Device, {});
+        root().write(Property, content);
+        QCOMPARE(readTouchType(), multi ? TouchType::Multi : TouchType::Single);
+    }
+
+    void touchTypeOfNone()
+    {
+        root().write(Property, "multi");
+        QCOMPARE(readTouchType(), TouchType::None);
+        root().write(Device, {});
+        root().remove(Property);
+        QCOMPARE(readTouchType(), TouchType::Single);
+        root().write(Property + "/is-a-folder", {});
+        QCOMPARE(readTouchType(), TouchType::Single);
+        root().plant(Property, "fifo");
+        QCOMPARE(readTouchType(), TouchType::Single);
+    }
+
+    void touchTypeOfTheEnvironment()
+    {
+        root().write("/tmp/touch", {});
+        qputenv("TSLIB_TSDEVICE", QFile::encodeName(root().path("/tmp/touch")));
+        QCOMPARE(readTouchType(), TouchType::Single);
+        qputenv("TSLIB_TSDEVICE", "/nonexistent/touchscreen");
+        root().write(Device, {});
+        QCOMPARE(readTouchType(), TouchType::None);
+        qunsetenv("TSLIB_TSDEVICE");
+    }
+
+    void textEndsInsideItsBuffer()
+    {
+        const std::array<char, 8> memory{'1', '9', '2', '\0', 'x', 'y', 'z', 'z'};
+        QCOMPARE(firmwareText(memory), "192");
+        QCOMPARE(firmwareText(std::span(memory).first(2)), "19");
+        QCOMPARE(firmwareText(std::span(memory).last(4)), "xyzz");
+        QCOMPARE(firmwareText({}), QString());
+    }
+
     void withoutTouchscreen()
     {
         root().write("/etc/pointercal", "1 2 3 4 5 6 7");
@@ -141,7 +201,7 @@ private Q_SLOTS:
     {
         // Not an event device, which is the only thing that Qt's own driver survives.
         TouchscreenFifo touchscreen(root());
-        root().write("/proc/device-tree/qrd-specific/qrd_touch_type", "multi");
+        root().write(Property, "multi");
         WindowServer server;
         QVERIFY(server.openPointer());
         clickWith(touchscreen);

@@ -57,12 +57,6 @@ private:
     // The operator's hand on the screen or, with bKeys, on a keypad without a touchscreen.
     bool bKeys = false;
 
-    static void type(Qt::Key code)
-    {
-        QTRY_VERIFY(QGuiApplication::focusWindow()); // the window system hands the keys over
-        QTest::keyClick(QGuiApplication::focusWindow(), code);
-    }
-
     void activate(QWidget *pWidget)
     {
         QVERIFY(pWidget && pWidget->isVisible() && pWidget->isEnabled());
@@ -87,21 +81,7 @@ private:
     }
     void enterAndConfirm(const QString &text)
     {
-        if (!bKeys) {
-            enter(text);
-            touch(key("ok"));
-            return;
-        }
-        const auto nLength = openKeyboard()->lineEdit()->displayText().size();
-        for (int i = 0; i < nLength; ++i) {
-            type(Qt::Key_Right);
-        }
-        for (int i = 0; i < nLength; ++i) {
-            type(Qt::Key_R);
-        }
-        for (const QChar c : text) {
-            type(Qt::Key(c.unicode()));
-        }
+        enter(text, bKeys);
         activate(key("ok"));
     }
 
