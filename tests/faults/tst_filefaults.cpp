@@ -100,6 +100,10 @@ private:
         }
         if (answer) {
             complaints += trial.judge(root, *answer);
+            if (fault == Fault::Once && answer->nResult != 0 && filesOf(root) != before
+                && trial.planted().isEmpty()) {
+                complaints += "what is not applied stays";
+            }
         }
         if (answer || fault == Fault::Kill) {
             judgeDisks(trial, root, CrashModel(before, *pJournal), answer ? &*answer : nullptr,
