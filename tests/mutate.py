@@ -20,7 +20,7 @@ BUILD = ROOT / "build/mutate"
 BUILD_LIMIT, TEST_LIMIT = 600, 60  # seconds, of a build and of one test program
 
 # Slow programs, and the folders whose lines they can see.
-SLOW = {"tst_filefaults": ["platform", "settings", "calibration"],
+SLOW = {"tst_filefaults.*": ["platform", "settings", "calibration"],
         "tst_panelctl": ["platform", "calibration"],
         "tst_everypage_german": ["app", "wizard", "infobox", "settings"],
         "tst_everypage_pseudo": ["app", "wizard", "infobox", "settings"]}
