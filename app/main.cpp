@@ -55,7 +55,6 @@ int main(int argc, char *argv[])
     gCursorHidden = true;
     windowServer.setCursorVisible(false);
 
-    window.show();
     const std::unique_ptr<VeltaInfoBox> pFontWarning = bFontsLoaded ? nullptr : showFontWarning();
     const int nResult = QApplication::exec();
     serviceNotifier.stopping();

@@ -113,7 +113,8 @@ void MainWindow::createTimers()
     pProgressTimer->setInterval(ProgressInterval);
     pVisibilityTimer = std::make_unique<QTimer>();
     pVisibilityTimer->setInterval(FirstTickDelay);
-    pRestartTimer = std::make_unique<QTimer>();
+    pRestartTimer = std::make_unique<QTimer>(this);
+    pRestartTimer->setObjectName("restartTimer");
     pRestartTimer->setInterval(RestartStep);
     pScreenshotTimer = new QTimer(this);
     pScreenshotTimer->setInterval(ProgressInterval);

@@ -60,18 +60,6 @@ private Q_SLOTS:
             environment.contains("is_IS") ? 1 : 0);
     }
 
-    void letters_data()
-    {
-        row("German", QStringLiteral("ÄÖÜäöüß"), true);
-        row("none", QString(), true);
-        row("of nobody", QStringLiteral("a\uE4A7"), false);
-    }
-    void letters()
-    {
-        FETCH(QString, text, bool, there);
-        QCOMPARE(hasLetters(QGuiApplication::font(), text), there);
-    }
-
     /// What is asked of the fonts are the letters that the translation has.
     void everyLetter()
     {

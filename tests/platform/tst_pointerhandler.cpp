@@ -63,15 +63,13 @@ private Q_SLOTS:
         }
         pTouchscreen->send({0, 0}, 0);
         pTouchscreen->tap({300, 300});
-        pTouchscreen->send({400, 50}, 1);
-        processAll();
+        sendNow({400, 50}, 1);
         QCOMPARE(pSheet->take(),
                  QStringList({"press 100,200", "move 129,200", "release 129,200"}) + tapAt(300, 300)
                      + QStringList{"press 400,50"});
 
         // More touches than are read in one go.
-        pTouchscreen->send({0, 0}, 0);
-        processAll();
+        sendNow({0, 0}, 0);
         pSheet->take();
         for (int i = 0; i < 1000; ++i) {
             pTouchscreen->tap({i % 800, 10});
@@ -108,8 +106,7 @@ private Q_SLOTS:
         // A touch that began on the box stays with it.
         pTouchscreen->send({250, 150}, 1);
         pTouchscreen->send({20, 20}, 1);
-        pTouchscreen->send({0, 0}, 0);
-        processAll();
+        sendNow({0, 0}, 0);
         QCOMPARE(box.take(), QStringList({"press 250,150", "move 20,20", "release 20,20"}));
         QCOMPARE(pSheet->take(), QStringList());
     }
@@ -146,10 +143,8 @@ private Q_SLOTS:
 
         // Another reader gets all that comes meanwhile.
         pTouchscreen->tap({50, 60});
-        QFile reader(pTouchscreen->path);
-        QVERIFY(reader.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
         processAll();
-        QCOMPARE(reader.read(16),
+        QCOMPARE(readElsewhere(16),
                  TouchscreenFifo::sample({30, 40}, 1) + TouchscreenFifo::sample({30, 40}, 0));
 
         pServer->resumePointer();
@@ -163,8 +158,7 @@ private Q_SLOTS:
     void suspendReleasesPress()
     {
         start();
-        pTouchscreen->send({10, 20}, 1);
-        processAll();
+        sendNow({10, 20}, 1);
         pServer->suspendPointer();
         processAll();
         QCOMPARE(pSheet->take(), tapAt(10, 20));
@@ -173,8 +167,7 @@ private Q_SLOTS:
         QCOMPARE(tap({30, 40}), tapAt(30, 40));
 
         // The end of the program is no exception.
-        pTouchscreen->send({10, 20}, 1);
-        processAll();
+        sendNow({10, 20}, 1);
         pServer.reset();
         processAll();
         QCOMPARE(pSheet->take(), tapAt(10, 20));
@@ -189,8 +182,7 @@ private Q_SLOTS:
         button.show();
         QSignalSpy clicks(&button, &QPushButton::clicked);
         start();
-        pTouchscreen->send({640, 420}, 1);
-        processAll();
+        sendNow({640, 420}, 1);
         QVERIFY(button.isDown());
         pSheet->hide();
         processAll();
@@ -198,11 +190,9 @@ private Q_SLOTS:
         pTouchscreen->send({640, 420}, 0);
         pTouchscreen->tap({640, 420});
         processAll();
-        QFile reader(pTouchscreen->path);
-        QVERIFY(reader.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
         const QByteArray press = TouchscreenFifo::sample({640, 420}, 1);
         const QByteArray lift = TouchscreenFifo::sample({640, 420}, 0);
-        QCOMPARE(reader.read(24), lift + press + lift);
+        QCOMPARE(readElsewhere(24), lift + press + lift);
 
         pTouchscreen->send({640, 420}, 1);
         pSheet->show();
@@ -210,11 +200,9 @@ private Q_SLOTS:
         pTouchscreen->send({640, 421}, 1); // held since then
         processAll();
         QVERIFY(!button.isDown());
-        pTouchscreen->send({640, 421}, 0);
-        processAll();
+        sendNow({640, 421}, 0);
         QCOMPARE(clicks.size(), 0);
-        pTouchscreen->send({640, 420}, 1);
-        processAll();
+        sendNow({640, 420}, 1);
         pSheet->hide();
         Sheet other;
         other.show();
@@ -553,6 +541,18 @@ private:
     {
         pServer = std::make_unique<WindowServer>();
         QVERIFY(pServer->openPointer());
+    }
+    /// What another reader of the touchscreen gets.
+    QByteArray readElsewhere(qint64 nBytes) const
+    {
+        QFile reader(pTouchscreen->path);
+        return reader.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ? reader.read(nBytes)
+                                                                        : QByteArray();
+    }
+    void sendNow(RawPoint raw, int pressure)
+    {
+        pTouchscreen->send(raw, pressure);
+        processAll();
     }
     QStringList tap(RawPoint raw)
     {
