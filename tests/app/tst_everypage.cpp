@@ -407,7 +407,7 @@ private Q_SLOTS:
     void everyPage_data()
     {
         for (const PanelScreen &screen : panelScreens()) {
-            row(screen.name(), screen.size, screen.nDpi, 96);
+            row(nameOf(screen.size), screen.size, screen.nDpi, 96);
         }
         // As a framebuffer reports it that knows its size: points are larger then.
         row("800x480 dense", QSize(800, 480), 186, 186);

@@ -709,12 +709,19 @@ private Q_SLOTS:
     {
         root().write("/tmp/screenshot.png.panel-a1b2c3", "cut off"); // by a kill
         startLinked(2);
+        QWidget above(nullptr, Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        above.setStyleSheet("background-color: rgb(255,0,0)");
+        above.setGeometry(0, 0, 100, 100);
+        above.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&above));
         pWindow->screenshotTimerEvent(); // nobody asked
         QVERIFY(!root().exists("/tmp/screenshot.png"));
         root().write("/tmp/makeScreenshot", "");
         pWindow->screenshotTimerEvent();
         QCOMPARE(QDir(root().path("/tmp")).entryList(QDir::Files), QStringList("screenshot.png"));
-        QCOMPARE(QImage(root().path("/tmp/screenshot.png")).size(), QSize(800, 480));
+        const QImage picture(root().path("/tmp/screenshot.png"));
+        QCOMPARE(picture.size(), QSize(800, 480));
+        QCOMPARE(picture.pixelColor(50, 50), QColor(Qt::red));
     }
 
     // Whatever somebody has put where a request is expected, one look at it is enough.

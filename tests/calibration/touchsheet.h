@@ -3,7 +3,6 @@
 #include "tests/support/deviceroot.h"
 #include "tests/support/screen.h"
 
-#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QScreen>

@@ -250,7 +250,7 @@ private Q_SLOTS:
     void paints_data()
     {
         for (const PanelScreen &screen : panelScreens()) {
-            row(screen.name(), screen.size);
+            row(nameOf(screen.size), screen.size);
         }
     }
     /// The cross in its colour on white; the three lines neither leave the screen nor touch one.

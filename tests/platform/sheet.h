@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMap>
 #include <QMouseEvent>
 #include <QStringList>
 #include <QWidget>
@@ -21,19 +22,19 @@ public:
 protected:
     bool event(QEvent *pEvent) override
     {
+        static const QMap<QEvent::Type, QString> names{{QEvent::MouseButtonPress, "press"},
+                                                       {QEvent::MouseButtonDblClick, "press"},
+                                                       {QEvent::MouseMove, "move"},
+                                                       {QEvent::MouseButtonRelease, "release"}};
         const auto type = pEvent->type();
-        const char *pWhat = type == QEvent::MouseMove                                 ? "move"
-            : type == QEvent::MouseButtonRelease                                      ? "release"
-            : type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick ? "press"
-                                                                                      : nullptr;
-        if (!pWhat) {
+        if (!names.contains(type)) {
             return QWidget::event(pEvent);
         }
         const auto *pMouse = static_cast<QMouseEvent *>(pEvent);
         // Moves without a button are Qt's own, in front of a press at another place.
         if (type != QEvent::MouseMove || pMouse->buttons() != Qt::NoButton) {
             const QPoint at = pMouse->globalPosition().toPoint();
-            log += QStringLiteral("%1 %2,%3").arg(QLatin1String(pWhat)).arg(at.x()).arg(at.y());
+            log += QStringLiteral("%1 %2,%3").arg(names[type]).arg(at.x()).arg(at.y());
         }
         return true;
     }

@@ -43,9 +43,8 @@ private Q_SLOTS:
     void classifiesOtherSizes_data()
     {
         const auto row = [](QSize size, QSize as, int fixedWidth, QSize asForFonts = {}) {
-            DeviceTest::row(QByteArray::number(size.width()) + 'x'
-                                + QByteArray::number(size.height()),
-                            size, as, fixedWidth, asForFonts.isValid() ? asForFonts : as);
+            DeviceTest::row(nameOf(size), size, as, fixedWidth,
+                            asForFonts.isValid() ? asForFonts : as);
         };
         row({240, 400}, {240, 320}, 0);
         row({320, 480}, {320, 240}, 0);

@@ -12,8 +12,7 @@ private Q_SLOTS:
     void geometry_data()
     {
         const auto row = [](int nWidth, int nHeight, const QRect &area) {
-            DeviceTest::row(QByteArray::number(nWidth) + 'x' + QByteArray::number(nHeight),
-                            QSize(nWidth, nHeight), area);
+            DeviceTest::row(nameOf({nWidth, nHeight}), QSize(nWidth, nHeight), area);
         };
         row(240, 320, QRect(0, 0, 240, 320));
         row(480, 272, QRect(39, 0, 400, 272));
