@@ -1,5 +1,4 @@
 #include "app/deviceinformation.h"
-#include "platform/firmware.h"
 #include "tests/support/devicetest.h"
 
 class DeviceInformationTest : public DeviceTest

@@ -5,7 +5,6 @@
 #include "wizard/veltawizard.h"
 
 #include <QResource>
-#include <QTranslator>
 
 #include <cstdio>
 

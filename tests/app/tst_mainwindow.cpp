@@ -569,8 +569,7 @@ private Q_SLOTS:
         const QList<QWidget *> atStart = visibleWindows();
         QCOMPARE(atStart.size(), 2);
         auto *pBox = qobject_cast<QDialog *>(atStart.constLast());
-        QVERIFY(pBox);
-        QVERIFY(!pBox->isModal()); // the start goes on
+        QVERIFY(pBox && !pBox->isModal()); // the start goes on
         const auto *pBody = pBox->findChild<QMessageBox *>();
         QVERIFY(pBody->text().contains("Error Loading embedded Fonts"));
         QVERIFY(pBox->findChild<QLabel *>()->text().contains("Application"));

@@ -220,9 +220,7 @@ private Q_SLOTS:
     {
         root().write(calibrationFile, OldFile);
         root().writeCommand("/bin/mount", "[ $2 = remount,rw ] && chmod 755 $3 || chmod 555 $3");
-        const QString directory = root().path("/etc");
-        QFile::setPermissions(directory, QFile::Permissions(0x5555));
-        const OrdinaryUser user(root());
+        const OrdinaryUser user(root(), "/etc");
         openPointer({});
         Run data;
         QCOMPARE(data.applyCalibration(measured({})), 0);
@@ -243,7 +241,8 @@ private Q_SLOTS:
         expectWarning("Nobody has accepted");
         openPointer({});
         QCOMPARE(root().read(calibrationFile), OldFile);
-        QVERIFY(!WindowServer::isCalibrationUnaccepted() && !QFileInfo(directory).isWritable());
+        QVERIFY(!WindowServer::isCalibrationUnaccepted()
+                && !QFileInfo(root().path("/etc")).isWritable());
     }
 
     /// Without a restore in between, the calibration of the first run is the one to go back to. At

@@ -1,4 +1,4 @@
-#include "platform/firmwaretext.h"
+#include "platform/plcstatus.h"
 #include "platform/touchtype.h"
 #include "platform/windowserver.h"
 #include "platform/windowstack.h"
@@ -172,6 +172,10 @@ private Q_SLOTS:
         QCOMPARE(firmwareText(std::span(memory).first(2)), "19");
         QCOMPARE(firmwareText(std::span(memory).last(4)), "xyzz");
         QCOMPARE(firmwareText({}), QString());
+        PlcStatus both[2]; // the last entry of the first has no end, and less room than the others
+        std::memset(both, 'W', sizeof both);
+        std::memset(both[0].entries, 0, 4 * PlcStatus::EntrySize);
+        QCOMPARE(both[0].firstAppName(), QString(360, u'W'));
     }
 
     void withoutTouchscreen()
