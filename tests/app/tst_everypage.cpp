@@ -54,7 +54,7 @@ public:
     QString translate(const char *pContext, const char *pSource, const char *pDisambiguation,
                       int n) const override
     {
-        const QString real = QTranslator::translate(pContext, pSource, pDisambiguation, n);
+        QString real = QTranslator::translate(pContext, pSource, pDisambiguation, n);
         if (nPercent == 0 || real.isNull()) {
             return real;
         }

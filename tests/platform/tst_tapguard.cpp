@@ -132,7 +132,7 @@ private Q_SLOTS:
         QTest::touchEvent(box.windowHandle(), pScreen.get()).press(0, inside);
         QTest::touchEvent(box.windowHandle(), pScreen.get()).move(0, inside + QPoint(9, 9));
         QTest::touchEvent(box.windowHandle(), pScreen.get()).release(0, inside + QPoint(9, 9));
-        QCOMPARE(box.take().size() > 0, arrives);
+        QCOMPARE(!box.take().isEmpty(), arrives);
     }
 
 private:
