@@ -111,9 +111,11 @@ void MainWindow::createTimers()
 {
     pProgressTimer = std::make_unique<QTimer>();
     pProgressTimer->setInterval(ProgressInterval);
-    pVisibilityTimer = std::make_unique<QTimer>();
+    pVisibilityTimer = std::make_unique<QTimer>(this);
+    pVisibilityTimer->setObjectName("visibilityTimer");
     pVisibilityTimer->setInterval(FirstTickDelay);
-    pRestartTimer = std::make_unique<QTimer>();
+    pRestartTimer = std::make_unique<QTimer>(this);
+    pRestartTimer->setObjectName("restartTimer");
     pRestartTimer->setInterval(RestartStep);
     pScreenshotTimer = new QTimer(this);
     pScreenshotTimer->setInterval(ProgressInterval);

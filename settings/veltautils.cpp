@@ -112,8 +112,11 @@ void VeltaUtils::readDpi()
     const bool bCommon = QFile::exists(devicePath(CommonDpiPath));
     const auto x = readDpiProperty(bCommon ? CommonDpiPath : DisplayDpiXPath);
     const auto y = readDpiProperty(bCommon ? CommonDpiPath : DisplayDpiYPath);
-    nDpiX = x && y ? *x : UnreadableDpi;
-    nDpiY = x && y ? *y : UnreadableDpi;
+    nDpiX = nDpiY = UnreadableDpi;
+    if (x && y) {
+        nDpiX = *x;
+        nDpiY = *y;
+    }
 
     const QScreen *pScreen = QGuiApplication::primaryScreen();
     const auto logicalX = static_cast<quint16>(pScreen->logicalDotsPerInchX());

@@ -1,5 +1,4 @@
 #include "app/deviceinformation.h"
-#include "platform/firmware.h"
 #include "tests/support/devicetest.h"
 
 class DeviceInformationTest : public DeviceTest
@@ -53,33 +52,30 @@ private Q_SLOTS:
         FETCH(QByteArray, file, QString, expected);
         root().setFirmware("eth0.mode=static");
         root().write("/sys/class/net/eth1/address", "02:00:00:00:00:01\n"); // another interface
-        if (!file.isEmpty()) {
-            root().write("/sys/class/net/eth0/address", file);
-        }
+        root().plant("/sys/class/net/eth0/address", file);
         QCOMPARE(readInterfaceInformation()->sMac, expected);
     }
 
     void versions_data()
     {
-        row("both", "[firmware]\nversion=3.1.2\n[codesys]\nversion=3.5\n", "3.1.2|3.5");
-        row("empty", QByteArray(), "|");
+        row("empty", "", "|");
         row("FIFO", "fifo", "|");
+        row("both", "[firmware]\nversion=3.1.2\n[codesys]\nversion=3.5\n", "3.1.2|3.5");
         row("binary", QByteArray("\0\xff\xfe[firmware\nversion", 20), "|");
     }
     void versions()
     {
         FETCH(QByteArray, file, QString, expected);
-        readFirmwareVersions(); // nothing is there, and nothing said
-        if (!root().plant("/etc/fwinfo.ini", file)) {
-            root().write("/etc/fwinfo.ini", file);
-        }
+        root().plant("/etc/fwinfo.ini", file);
         if (expected == "|") {
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^/etc/fwinfo.ini (is|cannot) "));
+            expectWarning("^/etc/fwinfo.ini (is|cannot) ");
         }
         for (int i = 0; i < 2; ++i) { // the second time without a word
             const FirmwareVersions versions = readFirmwareVersions();
             QCOMPARE(versions.sFirmware + '|' + versions.sRuntime, expected);
         }
+        root().remove("/etc/fwinfo.ini");
+        readFirmwareVersions(); // nothing is there, and nothing said
     }
 };
 

@@ -1,3 +1,4 @@
+#include "app/restartsequence.h"
 #include "tests/platform/notifysocket.h"
 #include "tests/support/devicetest.h"
 
@@ -6,7 +7,10 @@
 #include <sys/socket.h>
 #include <sys/syscall.h>
 
-/// The program itself: how it begins to run and how it ends.
+using State = RestartSequence::State;
+using Event = RestartSequence::Event;
+
+/// The program itself: how it begins to run, how it ends and how it restarts the panel.
 class EndingTest : public DeviceTest
 {
     Q_OBJECT
@@ -85,6 +89,51 @@ private Q_SLOTS:
         QCOMPARE(pProgram->exitCode(), hard ? SIGKILL : 0);
         QCOMPARE(manager.texts(),
                  hard ? QByteArrayList({"READY=1"}) : QByteArrayList({"READY=1", "STOPPING=1"}));
+    }
+
+    void restartSteps_data()
+    {
+        const auto asked = Event::Asked;
+        const auto good = Event::Succeeded;
+        const auto bad = Event::Failed;
+        const auto late = Event::TimeUp;
+        row("asked twice", QList{asked, asked}, State::Commanded, false);
+        row("succeeds", QList{asked, good}, State::Awaited, false);
+        row("asked again, succeeds", QList{asked, good, asked, good}, State::Awaited, false);
+        row("fails", QList{asked, bad}, State::Failed, true);
+        row("fails, then succeeds", QList{asked, bad, asked, good}, State::Awaited, false);
+        row("hangs", QList{asked, late}, State::Overdue, true);
+        row("hangs, then fails", QList{asked, late, bad}, State::Overdue, true);
+        row("does not happen", QList{asked, good, late}, State::Overdue, true);
+        // Not waited for 120 s again.
+        row("never happens", QList{asked, good, late, asked, good}, State::Overdue, true);
+        row("retry fails", QList{asked, good, late, asked, bad}, State::Failed, true);
+        row("retry hangs", QList{asked, good, late, asked, late}, State::Overdue, true);
+    }
+    void restartSteps()
+    {
+        FETCH(QList<Event>, events, State, state, bool, retry);
+        RestartSequence sequence(root().path("/sbin/reboot"));
+        for (const Event event : std::as_const(events)) {
+            sequence.handle(event);
+        }
+        QCOMPARE(sequence.state(), state);
+        QCOMPARE(sequence.isRetryDue(), retry);
+    }
+
+    // The end of the program leaves a shutdown alone, and does not wait for it.
+    void restartGoesOnAfterTheEnd()
+    {
+        root().writeCommand("/sbin/reboot", "sleep 0.3; echo down >\"$PANEL_ROOT/log\"");
+        {
+            RestartSequence sequence(root().path("/sbin/reboot"));
+            QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(); });
+            QTimer::singleShot(0, &sequence, &RestartSequence::restart);
+            QCoreApplication::exec();
+            QCOMPARE(sequence.state(), State::Commanded);
+        }
+        QVERIFY(!root().exists("/log"));
+        QTRY_COMPARE(root().read("/log"), QByteArray("down\n"));
     }
 
     // Nobody reads what it and its libraries write.

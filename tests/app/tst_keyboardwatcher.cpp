@@ -48,9 +48,8 @@ private Q_SLOTS:
     void comeAndGo_data()
     {
         // "+0" plugs keyboard0 in, "-0" pulls it, "." is a pass of the event loop, "h" and "s" hide
-        // and show the window; at its end one
-        // of the third column is read, and handlers were closed so often: of two, the first goes
-        // for the second.
+        // and show the window; at its end one of the third column is read, and handlers were closed
+        // so often: of two, the first goes for the second.
         row("one", "+0.", "0", 0);
         row("one pulled", "+0.-0.", "", 1);
         row("second", "+0.+1.", "01", 2);
@@ -114,8 +113,8 @@ private Q_SLOTS:
             const bool bReal = QFileInfo(target).exists() && !QFileInfo(target).isDir();
             QVERIFY(QFile::link(bReal ? target : root().path(target), link));
             if (!QFileInfo(link).isDir()) { // which are not listed at all
-                QTest::ignoreMessage(QtWarningMsg, QRegularExpression("it is no keyboard"));
-                QTest::ignoreMessage(QtWarningMsg, QRegularExpression("found null pointer"));
+                expectWarning("it is no keyboard");
+                expectWarning("found null pointer");
             }
         }
         start();

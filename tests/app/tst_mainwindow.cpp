@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 #include "app/restartsequence.h"
+#include "app/rowfit.h"
 #include "app/startup.h"
 #include "calibration/calibrationpage.h"
 #include "infobox/veltainfobox.h"
@@ -7,10 +8,11 @@
 #include "platform/windowstack.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/lockedfolder.h"
 #include "tests/support/openkeyboard.h"
+#include "tests/support/ordinaryuser.h"
 #include "wizard/veltawizard.h"
 
+#include <QHBoxLayout>
 #include <QLCDNumber>
 #include <QProgressBar>
 
@@ -216,17 +218,15 @@ private Q_SLOTS:
     void unreadableSettings()
     {
         startLinked(2);
-        const QString path = root().path("/etc/settings.ini");
-        QVERIFY(QDir().mkpath(path));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("settings.ini cannot be read: "));
+        root().plant("/etc/settings.ini", "directory");
+        expectWarning("settings.ini cannot be read: ");
         BoxWatcher watcher;
         pWindow->configButtonPressed();
         tick();
-        QCOMPARE(watcher.texts().size(), 1);
-        QVERIFY(watcher.texts().constFirst().startsWith("Error -202: "));
+        QVERIFY(watcher.texts().join(u'|').startsWith("Error -202: "));
         QCOMPARE(page(), "previewPage");
 
-        QVERIFY(QDir().rmdir(path));
+        root().remove("/etc/settings.ini");
         int nOpened = 0;
         pWindow->configButtonPressed();
         tickWithWizard([&](QWizard &wizard) {
@@ -239,7 +239,8 @@ private Q_SLOTS:
 
     void fontsThatAreNone()
     {
-        QVERIFY(root().plant("/usr/lib/fonts/Vera.ttf", "fifo") && !loadFonts());
+        root().plant("/usr/lib/fonts/Vera.ttf", "fifo");
+        QVERIFY(!loadFonts());
     }
 
     // Texts that come later are measured as they are: none is cut, none is smaller than it must be.
@@ -259,6 +260,20 @@ private Q_SLOTS:
             };
             QVERIFY2(widthOf(pLabel->font()) <= pLabel->width(), name);
             QVERIFY2(widthOf(pLabel->font()) > pLabel->width() * 3 / 4, name);
+        }
+    }
+
+    void wrapsOnlyWhatMust()
+    {
+        QWidget page;
+        QHBoxLayout layout(&page);
+        QLabel label;
+        layout.addWidget(&label);
+        RowFit rows(&page);
+        for (const bool bLong : {true, false, true}) {
+            label.setText(QStringLiteral("word ").repeated(bLong ? 200 : 2));
+            rows.fit({&label});
+            QCOMPARE(label.wordWrap(), bLong);
         }
     }
 
@@ -304,34 +319,17 @@ private Q_SLOTS:
         QCOMPARE(counter.nPaints, 0);
     }
 
-    void restart()
-    {
-        root().writeCommand("/sbin/reboot", "echo reboot >>\"$PANEL_ROOT/log\"");
-        start();
-        auto *pLcd = find<QLCDNumber>("lcdRestart");
-        Q_EMIT pWindow->triggerLcd(10);
-        for (int nLeft = 9; nLeft >= 1; --nLeft) {
-            pWindow->systemRestart_Timer();
-            QCOMPARE(pLcd->intValue(), nLeft);
-            QVERIFY(!root().exists("/log"));
-        }
-        pWindow->systemRestart_Timer();
-        QCOMPARE(root().read("/log"), "reboot\n");
-        pWindow->systemRestart_Button();
-        QCOMPARE(root().read("/log"), "reboot\nreboot\n");
-    }
-
     // Nobody needs to come and press the button again.
     void restartFails_data()
     {
         const QString next = ", next attempt in";
-        row("fails", "exit 3", false, "Restart failed" + next);
-        row("does not happen", "exit 0", true, "Not restarted yet" + next);
-        row("hangs", "exec sleep 1", true, "Not restarted yet" + next);
+        row("fails", "exit 3", false, false, "Restart failed" + next);
+        row("does not happen", "exit 0", false, true, "Not restarted yet" + next);
+        row("hangs, after the count-down", "exec sleep 1", true, true, "Not restarted yet" + next);
     }
     void restartFails()
     {
-        FETCH(QByteArray, script, bool, timeUp, QString, says);
+        FETCH(QByteArray, script, bool, countDown, bool, timeUp, QString, says);
         root().writeCommand("/sbin/reboot", "echo reboot >>\"$PANEL_ROOT/log\"\n" + script);
         start();
         auto *pLcd = find<QLCDNumber>("lcdRestart");
@@ -349,7 +347,15 @@ private Q_SLOTS:
             });
             clock.start(10);
         }
-        find<QPushButton>("buttonRestart")->click();
+        Q_EMIT pWindow->triggerLcd(10);
+        for (int nLeft = 9; countDown && nLeft >= 0; --nLeft) {
+            QVERIFY(!root().exists("/log"));
+            pWindow->systemRestart_Timer();
+            QVERIFY(nLeft == 0 || pLcd->intValue() == nLeft);
+        }
+        if (!countDown) {
+            pWindow->systemRestart_Button();
+        }
         QTRY_VERIFY(pSequence->isRetryDue());
         QCOMPARE(text("label_restartText"), says);
         QCOMPARE(pLcd->intValue(), 10);
@@ -358,7 +364,7 @@ private Q_SLOTS:
         root().writeCommand("/sbin/reboot", "echo again >>\"$PANEL_ROOT/log\"; kill -9 $$");
         for (int nLeft = 9; nLeft >= 0; --nLeft) {
             QCOMPARE(root().read("/log"), "reboot\n");
-            pWindow->systemRestart_Timer();
+            QMetaObject::invokeMethod(find<QTimer>("restartTimer"), "timeout");
         }
         QCOMPARE(root().read("/log"), "reboot\nagain\n");
         QCOMPARE(text("label_restartText"), "Restart failed, next attempt in");
@@ -412,9 +418,9 @@ private Q_SLOTS:
         root().write("/dev/input/touchscreen", "");
         root().write("/tmp/.system/TouchCalibration", "");
         startLinked(2);
-        const LockedFolder locked(root(), "/tmp/.system");
+        const OrdinaryUser user(root(), "/tmp/.system");
         calibrationPage()->findChild<QPushButton *>("cancelCalibrationButton")->click();
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot be removed"));
+        expectWarning("cannot be removed");
         for (int i = 0; i < 3; ++i) {
             tick();
             QVERIFY(!calibrationPage()->isVisible());
@@ -433,13 +439,15 @@ private Q_SLOTS:
             bVisible = bVisible || (QApplication::activeModalWidget() && pWindow->isFullScreen());
         });
         look.start(1);
-        startLinked(1);
+        root().setFirmware("state=1");
+        start();
+        tick();
+        find<QTimer>("visibilityTimer")->start(1);
+        QTRY_VERIFY(!watcher.texts().isEmpty() && !pWindow->isVisible()); // the PLC runs
         QVERIFY(bVisible);
-        QVERIFY(!pWindow->isVisible()); // the box is closed, the PLC runs
         QVERIFY(!root().exists(message));
-        QCOMPARE(watcher.texts().size(), 1);
         QVERIFY(
-            watcher.texts().constFirst().startsWith("Error -236: Automatic calibration timed out"));
+            watcher.texts().join(u'|').startsWith("Error -236: Automatic calibration timed out"));
         root().write(message, "");
         tick(); // once per start
         QVERIFY(root().exists(message));
@@ -561,8 +569,7 @@ private Q_SLOTS:
         const QList<QWidget *> atStart = visibleWindows();
         QCOMPARE(atStart.size(), 2);
         auto *pBox = qobject_cast<QDialog *>(atStart.constLast());
-        QVERIFY(pBox);
-        QVERIFY(!pBox->isModal()); // the start goes on
+        QVERIFY(pBox && !pBox->isModal()); // the start goes on
         const auto *pBody = pBox->findChild<QMessageBox *>();
         QVERIFY(pBody->text().contains("Error Loading embedded Fonts"));
         QVERIFY(pBox->findChild<QLabel *>()->text().contains("Application"));
@@ -713,12 +720,11 @@ private Q_SLOTS:
     {
         root().write("/tmp/screenshot.png.panel-a1b2c3", "cut off"); // by a kill
         startLinked(2);
-        QWidget overlay;
-        overlay.setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-        overlay.setStyleSheet("background-color: rgb(255,0,0)");
-        overlay.setGeometry(0, 0, 100, 100);
-        overlay.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&overlay));
+        QWidget above(nullptr, Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        above.setStyleSheet("background-color: rgb(255,0,0)");
+        above.setGeometry(0, 0, 100, 100);
+        above.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&above));
         pWindow->screenshotTimerEvent(); // nobody asked
         QVERIFY(!root().exists("/tmp/screenshot.png"));
         root().write("/tmp/makeScreenshot", "");
@@ -727,7 +733,6 @@ private Q_SLOTS:
         const QImage picture(root().path("/tmp/screenshot.png"));
         QCOMPARE(picture.size(), QSize(800, 480));
         QCOMPARE(picture.pixelColor(50, 50), QColor(Qt::red));
-        QVERIFY(picture.pixelColor(750, 300) != QColor(Qt::red));
     }
 
     // Whatever somebody has put where a request is expected, one look at it is enough.
@@ -744,8 +749,8 @@ private Q_SLOTS:
         FETCH(QString, path, QByteArray, kind);
         root().write("/dev/input/touchscreen", "");
         root().write("/tmp/target", "important");
-        QVERIFY(root().plant(path, kind));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("is no file"));
+        root().plant(path, kind);
+        expectWarning("is no file");
         if (path.endsWith("png")) {
             root().write("/tmp/makeScreenshot", "");
         }

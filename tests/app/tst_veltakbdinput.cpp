@@ -1,8 +1,12 @@
 #include "app/keyrepeatfilter.h"
+#include "app/panelstyle.h"
 #include "app/veltakbdinput.h"
 #include "tests/support/devicetest.h"
 
 #include <QKeyEvent>
+#include <QPainter>
+#include <QStyleFactory>
+#include <QStyleOptionButton>
 
 namespace {
 
@@ -27,6 +31,25 @@ protected:
         return QWidget::event(pEvent);
     }
 };
+
+/// A button in \a style.
+QImage picture(const QStyle &style, QStyle::State state)
+{
+    QStyleOptionButton button;
+    button.rect = {0, 0, 80, 30};
+    button.state = state | QStyle::State_Raised;
+    button.features = QStyleOptionButton::DefaultButton;
+    button.palette = QPalette(Qt::lightGray); // with a number of its own
+    button.palette.setColor(QPalette::Active, QPalette::Highlight, Qt::blue);
+    button.palette.setColor(QPalette::Disabled, QPalette::Highlight, Qt::gray);
+    button.palette.setCurrentColorGroup(state & QStyle::State_Enabled ? QPalette::Active
+                                                                      : QPalette::Disabled);
+    QImage image(button.rect.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    style.drawPrimitive(QStyle::PE_PanelButtonCommand, &button, &painter);
+    return image;
+}
 
 } // namespace
 
@@ -75,6 +98,21 @@ private Q_SLOTS:
         QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), true);
         QCoreApplication::sendEvent(&other, &press);
         QCOMPARE(other.log.size(), 1);
+    }
+
+    // In an order in which each could get the picture of another.
+    void styledButtons()
+    {
+        const PanelStyle style;
+        const std::unique_ptr<QStyle> fusion(QStyleFactory::create("Fusion"));
+        for (const QStyle::State state :
+             {QStyle::State(QStyle::State_None), QStyle::State(QStyle::State_Enabled),
+              QStyle::State_Enabled | QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange,
+              QStyle::State_Enabled | QStyle::State_Sunken}) {
+            const QImage expected = picture(*fusion, state);
+            QCOMPARE(picture(style, state), expected);
+            QCOMPARE(picture(style, state | QStyle::State_MouseOver), expected);
+        }
     }
 
     void receivers()

@@ -14,7 +14,7 @@ protected:
     static constexpr SimulatedPanel Glass{true, false, true, 0};
     static constexpr int RunLimitMs = 30000; // far more than any machine takes
     static inline const QString CalibrationFile = "/etc/pointercal";
-    const QRegularExpression CannotWrite{"Cannot write the pointer calibration file"};
+    static constexpr char CannotWrite[] = "Cannot write the pointer calibration file";
 
     std::unique_ptr<TouchscreenFifo> pFifo;
     std::unique_ptr<WindowServer> pServer;

@@ -1,10 +1,8 @@
 #pragma once
 
-#include "platform/tapguard.h"
 #include "tests/support/deviceroot.h"
 #include "tests/support/screen.h"
 
-#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QScreen>
@@ -27,13 +25,6 @@ public:
         processAll(); // Qt's own wait sleeps for 10 ms, and there are many of these
         need(windowHandle()->isExposed() || QTest::qWaitForWindowExposed(this),
              "a window to touch");
-    }
-
-    /// Waits until what has just come or gone on the screen takes touches.
-    static void waitOutDoubleTap()
-    {
-        processAll(); // the time counts from its first picture
-        QTest::qWait(int(TapGuard::Delay.count()) + 20);
     }
 
     /// Where \a tap arrives; -1, -1: nowhere.

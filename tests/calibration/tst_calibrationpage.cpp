@@ -6,7 +6,6 @@
 #include "tests/calibration/touchsheet.h"
 
 #include <QLCDNumber>
-#include <QPlainTextEdit>
 
 namespace {
 
@@ -78,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(pCount->intValue(), 9);
 
         QPushButton *pAccept = button("acceptCalibrationButton");
-        TouchSheet::waitOutDoubleTap();
+        waitOutDoubleTap();
         touch(pAccept->mapToGlobal(pAccept->rect().center()));
         QTRY_VERIFY(!inAcceptMode());
         QVERIFY(!pCount->isVisible() && !pServer->isCursorVisible() && !isCounting());
@@ -112,6 +111,7 @@ private Q_SLOTS:
             pPage->updateLCD();
             QCOMPARE(operatorsEyes.texts().size(), 1);
             QVERIFY(operatorsEyes.texts().constFirst().startsWith("old calibration data restored"));
+            QCOMPARE(operatorsEyes.buttons().constFirst(), "OK (5)");
         }
         QTRY_COMPARE(QApplication::activeWindow(), pPage.get());
         QVERIFY(!inAcceptMode());
@@ -136,7 +136,7 @@ private Q_SLOTS:
         });
         look.start(5);
         touchTargets();
-        QTest::ignoreMessage(QtWarningMsg, CannotWrite);
+        expectWarning(CannotWrite);
         QCoreApplication::exec();
         look.stop();
         QVERIFY(inAcceptMode()); // nobody has accepted it
@@ -250,7 +250,7 @@ private Q_SLOTS:
     void paints_data()
     {
         for (const PanelScreen &screen : panelScreens()) {
-            row(screen.name(), screen.size);
+            row(nameOf(screen.size), screen.size);
         }
     }
     /// The cross in its colour on white; the three lines neither leave the screen nor touch one.
@@ -279,6 +279,9 @@ private Q_SLOTS:
             QCOMPARE(picture.pixelColor(centre - QPoint(14, 0)), ground);
         }
         const QImage picture = pictureIn(Qt::white);
+        const QImage cross = picture.copy({centre - QPoint(12, 12), QSize(24, 24)});
+        QCOMPARE(cross.mirrored(true, false), cross);
+        QCOMPARE(cross.mirrored(false, true), cross);
         const auto isFree = [&](const QRect &rect) {
             const QImage part = picture.copy(rect);
             QImage white(part.size(), part.format());

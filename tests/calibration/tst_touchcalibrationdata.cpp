@@ -6,12 +6,11 @@
 #include "tests/calibration/touchsheet.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/support/ioctlhook.h"
+#include "tests/support/ordinaryuser.h"
 
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <linux/input.h>
 #include <tslib.h>
 
 namespace {
@@ -30,26 +29,6 @@ struct Run : TouchCalibrationData
         nScreenHeight = screen.height();
         backupCalibration();
     }
-};
-
-/// Without the rights of root, before whom every directory is writable, while it lives.
-class OrdinaryUser
-{
-public:
-    explicit OrdinaryUser(const DeviceRoot &root)
-    {
-        if (bWasRoot) {
-            QProcess::execute("chown", {"-R", QString::number(Nobody), root.path({})});
-            bDropped = setresuid(Nobody, Nobody, 0) == 0;
-        }
-    }
-    ~OrdinaryUser() { need(!bDropped || setresuid(0, 0, 0) == 0, "to be root again"); }
-    Q_DISABLE_COPY(OrdinaryUser)
-
-private:
-    static constexpr uid_t Nobody = 65534;
-    bool bWasRoot = geteuid() == 0;
-    bool bDropped = false;
 };
 
 /// Stands for the kernel where a test lets the FIFO pass for an event device.
@@ -190,7 +169,7 @@ private Q_SLOTS:
 
         Run data;
         if (result == ERR_FILE_WRITE) {
-            QTest::ignoreMessage(QtWarningMsg, CannotWrite);
+            expectWarning(CannotWrite);
         }
         QCOMPARE(int(data.applyCalibration(measured(panel))), result);
         QCOMPARE(landing(raw),
@@ -222,17 +201,16 @@ private Q_SLOTS:
     {
         root().write(calibrationFile, OldFile);
         root().writeCommand("/bin/mount", "exit 32");
-        const QString directory = root().path("/etc");
         const QString note = root().path(calibrationFile + ".unaccepted");
         const OrdinaryUser user(root());
         openPointer({});
         Run data;
         QCOMPARE(data.applyCalibration(measured({})), 0);
         QFile::setPermissions(note, QFile::Permissions(0x4444));
-        QFile::setPermissions(directory, QFile::Permissions(0x5555));
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot remove .*unaccepted"));
+        chmod(qPrintable(root().path("/etc")), 0555);
+        expectWarning("Cannot remove .*unaccepted");
         QCOMPARE(data.acceptCalibration(), ERR_FILE_ERASE);
-        QFile::setPermissions(directory, QFile::Permissions(0x7755));
+        chmod(qPrintable(root().path("/etc")), 0755);
         data.settle();
         QVERIFY(!QFile::exists(note));
     }
@@ -242,9 +220,7 @@ private Q_SLOTS:
     {
         root().write(calibrationFile, OldFile);
         root().writeCommand("/bin/mount", "[ $2 = remount,rw ] && chmod 755 $3 || chmod 555 $3");
-        const QString directory = root().path("/etc");
-        QFile::setPermissions(directory, QFile::Permissions(0x5555));
-        const OrdinaryUser user(root());
+        const OrdinaryUser user(root(), "/etc");
         openPointer({});
         Run data;
         QCOMPARE(data.applyCalibration(measured({})), 0);
@@ -254,18 +230,19 @@ private Q_SLOTS:
         const QString path = root().path(calibrationFile);
         for (const QString &unreadable : {path, path + ".unaccepted"}) {
             QFile::setPermissions(unreadable, {});
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot read .* or its note"));
+            expectWarning("Cannot read .* or its note");
             if (unreadable == path) {
-                QTest::ignoreMessage(QtWarningMsg, QRegularExpression("is broken"));
+                expectWarning("is broken");
             }
             openPointer({});
             QFile::setPermissions(unreadable, QFile::Permissions(0x6600));
             QCOMPARE(root().read(calibrationFile), unaccepted);
         }
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Nobody has accepted"));
+        expectWarning("Nobody has accepted");
         openPointer({});
         QCOMPARE(root().read(calibrationFile), OldFile);
-        QVERIFY(!WindowServer::isCalibrationUnaccepted() && !QFileInfo(directory).isWritable());
+        QVERIFY(!WindowServer::isCalibrationUnaccepted()
+                && !QFileInfo(root().path("/etc")).isWritable());
     }
 
     /// Without a restore in between, the calibration of the first run is the one to go back to. At
@@ -344,14 +321,16 @@ private Q_SLOTS:
         pServer->resumePointer();
         QVERIFY(pointerHasIt());
 
-        CalibrationRun run;
-        QCOMPARE(run.start(), 0);
-        QCOMPARE(eventDevice.nGrabber, -1);
-        tap(300, 200);
-        QTRY_VERIFY(eventDevice.nGrabber >= 0);
-        run.handle(CalibrationEvent::Withdraw);
-        QCOMPARE(eventDevice.nGrabber, pointer);
-        QVERIFY(pointerHasIt());
+        auto pRun = std::make_unique<CalibrationRun>();
+        for (const bool bWithdrawn : {true, false}) { // or the program ends
+            QCOMPARE(pRun->start(), 0);
+            QCOMPARE(eventDevice.nGrabber, -1);
+            tap(300, 200);
+            QTRY_VERIFY(eventDevice.nGrabber >= 0);
+            bWithdrawn ? void(pRun->handle(CalibrationEvent::Withdraw)) : pRun.reset();
+            QCOMPARE(eventDevice.nGrabber, pointer);
+            QVERIFY(pointerHasIt());
+        }
 
         // No window is there, and a calibration that is asked for in front of its window.
         pSheet->hide();
@@ -368,7 +347,7 @@ private Q_SLOTS:
         // Someone outside is faster. It is tried again, with one warning line.
         pServer->suspendPointer();
         eventDevice.nGrabber = fifo;
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Cannot take the touches back"));
+        expectWarning("Cannot take the touches back");
         pServer->resumePointer();
         auto *pTimer = pServer->findChild<QTimer *>();
         QVERIFY(pTimer->isActive());

@@ -152,25 +152,31 @@ void noteContent(int fd, const std::string &path)
     note(Record::Written, path, statusOf(fd).st_ino);
 }
 
-template <typename Real>
-ssize_t readIt(int fd, Real real)
+void noteNothing()
+{ }
+
+/// The \a real call on \a file, unless the plan strikes it; \a noted when it has succeeded.
+template <typename Real, typename Noted = void (*)()>
+auto watched(const char *call, const std::string &file, Effect effect, Real real,
+             Noted noted = noteNothing)
 {
-    const std::string file = watchedFile(fd);
-    return !file.empty() && fails("read", file, Effect::None) ? -1 : real();
+    decltype(real()) result = -1;
+    if (file.empty() || !fails(call, file, effect)) {
+        result = real();
+        if (!file.empty() && result >= 0) {
+            noted();
+        }
+    }
+    return result;
 }
 
 /// By \a call, which is unlink or rmdir.
 int unlinkIt(const char *call, const char *path)
 {
     const std::string file = watchedName(path);
-    if (!file.empty() && fails(call, file, Effect::Change)) {
-        return -1;
-    }
-    const int result = behind<int(const char *)>(call)(path);
-    if (!file.empty() && result == 0) {
-        note(Record::Unlinked, file);
-    }
-    return result;
+    return watched(
+        call, file, Effect::Change, [&] { return behind<int(const char *)>(call)(path); },
+        [&] { note(Record::Unlinked, file); });
 }
 
 } // namespace
@@ -220,27 +226,23 @@ PANEL_DEFINE(int, panelOpen, open, (const char *path, int flags, ...))
     const std::string file = watchedName(path);
     struct stat status = {};
     const bool bCreates = !file.empty() && (flags & O_CREAT) != 0 && lstat(path, &status) != 0;
-    if (!file.empty() && fails("open", file, bCreates ? Effect::TakesRoom : Effect::None)) {
-        return -1;
-    }
-    const int fd = real(path, flags, mode);
-    if (fd >= 0 && bCreates) {
-        note(Record::Created, file, statusOf(fd).st_ino);
-    }
-    return fd;
+    int fd = -1;
+    return watched(
+        "open", file, bCreates ? Effect::TakesRoom : Effect::None,
+        [&] { return fd = real(path, flags, mode); },
+        [&] {
+            if (bCreates) {
+                note(Record::Created, file, statusOf(fd).st_ino);
+            }
+        });
 }
 PANEL_DEFINE(int, panelMkostemp, mkostemp, (char *path, int flags))
 {
     static const auto real = behind<int(char *, int)>("mkostemp");
-    const std::string file = watchedName(path);
-    if (!file.empty() && fails("mkstemp", file, Effect::TakesRoom)) {
-        return -1;
-    }
-    const int fd = real(path, flags);
-    if (!file.empty() && fd >= 0) {
-        note(Record::Created, watchedName(path), statusOf(fd).st_ino);
-    }
-    return fd;
+    int fd = -1;
+    return watched(
+        "mkstemp", watchedName(path), Effect::TakesRoom, [&] { return fd = real(path, flags); },
+        [&] { note(Record::Created, watchedName(path), statusOf(fd).st_ino); });
 }
 PANEL_DEFINE(ssize_t, panelWrite, write, (int fd, const void *data, size_t size))
 {
@@ -262,51 +264,45 @@ PANEL_DEFINE(ssize_t, panelWrite, write, (int fd, const void *data, size_t size)
 PANEL_DEFINE(ssize_t, panelRead, read, (int fd, void *data, size_t size))
 {
     static const auto real = behind<ssize_t(int, void *, size_t)>("read");
-    return readIt(fd, [=] { return real(fd, data, size); });
+    return watched("read", watchedFile(fd), Effect::None, [=] { return real(fd, data, size); });
 }
 PANEL_DEFINE(ssize_t, panelReadChecked, __read_chk,
              (int fd, void *data, size_t size, size_t capacity))
 {
     static const auto real = behind<ssize_t(int, void *, size_t, size_t)>("__read_chk");
-    return readIt(fd, [=] { return real(fd, data, size, capacity); });
+    return watched("read", watchedFile(fd), Effect::None,
+                   [=] { return real(fd, data, size, capacity); });
 }
 /// Noted, not done: what is certain is the journal's to know, and a real sync takes its time.
 PANEL_DEFINE(int, panelFsync, fsync, (int fd))
 {
+    static const auto real = behind<int(int)>("fsync");
     const std::string file = watchedFile(fd);
-    if (file.empty()) {
-        return behind<int(int)>("fsync")(fd);
-    }
     // Room is found only now where the file system has put that off.
-    if (fails("fsync", file, Effect::TakesRoom)) {
-        return -1;
-    }
-    const struct stat status = statusOf(fd);
-    note(S_ISDIR(status.st_mode) ? Record::FolderSynced : Record::Synced, file, status.st_ino);
-    return 0;
+    return watched(
+        "fsync", file, Effect::TakesRoom, [&] { return file.empty() ? real(fd) : 0; },
+        [&] {
+            const struct stat status = statusOf(fd);
+            note(S_ISDIR(status.st_mode) ? Record::FolderSynced : Record::Synced, file,
+                 status.st_ino);
+        });
 }
 PANEL_DEFINE(int, panelClose, close, (int fd))
 {
     static const auto real = behind<int(int)>("close");
-    const std::string file = watchedFile(fd);
-    const bool bFails = !file.empty() && fails("close", file, Effect::None);
+    const int planned = watched("close", watchedFile(fd), Effect::None, [] { return 0; });
     const int nError = errno;
     const int result = real(fd); // Linux closes it, whatever it reports
-    errno = bFails ? nError : errno;
-    return bFails ? -1 : result;
+    errno = planned < 0 ? nError : errno;
+    return planned < 0 ? planned : result;
 }
 PANEL_DEFINE(int, panelRename, rename, (const char *from, const char *to))
 {
     static const auto real = behind<int(const char *, const char *)>("rename");
     const std::string file = watchedName(from);
-    if (!file.empty() && fails("rename", file, Effect::TakesRoom)) {
-        return -1;
-    }
-    const int result = real(from, to);
-    if (!file.empty() && result == 0) {
-        note(Record::Renamed, file, 0, watchedName(to));
-    }
-    return result;
+    return watched(
+        "rename", file, Effect::TakesRoom, [&] { return real(from, to); },
+        [&] { note(Record::Renamed, file, 0, watchedName(to)); });
 }
 PANEL_DEFINE(int, panelUnlink, unlink, (const char *path))
 {
@@ -318,21 +314,16 @@ PANEL_DEFINE(int, panelRmdir, rmdir, (const char *path))
 }
 PANEL_DEFINE(int, panelFtruncate, ftruncate, (int fd, off_t size))
 {
+    static const auto real = behind<int(int, off_t)>("ftruncate");
     const std::string file = watchedFile(fd);
-    if (!file.empty() && fails("ftruncate", file, Effect::Change)) {
-        return -1;
-    }
-    const int result = behind<int(int, off_t)>("ftruncate")(fd, size);
-    if (!file.empty() && result == 0) {
-        noteContent(fd, file);
-    }
-    return result;
+    return watched(
+        "ftruncate", file, Effect::Change, [&] { return real(fd, size); },
+        [&] { noteContent(fd, file); });
 }
 PANEL_DEFINE(int, panelFchmod, fchmod, (int fd, mode_t mode))
 {
     static const auto real = behind<int(int, mode_t)>("fchmod");
-    const std::string file = watchedFile(fd);
-    return !file.empty() && fails("fchmod", file, Effect::None) ? -1 : real(fd, mode);
+    return watched("fchmod", watchedFile(fd), Effect::None, [=] { return real(fd, mode); });
 }
 
 // The same functions once more, for sizes of 64 bits and for checked calls.

@@ -90,30 +90,19 @@ private:
     }
 
     /// What syscfg was given, file by file.
-    static QByteArrayList given(const DeviceRoot &root)
+    static QStringList given(const DeviceRoot &root)
     {
-        QByteArrayList files;
-        QByteArray file;
-        for (const QByteArray &line : root.read("/simulator/given").split('\n')) {
-            if (line == "end") {
-                files += file;
-                file.clear();
-            } else {
-                file += line + '\n';
-            }
-        }
-        return files;
+        return QString::fromUtf8(root.read("/simulator/given")).split("end\n", Qt::SkipEmptyParts);
     }
 
     static QStringList judgeGiven(const DeviceRoot &root)
     {
         QStringList complaints;
-        for (const QByteArray &file : given(root)) {
-            QByteArrayList lines = file.trimmed().split('\n');
-            std::sort(lines.begin(), lines.end());
-            if (lines != QByteArrayList{"[network]", "dnsserver1=10.0.0.53", "eth0.mode=dhcp"}) {
-                complaints += QStringLiteral("syscfg is given '%1'")
-                                  .arg(QString::fromUtf8(file.simplified()));
+        for (const QString &file : given(root)) {
+            QStringList lines = file.split(u'\n', Qt::SkipEmptyParts);
+            lines.sort();
+            if (lines != QStringList{"[network]", "dnsserver1=10.0.0.53", "eth0.mode=dhcp"}) {
+                complaints += QStringLiteral("syscfg is given '%1'").arg(file.simplified());
             }
         }
         return complaints;

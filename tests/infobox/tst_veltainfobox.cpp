@@ -121,6 +121,87 @@ private Q_SLOTS:
         }));
     }
 
+    void catalogue()
+    {
+        for (const ErrorEntry *pEntry = errorCatalogue; pEntry->nCode != ERR_END; ++pEntry) {
+            const qint16 code = pEntry->nCode;
+            const QByteArray name = QByteArray::number(code);
+            QVERIFY2(findError(code) == pEntry, name); // and no other has it
+            QVERIFY2(code <= -100 && code >= -999, name);
+            QVERIFY2(code <= -200 || pEntry->nIcon == QMessageBox::Warning, name);
+            QVERIFY2(!pEntry->text.isEmpty() && pEntry->text.count(QLatin1Char('%')) <= 1, name);
+        }
+    }
+
+    void findsOnlyMessages()
+    {
+        for (const int code : {0, 1, 5, 32767, -216, -9999, -32768}) {
+            QVERIFY2(!findError(static_cast<qint16>(code)), QByteArray::number(code));
+        }
+        QCOMPARE(findError(ERR_GENERAL)->text, "%1 ");
+    }
+
+    void composes_data()
+    {
+        const auto add = [](const QByteArray &message, const char *argument, const char *composed) {
+            row(message + '|' + argument, message, argument, composed);
+        };
+        // With the arguments "eth0", "x" and none, each with and without blanks.
+        for (const auto &[message, word, one, none] : QList<std::array<const char *, 4>>{
+                 {"in %1 now.", "in eth0 now.", "in x now.", "in now."},
+                 {"in %1. Now.", "in eth0. Now.", "in x. Now.", "in . Now."},
+                 {"code %1", "code eth0 ", "code x ", "code "},
+                 {"code %1, now", "code eth0 , now", "code x , now", "code , now"},
+                 {"%1 data", "eth0 data", "x data", " data"},
+                 {"%1. Severe", "eth0. Severe", "x. Severe", ". Severe"},
+                 {"Wrong.%1", "Wrong. eth0", "Wrong.", "Wrong."},
+                 {"(%1)", "(%1)", "(%1)", "(%1)"},
+                 {"Nothing", "Nothing", "Nothing", "Nothing"},
+                 {"%1 ", "eth0 ", "x ", " "}}) {
+            for (const auto &[argument, composed] : {std::pair("eth0", word),
+                                                     {" eth0 ", word},
+                                                     {"x", one},
+                                                     {" x", one},
+                                                     {"", none},
+                                                     {" ", none},
+                                                     {"  ", none}}) {
+                add(message, argument, composed);
+            }
+        }
+        add("Wrong.%1", "  ab", "Wrong. ab");
+        add("in %1.", "%1 %2", "in %1 %2.");
+    }
+    void composes()
+    {
+        FETCH(QString, message, QString, argument, QString, composed);
+        QCOMPARE(InfoText::compose(message, argument), composed);
+    }
+
+    void wraps_data()
+    {
+        // of at most 10 characters, from the text
+        row("", "");
+        row("0123456789", "0123456789");
+        row("0123456789A", "0123456789<br/>A");
+        row("one two three", "one two<br/>three");
+        row("one two 78 0", "one two<br/>78 0"); // the blank after a full line is not in it
+        row("012345678 9", "012345678<br/>9");
+        row("0123456789 A", "0123456789<br/> A");
+        row(" 0123456789", "<br/>0123456789");
+        row("/tmp/a/newfile", "/tmp/a/<br/>newfile");
+        row("a/b c/defghij", "a/b<br/>c/defghij"); // a blank before a slash
+        row("/tmp/file/0123", "/tmp/file/<br/>0123");
+        row("01234567890123456789A", "0123456789<br/>0123456789<br/>A");
+        row("<b>a&b</b>cd", "&lt;b&gt;a&amp;b&lt;/<br/>b&gt;cd");
+        row("50% %1 %2 done", "50% %1 %2<br/>done");
+    }
+    void wraps()
+    {
+        FETCH(QString, lines);
+        QCOMPARE(InfoText::wrap(QTest::currentDataTag(), 10),
+                 QStringLiteral("<nobr>") + lines + "</nobr>");
+    }
+
     void looksByScreenClass_data()
     {
         // Characters per line of a message and of an information; points of text and button, which
@@ -225,6 +306,7 @@ private Q_SLOTS:
         row("information", 0, QString(), 120, "OK", 120);
         row("too long", int(ERR_CREATE), QString(), 255, "OK", 120);
     }
+    /// Box and button keep their places meanwhile.
     void countsDown()
     {
         FETCH(int, code, QString, buttonText, int, seconds, QString, base, int, shownSeconds);
@@ -235,9 +317,14 @@ private Q_SLOTS:
             const QAbstractButton *pButton = openBody()->button(QMessageBox::Ok);
             interval = box->findChild<QTimer *>()->interval();
             shown += pButton->text();
+            const QSize size = openBox()->size();
+            const QRect place = pButton->geometry();
             for (int i = 0; i < shownSeconds; ++i) {
                 box->CountDown();
                 shown += pButton->text();
+                QCoreApplication::sendPostedEvents();
+                QCOMPARE(openBox()->size(), size);
+                QCOMPARE(pButton->geometry(), place);
             }
             if (openBox()) { // stays for the second at 0
                 box->CountDown();
@@ -263,23 +350,6 @@ private Q_SLOTS:
         QVERIFY(openBox());
         box.reset();
         QVERIFY(!openBox());
-    }
-
-    void keepsItsSizeWhileCounting()
-    {
-        const auto box = makeBox(WARN_VNC_LOST, "", 120, "Autoclose in");
-        QVERIFY(runBox(*box, [&] {
-            const QAbstractButton *pButton = openBody()->button(QMessageBox::Ok);
-            const QSize size = openBox()->size();
-            const QRect place = pButton->geometry();
-            for (int i = 0; i < 115; ++i) {
-                box->CountDown();
-            }
-            QCoreApplication::sendPostedEvents();
-            QCOMPARE(openBox()->size(), size);
-            QCOMPARE(pButton->geometry(), place);
-            pressOk();
-        }));
     }
 
     void showsAgain()

@@ -1,10 +1,89 @@
 #include "keyboardfixture.h"
 
+#include <QGroupBox>
+
+namespace {
+
+/// Pixels of the cursor's colour in the column where \a edit has its cursor.
+int cursorHeight(QVeltaLineEdit *pEdit)
+{
+    QKeyEvent end(QEvent::KeyPress, Qt::Key_End, Qt::NoModifier);
+    QCoreApplication::sendEvent(pEdit, &end);
+    const QRect cursor = pEdit->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+    const QImage image = pEdit->grab().toImage();
+    const int x = cursor.left() + cursor.width() / 2;
+    int count = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        count += image.pixelColor(x, y) == QColor(Qt::black);
+    }
+    return count;
+}
+
+} // namespace
+
 class TestVeltaInputPanelContext : public DeviceTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void frame_data()
+    {
+        row("320x240", QSize(320, 240), QSize(309, 230), 18, 31);
+        row("240x320", QSize(240, 320), QSize(230, 300), 21, 36);
+        row("480x272", QSize(480, 272), QSize(361, 252), 19, 33);
+        row("640x480", QSize(640, 480), QSize(628, 460), 28, 45);
+        row("800x480", QSize(800, 480), QSize(638, 460), 28, 45);
+        row("600x800", QSize(600, 800), QSize(590, 460), 28, 45);
+        row("1080x1920", QSize(1080, 1920), QSize(790, 460), 28, 45);
+        row("1920x1080", QSize(1920, 1080), QSize(638, 460), 28, 45);
+    }
+    void frame()
+    {
+        FETCH(QSize, screen, QSize, groupBox, int, caption, int, display);
+        setScreen(screen);
+        const KeyboardFixture keyboard("NumInputPW", "", PasswordMask, 20);
+        const VeltaInputPanel &panel = *keyboard.pPanel;
+        QCOMPARE(panel.findChild<QGroupBox *>()->size(), groupBox);
+        QCOMPARE(panel.findChild<QLabel *>("panelLabel")->height(), caption);
+        QCOMPARE(panel.findChild<QLabel *>("timeoutLabel")->height(), caption);
+        QCOMPARE(keyboard.pDisplay->height(), display);
+        QCOMPARE(keyboard.pContext->geometry(), QRect(QPoint(), screen));
+        QCOMPARE(panel.size(), screen.boundedTo({800, 480}));
+        QVERIFY((panel.geometry().center() - keyboard.pContext->rect().center()).manhattanLength()
+                < 2);
+    }
+
+    void smallAreas_data()
+    {
+        row("screen smaller than asked for", QSize(400, 300));
+        row("screen larger than asked for", QSize(700, 500));
+        row("tiny", QSize(160, 120));
+        row("854x480", QSize(854, 480));
+        row("1440x900", QSize(1440, 900));
+    }
+    void smallAreas()
+    {
+        FETCH(QSize, screen);
+        // The fallback class asks for 640 x 480 on a screen of any other size.
+        const QSize requested(640, 480);
+        setScreen(screen);
+        QLineEdit target;
+        target.setWhatsThis("AlphaNumInput");
+        QLabel label;
+        VeltaInputPanelContext context(&target, &label, false, requested.width(),
+                                       requested.height());
+        context.showPanel();
+        QCOMPARE(context.geometry(), QRect(QPoint(), screen)); // nothing beside it
+        const QRect place = context.findChild<VeltaInputPanel *>()->geometry();
+        const QPoint offCentre = place.center() - context.rect().center();
+        QVERIFY(offCentre.manhattanLength() <= 2);
+        for (const QPushButton *pKey : context.findChildren<QPushButton *>()) {
+            const QRect key(pKey->mapTo(&context, QPoint()), pKey->size());
+            QVERIFY2(!pKey->isVisible() || context.rect().contains(key),
+                     qPrintable(pKey->objectName()));
+        }
+    }
+
     void maskedEditing_data()
     {
         row("emptied field starts in front", QString(), "10.1.2.30", "10 .1  .2  .30 ",
@@ -156,6 +235,37 @@ private Q_SLOTS:
         QCOMPARE(canceled.count(), 0);
         QCOMPARE(keyboard.pTarget->text(), "7");
         QCOMPARE(keyboard.pDisplay->text(), ""); // the password stays nowhere else
+    }
+
+    void drawsItsCursorWithoutFocus()
+    {
+        QWidget window;
+        QVeltaLineEdit edit(&window);
+        edit.setFocusPolicy(Qt::NoFocus);
+        edit.setText("....");
+        edit.resize(200, 40);
+        window.show();
+        QVERIFY(!edit.hasFocus() && cursorHeight(&edit) > edit.fontMetrics().height());
+        QMetaObject::invokeMethod(&edit, "timerToggle");
+        QCOMPARE(edit.findChild<QTimer *>()->interval(), 500);
+        const QImage without = edit.grab().toImage();
+        QMetaObject::invokeMethod(&edit, "timerToggle");
+        QVERIFY(edit.grab().toImage() != without);
+    }
+
+    void moveShowsTheCursorForAFullInterval()
+    {
+        QVeltaLineEdit edit;
+        edit.resize(200, 40);
+        edit.show();
+        QTimer *pTimer = edit.findChild<QTimer *>();
+        QMetaObject::invokeMethod(&edit, "timerToggle"); // dark
+        pTimer->stop();
+        edit.insert("1");
+        QVERIFY(pTimer->isActive() && !pTimer->isSingleShot());
+        const QImage solid = edit.grab().toImage();
+        QMetaObject::invokeMethod(&edit, "timerToggle");
+        QVERIFY(edit.grab().toImage() != solid);
     }
 
     void keyboardGrab_data()

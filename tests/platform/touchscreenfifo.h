@@ -18,7 +18,7 @@ public:
     {
         root.write("/etc/ts.conf", "module_raw waveshare len=8\nmodule linear\n");
         path = root.path(devicePath);
-        need(root.plant(devicePath, "fifo"), path);
+        root.plant(devicePath, "fifo");
     }
     ~TouchscreenFifo()
     {

@@ -1,5 +1,4 @@
 #include "app/keyboardwatcher.h"
-#include "platform/tapguard.h"
 #include "platform/windowserver.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/support/devicetest.h"
@@ -168,7 +167,7 @@ private Q_SLOTS:
         WindowServer server;
         QVERIFY(server.openPointer());
         QTRY_COMPARE(device.readers(), 1);
-        QTest::qWait(int(TapGuard::Delay.count()) + 20);
+        waitOutDoubleTap();
         device.press(OnButton);
         QTRY_VERIFY(pButton->isDown());
         pButton->hide();
@@ -176,7 +175,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!pButton->isDown());
         pButton->show();
         QTRY_COMPARE(device.readers(), 1);
-        QTest::qWait(int(TapGuard::Delay.count()) + 20);
+        waitOutDoubleTap();
         device.release();
         device.press(OnButton);
         device.release();
@@ -190,7 +189,7 @@ private Q_SLOTS:
         const WindowServer server;
         KeyboardWatcher watcher;
         bGrabbedElsewhere = true;
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("has grabbed keyboard0"));
+        expectWarning("has grabbed keyboard0");
         watcher.start();
         watcher.rescan(root().path("/dev/input"));
         QVERIFY(!server.hasKeyboard());

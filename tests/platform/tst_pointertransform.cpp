@@ -2,6 +2,8 @@
 #include "platform/screenrotation.h"
 #include "tests/support/devicetest.h"
 
+#include <QTransform>
+
 #include <cmath>
 #include <limits>
 
@@ -11,38 +13,17 @@ constexpr QSize Screen(800, 480);
 constexpr std::array<QPoint, 5> Targets{QPoint(50, 50), QPoint(750, 50), QPoint(750, 430),
                                         QPoint(50, 430), QPoint(400, 240)};
 
-/// How a panel is built: raw = offset + scale * (position, axes swapped, skewed).
-struct Panel
+/// What a touchscreen that maps the screen so reports for a finger at \a pixel.
+RawPoint touch(const QTransform &panel, QPoint pixel)
 {
-    double scaleX;
-    double scaleY;
-    double offsetX;
-    double offsetY;
-    bool swapped = false;
-    double skew = 0;
-
-    RawPoint touch(QPoint pixel) const
-    {
-        const double x = pixel.x() + skew * pixel.y();
-        const double y = pixel.y();
-        return {int(std::lround(offsetX + scaleX * (swapped ? y : x))),
-                int(std::lround(offsetY + scaleY * (swapped ? x : y)))};
-    }
-};
+    const QPointF raw = panel.map(QPointF(pixel));
+    return {int(std::lround(raw.x())), int(std::lround(raw.y()))};
+}
 
 CalibrationPairs pairs(const std::array<RawPoint, 5> &raw,
                        const std::array<QPoint, 5> &screen = Targets)
 {
     return {raw, screen};
-}
-
-CalibrationPairs pairs(const Panel &panel)
-{
-    CalibrationPairs pairs;
-    pairs.screenPoints = Targets;
-    std::ranges::transform(Targets, pairs.devicePoints.begin(),
-                           [&](QPoint target) { return panel.touch(target); });
-    return pairs;
 }
 
 } // namespace
@@ -54,30 +35,33 @@ class TestPointerTransform : public DeviceTest
 private Q_SLOTS:
     void fitsPanel_data()
     {
-        row("as the screen", Panel{1, 1, 0, 0});
-        row("12 bit", Panel{4.2, 7.1, 200, 310});
-        row("16 bit", Panel{75, 120, 1000, 2000});
-        row("skewed", Panel{4.2, 7.1, 200, 310, false, 0.08});
-        row("skewed, swapped, far off", Panel{-7.1, 4.2, 30000, -900, true, -0.1});
+        // Raw x and y of the screen's x, of its y, and of its corner.
+        row("as the screen", QTransform(1, 0, 0, 1, 0, 0));
+        row("12 bit", QTransform(4.2, 0, 0, 7.1, 200, 310));
+        row("16 bit", QTransform(75, 0, 0, 120, 1000, 2000));
+        row("skewed", QTransform(4.2, 0, 0.336, 7.1, 200, 310));
+        row("skewed, swapped, far off", QTransform(0, 4.2, -7.1, -0.42, 30000, -900));
     }
     void fitsPanel()
     {
-        FETCH(Panel, panel);
-        const auto transform = PointerTransform::fit(pairs(panel));
+        FETCH(QTransform, panel);
+        std::array<RawPoint, 5> raw;
+        std::ranges::transform(Targets, raw.begin(), [&](QPoint at) { return touch(panel, at); });
+        const auto transform = PointerTransform::fit(pairs(raw));
         QVERIFY(transform);
         QCOMPARE(PointerTransform::parse(transform->toFile()), transform);
 
         for (int x = 0; x < Screen.width(); x += 47) {
             for (int y = 0; y < Screen.height(); y += 41) {
                 const QPoint pixel(x, y);
-                const QPoint off = transform->map(panel.touch(pixel)) - pixel;
+                const QPoint off = transform->map(touch(panel, pixel)) - pixel;
                 QVERIFY2(
                     qMax(std::abs(off.x()), std::abs(off.y())) <= 1,
                     qPrintable(QString::asprintf("%d,%d off by %d,%d", x, y, off.x(), off.y())));
             }
         }
         for (const QPoint target : Targets) {
-            QCOMPARE(transform->map(panel.touch(target)), target);
+            QCOMPARE(transform->map(touch(panel, target)), target);
         }
     }
 

@@ -1,6 +1,7 @@
 #include "platform/regularfile.h"
+#include "platform/requestfile.h"
 #include "tests/support/devicetest.h"
-#include "tests/support/lockedfolder.h"
+#include "tests/support/ordinaryuser.h"
 
 class RegularFileTest : public DeviceTest
 {
@@ -12,16 +13,6 @@ private:
     QStringList folder() const
     {
         return QDir(root().path("/tmp")).entryList(QDir::Files | QDir::System, QDir::Name);
-    }
-    /// Puts a "file", nothing or what a device root can plant at path().
-    void plant(const QByteArray &kind)
-    {
-        root().write("/tmp/target", "target");
-        if (kind == "file") {
-            root().write("/tmp/file", "file");
-        } else {
-            QCOMPARE(root().plant("/tmp/file", kind), kind != "nothing");
-        }
     }
 
 private Q_SLOTS:
@@ -44,7 +35,8 @@ private Q_SLOTS:
     {
         FETCH(int, refuse, int, follow, bool, requested, bool, stays, bool, anew, bool, replaced);
         const QByteArray kind = QTest::currentDataTag();
-        plant(kind);
+        root().write("/tmp/target", "target");
+        root().plant("/tmp/file", kind);
         QCOMPARE(int(readRegularFile(path(), Links::Refuse).state), refuse);
         const FileContent followed = readRegularFile(path(), Links::Follow);
         QCOMPARE(int(followed.state), follow);
@@ -52,7 +44,7 @@ private Q_SLOTS:
         QCOMPARE(followed.sError.isEmpty(), followed.state != FileContent::Unreadable);
 
         if (!requested && kind != "nothing") {
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("is no file and so no request"));
+            expectWarning("is no file and so no request");
         }
         QCOMPARE(isRequested(path()), requested);
         QCOMPARE(isRequested(path()), requested); // and not a second line
@@ -60,10 +52,7 @@ private Q_SLOTS:
         QCOMPARE(lstat(name().constData(), &status) == 0, stays);
 
         for (const bool bAnew : {true, false}) {
-            if (!removeName(path())) {
-                QVERIFY(QDir(path()).removeRecursively());
-            }
-            plant(kind);
+            root().plant("/tmp/file", kind);
             const bool bDone =
                 bAnew ? writeNewFile(path(), "new") : replaceFile(path(), "new", 0640);
             QCOMPARE(bDone, bAnew ? anew : replaced);
@@ -83,9 +72,29 @@ private Q_SLOTS:
     {
         root().write("/tmp/.system/request", "");
         chmod(qPrintable(root().path("/tmp/.system/request")), 0);
-        const LockedFolder locked(root(), "/tmp/.system");
+        const OrdinaryUser user(root(), "/tmp/.system");
         QVERIFY(!isRequested(root().path("/tmp/.system/request")));
         QVERIFY(root().exists("/tmp/.system/request"));
+    }
+
+    /// One that cannot be removed is served once, and again when it is made again.
+    void requestServedOnce()
+    {
+        root().write("/tmp/ask", "");
+        RequestFile request("/tmp/ask");
+        QVERIFY(request.isPending());
+        request.begin();
+        {
+            const OrdinaryUser user(root(), "/tmp");
+            expectWarning("/tmp/ask cannot be removed");
+            QVERIFY(!request.finish() && !request.isPending());
+            QVERIFY(request.isBegun());
+        }
+        root().remove("/tmp/ask");
+        root().write("/tmp/ask", "again");
+        QVERIFY(request.isPending() && !request.isBegun());
+        QVERIFY(request.finish() && !root().exists("/tmp/ask"));
+        QVERIFY(!request.isPending());
     }
 
     void limit()

@@ -5,7 +5,6 @@
 #include "tests/platform/notifysocket.h"
 #include "tests/support/devicetest.h"
 
-#include <QElapsedTimer>
 #include <QEventLoop>
 
 using namespace std::chrono_literals;
@@ -64,7 +63,7 @@ private Q_SLOTS:
         const NotifySocket busy(path());
         qputenv("NOTIFY_SOCKET", name.isEmpty() ? path() : name);
         ServiceNotifier notifier;
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot be told"));
+        expectWarning("cannot be told");
         for (int i = 0; i < 10000; ++i) {
             ServiceNotifier::setStatus(QString::number(i));
         }

@@ -1,14 +1,17 @@
-#include "platform/tapguard.h"
+#include "platform/plcstatus.h"
+#include "platform/touchtype.h"
 #include "platform/windowserver.h"
+#include "platform/windowstack.h"
 #include "tests/platform/keyboardfifo.h"
 #include "tests/platform/touchscreenfifo.h"
 #include "tests/support/devicetest.h"
 
 #include <QDataStream>
 
-#include <linux/input.h>
-
 namespace {
+
+const QString Device = "/dev/input/touchscreen";
+const QString Property = "/proc/device-tree/qrd-specific/qrd_touch_type";
 
 /// A key map file of Qt's evdev driver that makes the Y key write "z", with \a nKeys and
 /// \a nComposed in its header.
@@ -48,14 +51,12 @@ private Q_SLOTS:
     void keyboardTypes()
     {
         FETCH(QString, options, QByteArray, map, QString, text, bool, warned);
-        if (!root().plant("/etc/kbd/de.qmap", map)) {
-            root().write("/etc/kbd/de.qmap", map);
-        }
+        root().plant("/etc/kbd/de.qmap", map);
         const KeyboardFifo keyboard(root(), "keyboard0");
 
         WindowServer server;
         if (warned) {
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("de.qmap is not used"));
+            expectWarning("de.qmap is not used");
         }
         auto handler = WindowServer::createKeyboardHandler("/dev/input/keyboard0" + options);
         QVERIFY(handler);
@@ -118,6 +119,65 @@ private Q_SLOTS:
         QCOMPARE(server.isTransformed(), server.transformationOrientation() != 0);
     }
 
+    void touchType_data()
+    {
+        row("single", QByteArray("single\0", 7), false);
+        row("multi", QByteArray("multi\0", 6), true);
+        row("capital", "Multi\n", true);
+        row("inside, without NUL", "capMULTItouch", true);
+        row("blanks in front", " \t multi-touch", true);
+        row("second word", "single multi", false);
+        row("second string", QByteArray("single\0multi\0", 13), false);
+        row("empty", QByteArray(), false);
+        row("blanks only", " \n", false);
+        row("1 MB", QByteArray(1 << 20, 'x') + "multi", false);
+        row("binary", "\xff\xfe\x80", false);
+    }
+    void touchType()
+    {
+        FETCH(QByteArray, content, bool, multi);
+        root().write(Device, {});
+        root().write(Property, content);
+        QCOMPARE(readTouchType(), multi ? TouchType::Multi : TouchType::Single);
+    }
+
+    void touchTypeOfNone()
+    {
+        root().write(Property, "multi");
+        QCOMPARE(readTouchType(), TouchType::None);
+        root().write(Device, {});
+        root().remove(Property);
+        QCOMPARE(readTouchType(), TouchType::Single);
+        root().write(Property + "/is-a-folder", {});
+        QCOMPARE(readTouchType(), TouchType::Single);
+        root().plant(Property, "fifo");
+        QCOMPARE(readTouchType(), TouchType::Single);
+    }
+
+    void touchTypeOfTheEnvironment()
+    {
+        root().write("/tmp/touch", {});
+        qputenv("TSLIB_TSDEVICE", QFile::encodeName(root().path("/tmp/touch")));
+        QCOMPARE(readTouchType(), TouchType::Single);
+        qputenv("TSLIB_TSDEVICE", "/nonexistent/touchscreen");
+        root().write(Device, {});
+        QCOMPARE(readTouchType(), TouchType::None);
+        qunsetenv("TSLIB_TSDEVICE");
+    }
+
+    void textEndsInsideItsBuffer()
+    {
+        const std::array<char, 8> memory{'1', '9', '2', '\0', 'x', 'y', 'z', 'z'};
+        QCOMPARE(firmwareText(memory), "192");
+        QCOMPARE(firmwareText(std::span(memory).first(2)), "19");
+        QCOMPARE(firmwareText(std::span(memory).last(4)), "xyzz");
+        QCOMPARE(firmwareText({}), QString());
+        PlcStatus both[2]; // the last entry of the first has no end, and less room than the others
+        std::memset(both, 'W', sizeof both);
+        std::memset(both[0].entries, 0, 4 * PlcStatus::EntrySize);
+        QCOMPARE(both[0].firstAppName(), QString(360, u'W'));
+    }
+
     void withoutTouchscreen()
     {
         root().write("/etc/pointercal", "1 2 3 4 5 6 7");
@@ -146,10 +206,44 @@ private Q_SLOTS:
     {
         // Not an event device, which is the only thing that Qt's own driver survives.
         TouchscreenFifo touchscreen(root());
-        root().write("/proc/device-tree/qrd-specific/qrd_touch_type", "multi");
+        root().write(Property, "multi");
         WindowServer server;
         QVERIFY(server.openPointer());
         clickWith(touchscreen);
+    }
+
+    // The topmost one, the last of the order, has the keys.
+    void topmostHasTheKeys_data()
+    {
+        // Acts, each with its window, and the order behind them.
+        row("one after the other", "+1+2", "m12");
+        row("raised", "+1+2^1", "m21");
+        row("hidden", "+1+2=2-2", "m1");
+        row("the lower one hidden", "+1+2-1", "m2");
+        row("destroyed", "+1=1x1", "m");
+        row("gone at once", "+1a1-1", "m");
+        row("hidden and shown at once", "+1=1-1+1", "m1");
+        row("a modal one made anew", "!1+1=1f1+1", "m1");
+        row("an active modal one destroyed", "+1!2+2=2x2", "m1");
+        row("the main window comes back below", "-m!1+1!2+2bm", "m12");
+        row("the upper of two modal ones closed", "!1+1!2+2=2c2", "m1");
+        row("shown above a modal one, which is raised", "!1+1+2^1", "m21");
+    }
+    void topmostHasTheKeys()
+    {
+        FETCH(QByteArray, acts, QByteArray, after);
+        pMain = std::make_unique<QWidget>();
+        pFirst = std::make_unique<QDialog>();
+        pSecond = std::make_unique<QDialog>();
+        pMain->show();
+        QTRY_VERIFY(pMain->isActiveWindow()); // though nobody asked for it
+        for (qsizetype i = 0; i < acts.size(); i += 2) {
+            take(acts[i], acts[i + 1]);
+        }
+        QCOMPARE(order(), after);
+        QTRY_COMPARE(QApplication::activeWindow(), visibleWindows().constLast());
+        QTest::qWait(1);
+        QCOMPARE(QApplication::activeWindow(), visibleWindows().constLast());
     }
 
     /// A window that has never been shown has no pointer to change.
@@ -162,7 +256,58 @@ private Q_SLOTS:
     }
 
 private:
-    void closeWindows() override { qputenv("QT_QPA_PLATFORM", "offscreen"); }
+    std::unique_ptr<QWidget> pMain;
+    std::unique_ptr<QDialog> pFirst, pSecond;
+
+    void closeWindows() override
+    {
+        pSecond.reset();
+        pFirst.reset();
+        pMain.reset();
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QByteArray order() const
+    {
+        QByteArray names;
+        for (const QWidget *pWindow : visibleWindows()) {
+            names += pWindow == pMain.get() ? 'm'
+                : pWindow == pFirst.get()   ? '1'
+                : pWindow == pSecond.get()  ? '2'
+                                            : '?';
+        }
+        return names;
+    }
+    /// \a act with the window \a which: '1', '2' or the main window.
+    void take(char act, char which)
+    {
+        auto &pDialog = which == '1' ? pFirst : pSecond;
+        QWidget *pWindow = which == 'm' ? pMain.get() : pDialog.get();
+        switch (act) {
+        case '+':
+            return pWindow->show();
+        case '-':
+            return pWindow->hide();
+        case '^':
+            return pWindow->raise();
+        case '!':
+            return pDialog->setModal(true);
+        case '=':
+            QTRY_VERIFY(pWindow->isActiveWindow());
+            return;
+        case 'a':
+            return pWindow->activateWindow();
+        case 'c':
+            return pDialog->accept();
+        case 'f': // is made anew
+            return pWindow->setWindowFlag(Qt::FramelessWindowHint);
+        case 'b':
+            pWindow->showFullScreen();
+            return keepBelowOthers(pWindow);
+        case 'x':
+            return pDialog.reset();
+        }
+        QFAIL("no such act");
+    }
 
     static void clickWith(TouchscreenFifo &touchscreen)
     {
@@ -171,7 +316,7 @@ private:
         button.show();
         QVERIFY(QTest::qWaitForWindowExposed(&button));
         QSignalSpy clicks(&button, &QPushButton::clicked);
-        QTest::qWait(int(TapGuard::Delay.count()) + 20);
+        waitOutDoubleTap();
         touchscreen.tap({140, 120});
         QTRY_COMPARE(clicks.size(), 1);
     }

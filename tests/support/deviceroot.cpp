@@ -50,25 +50,25 @@ bool DeviceRoot::exists(const QString &devicePath) const
 
 void DeviceRoot::remove(const QString &devicePath) const
 {
-    QFile::remove(path(devicePath));
+    if (!QFile::remove(path(devicePath))) {
+        QDir(path(devicePath)).removeRecursively();
+    }
 }
 
-bool DeviceRoot::plant(const QString &devicePath, const QByteArray &kind) const
+void DeviceRoot::plant(const QString &devicePath, const QByteArray &what) const
 {
     const QString name = path(devicePath);
-    QDir().mkpath(QFileInfo(name).path());
     remove(devicePath);
-    if (kind == "fifo") {
-        return mkfifo(QFile::encodeName(name).constData(), 0600) == 0;
+    QDir().mkpath(QFileInfo(name).path());
+    if (what == "fifo") {
+        need(mkfifo(QFile::encodeName(name).constData(), 0600) == 0, name);
+    } else if (what.endsWith("directory")) {
+        QDir().mkpath(what.startsWith("full") ? name + "/inner" : name);
+    } else if (what == "link" || what == "dangling") {
+        QFile::link(path(what == "link" ? "/tmp/target" : "/tmp/none"), name);
+    } else if (!what.isNull() && what != "nothing") {
+        write(devicePath, what);
     }
-    if (kind.endsWith("directory")) {
-        return QDir().mkpath(kind.startsWith("full") ? name + "/inner" : name);
-    }
-    const QString target = kind == "link" ? path("/tmp/target")
-        : kind == "dangling"              ? path("/tmp/none")
-        : kind == "loop"                  ? name
-                                          : QString();
-    return !target.isEmpty() && QFile::link(target, name);
 }
 
 void DeviceRoot::writeCommand(const QString &devicePath, const QByteArray &script) const

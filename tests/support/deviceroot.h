@@ -27,11 +27,13 @@ public:
     void write(const QString &devicePath, const QByteArray &content) const;
     QByteArray read(const QString &devicePath) const;
     bool exists(const QString &devicePath) const;
+    /// Whatever is there, a folder with all that is in it.
     void remove(const QString &devicePath) const;
 
-    /// Puts something else than a file there: "fifo", "directory", "full directory", or a link that
-    /// is "dangling", leads to itself ("loop"), or "link" to /tmp/target. False: no such kind.
-    bool plant(const QString &devicePath, const QByteArray &kind) const;
+    /// Puts there, in place of what is there, a "fifo", a "directory", a "full directory", a link
+    /// that is "dangling" or a "link" to /tmp/target; "nothing", as a null array; or else a file of
+    /// that content.
+    void plant(const QString &devicePath, const QByteArray &what) const;
 
     /// Writes an executable shell script that stands for a device command.
     void writeCommand(const QString &devicePath, const QByteArray &script) const;

@@ -56,6 +56,12 @@ protected:
     /// What a test function opened, closed after it while the device root is there.
     virtual void closeWindows() { }
 
+    /// One such warning is announced.
+    static void expectWarning(const QString &pattern)
+    {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(pattern));
+    }
+
     /// One row of a data function: the values that FETCH() gives to the test, in its order.
     template <typename... Values>
     static void row(const QByteArray &name, const Values &...values)

@@ -1,5 +1,6 @@
 #include "tests/support/screen.h"
 
+#include "platform/tapguard.h"
 #include "tests/support/deviceroot.h"
 
 #include <QCoreApplication>
@@ -9,6 +10,7 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QTest>
 #include <private/qguiapplication_p.h>
 #include <qpa/qplatformintegration.h>
 #include <qpa/qplatformnativeinterface.h>
@@ -61,6 +63,12 @@ void processAll()
     for (int i = 0; i < 10; ++i) {
         QCoreApplication::processEvents();
     }
+}
+
+void waitOutDoubleTap()
+{
+    processAll(); // the time counts from the first picture
+    QTest::qWait(int(TapGuard::Delay.count()) + 20);
 }
 
 qsizetype openDescriptors(const QString &pattern, qint64 nPid)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QList>
 #include <QSize>
 #include <QString>
@@ -18,18 +19,23 @@ void deliverKeys();
 /// All that is posted or waits in the queue of the window system, and what comes of it.
 void processAll();
 
+/// Waits until what has just come or gone on the screen takes touches.
+void waitOutDoubleTap();
+
 /// How many files that match the \a pattern the process \a nPid, or this one, has open.
 qsizetype openDescriptors(const QString &pattern, qint64 nPid = 0);
+
+/// As "800x480".
+inline QByteArray nameOf(QSize size)
+{
+    return QByteArray::number(size.width()) + 'x' + QByteArray::number(size.height());
+}
 
 /// A screen that panels are built with, and the densest resolution that is usual for its size.
 struct PanelScreen
 {
     QSize size;
     int nDpi;
-    QByteArray name() const
-    {
-        return QByteArray::number(size.width()) + 'x' + QByteArray::number(size.height());
-    }
 };
 /// All 24, by width.
 const QList<PanelScreen> &panelScreens();

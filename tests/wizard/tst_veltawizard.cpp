@@ -1,34 +1,8 @@
+#include "platform/windowserver.h"
+#include "tests/platform/keyboardfifo.h"
 #include "tests/wizard/wizardtest.h"
 
-#include <QSocketNotifier>
-
-/// A keyboard whose Return waits in the kernel until the program looks at it.
-class WaitingReturn
-{
-public:
-    WaitingReturn()
-    {
-        need(pipe(ends) == 0, "a pipe");
-        pNotifier = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
-        QObject::connect(pNotifier.get(), &QSocketNotifier::activated, [this] {
-            char byte = 0;
-            if (read(ends[0], &byte, 1) == 1) {
-                queueKey(Qt::Key_Return);
-            }
-        });
-    }
-    ~WaitingReturn()
-    {
-        pNotifier.reset();
-        close(ends[0]);
-        close(ends[1]);
-    }
-    void press() const { QVERIFY(write(ends[1], "", 1) == 1); }
-
-private:
-    int ends[2];
-    std::unique_ptr<QSocketNotifier> pNotifier;
-};
+#include <QLayout>
 
 class VeltaWizardTest : public WizardTest
 {
@@ -38,8 +12,7 @@ private Q_SLOTS:
     void geometry_data()
     {
         const auto row = [](int nWidth, int nHeight, const QRect &area) {
-            DeviceTest::row(QByteArray::number(nWidth) + 'x' + QByteArray::number(nHeight),
-                            QSize(nWidth, nHeight), area);
+            DeviceTest::row(nameOf({nWidth, nHeight}), QSize(nWidth, nHeight), area);
         };
         row(240, 320, QRect(0, 0, 240, 320));
         row(480, 272, QRect(39, 0, 400, 272));
@@ -60,6 +33,16 @@ private Q_SLOTS:
             QCOMPARE(pWizard->geometry(), area);
             QVERIFY(!pWizard->isWindow());
             toSummary(); // by buttons that can be touched
+            QVERIFY(pWizard->button(QWizard::NextButton)->font().bold());
+            QSet<int> heights; // of the spacers beside an address page's rows
+            for (const auto *pLayout : pWizard->page(IpPageId)->findChildren<QLayout *>()) {
+                for (int i = 0; i < pLayout->count(); ++i) {
+                    QSpacerItem *pSpacer = pLayout->itemAt(i)->spacerItem();
+                    heights += pSpacer ? pSpacer->sizeHint().height() : 0;
+                }
+            }
+            const bool bTight = screen.height() == 320 || screen.height() == 272;
+            QCOMPARE(heights.contains(5) && heights.contains(15), bTight);
         });
     }
 
@@ -72,15 +55,16 @@ private Q_SLOTS:
             pWizard->RestoreButtons();
             for (int i = 0; i < 2; ++i) {
                 pWizard->HideButtons();
+                pWizard->HideButtons();
                 QVERIFY(!buttonsVisible().contains(true));
+                pWizard->RestoreButtons();
+                QCOMPARE(buttonsVisible(), buttons);
             }
-            pWizard->RestoreButtons();
-            QCOMPARE(buttonsVisible(), buttons);
             QList<int> ids;
             while (pWizard->currentId() != SummaryPageId) {
                 ids += pWizard->currentId();
-                QVERIFY(!pWizard->button(QWizard::CustomButton1)->isVisible());
-                QVERIFY(!pWizard->button(QWizard::FinishButton)->isVisible());
+                QVERIFY(!pWizard->button(QWizard::CustomButton1)->isVisible()
+                        && !pWizard->button(QWizard::FinishButton)->isVisible());
                 press(QWizard::NextButton);
             }
             QCOMPARE(ids, QList<int>({NetModePageId, IpPageId, DnsPageId}));
@@ -147,11 +131,12 @@ private Q_SLOTS:
             root().write("/tmp/newsettings.ini/in-the-way", "");
         }
         if (unwritable) {
-            for (const char *line : {"cannot be written", "nothing is applied"}) {
-                QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QLatin1String(line)));
-            }
+            expectWarning("cannot be written");
+            expectWarning("nothing is applied");
         }
-        const WaitingReturn keyboard;
+        const KeyboardFifo keyboard(root(), "keyboard0");
+        WindowServer server;
+        server.setKeyboardHandler(WindowServer::createKeyboardHandler("/dev/input/keyboard0"));
         BoxWatcher watcher(100); // later than the waiting key
         const bool bResult = run([&] {
             if (change) {
@@ -159,7 +144,7 @@ private Q_SLOTS:
             }
             toSummary();
             if (!unwritable) {
-                keyboard.press(); // while the tool runs: must close no box unread
+                keyboard.type({KEY_ENTER}); // while the tool runs: must close no box unread
             }
             press(QWizard::WizardButton(button));
         });

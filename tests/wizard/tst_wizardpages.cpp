@@ -1,4 +1,8 @@
+#include "app/language.h"
 #include "tests/wizard/wizardtest.h"
+#include "wizard/ip4validator.h"
+
+#include <QTranslator>
 
 namespace {
 
@@ -31,6 +35,11 @@ class WizardPagesTest : public WizardTest
     Q_OBJECT
 
 private:
+    void closeWindows() override
+    {
+        WizardTest::closeWindows();
+        qDeleteAll(qApp->findChildren<QTranslator *>(Qt::FindDirectChildrenOnly));
+    }
     // What the operator sees; the digits of a field stand at the front of their parts.
     QString shown(const char *edit) const
     {
@@ -48,12 +57,6 @@ private:
 
     // The operator's hand on the screen or, with bKeys, on a keypad without a touchscreen.
     bool bKeys = false;
-
-    static void type(Qt::Key code)
-    {
-        QTRY_VERIFY(QGuiApplication::focusWindow()); // the window system hands the keys over
-        QTest::keyClick(QGuiApplication::focusWindow(), code);
-    }
 
     void activate(QWidget *pWidget)
     {
@@ -79,25 +82,88 @@ private:
     }
     void enterAndConfirm(const QString &text)
     {
-        if (!bKeys) {
-            enter(text);
-            touch(key("ok"));
-            return;
-        }
-        const auto nLength = openKeyboard()->lineEdit()->displayText().size();
-        for (int i = 0; i < nLength; ++i) {
-            type(Qt::Key_Right);
-        }
-        for (int i = 0; i < nLength; ++i) {
-            type(Qt::Key_R);
-        }
-        for (const QChar c : text) {
-            type(Qt::Key(c.unicode()));
-        }
+        enter(text, bKeys);
         activate(key("ok"));
     }
 
 private Q_SLOTS:
+    void judges_data()
+    {
+        // By the text, for each use: an address, one with a first part of 0 allowed, a netmask.
+        constexpr auto No = QValidator::Invalid;
+        constexpr auto Fix = QValidator::Intermediate;
+        constexpr auto Yes = QValidator::Acceptable;
+        row("", Yes, Yes, Yes);
+        row("192.168.1.10", Yes, Yes, No);
+        row("255.255.255.255", Yes, Yes, Yes);
+        row("255.255.254.0", Yes, Yes, Yes);
+        row("128.0.0.0", Yes, Yes, Yes);
+        row("255.255.255.1", Yes, Yes, No);
+        row("255.0.255.0", Yes, Yes, No);
+        row("0.255.255.255", No, Yes, No);
+        row("0.0.0.0", No, Yes, No);
+        row("0.1.2.3", No, Yes, No);
+        row("1.2.3", Fix, Fix, Fix);
+        row("1.2.3.", Fix, Fix, Fix);
+        row(".2.3.4", Fix, Fix, Fix);
+        row("...", Fix, Fix, Fix);
+        row("1.2.3.4.5", No, No, No);
+        row("1.2.3.4.", No, No, No);
+        row("300.1.1.1", Fix, Fix, Fix);
+        row("300.300.1.1", No, No, No);
+        row("1.1.1.99999999999", No, No, No);
+        row("010.1.1.1", Fix, Fix, Fix);
+        row("000.1.1.1", No, Fix, No);
+        row(" 10.1.1 .1", Fix, Fix, Fix);
+        row("+1.1.1.1", Fix, Fix, Fix);
+        row("1.1.1. ", No, No, No);
+        row("a.1.1.1", No, No, No);
+        row("1.-2.1.1", No, No, No);
+        row("1.0x2.1.1", No, No, No);
+        row("255.0.255.00", Fix, Fix, Fix); // repaired before it is judged as a netmask
+    }
+    void judges()
+    {
+        FETCH(QValidator::State, address, QValidator::State, addressOrNone, QValidator::State,
+              netmask);
+        QString text = QTest::currentDataTag();
+        const QString before = text;
+        IP4Validator validator;
+        const auto judge = [&](int mode) {
+            int argument = mode;
+            const auto state = validator.validate(text, argument);
+            return text == before && argument == mode ? int(state) : -1;
+        };
+        QCOMPARE(judge(0), int(address));
+        QCOMPARE(judge(1), int(netmask));
+        QCOMPARE(judge(-7), int(netmask));
+        validator.setZeroFirstOctetAllowed(true);
+        QCOMPARE(judge(0), int(addressOrNone));
+        validator.setZeroFirstOctetAllowed(false);
+        QCOMPARE(judge(0), int(address));
+    }
+
+    void repairs_data()
+    {
+        // from the text
+        row("192.168.001.010", "192.168.1.10");
+        row("10.0.0.300", "10.0.0.255");
+        row("10..0.1", "10.0.0.1");
+        row("1.2.3", "1.2.3.0");
+        row("7", "7.0.0.0");
+        row("...", "0.0.0.0");
+        row(" 1. 2 .+3.4 ", "1.2.3.4");
+        row("1.-2.x.4.5", "1.0.0.4");
+    }
+    void repairs()
+    {
+        FETCH(QString, repaired);
+        QString text = QTest::currentDataTag();
+        IP4Validator validator;
+        validator.fixup(text);
+        QCOMPARE(text, repaired);
+    }
+
     void entry_data()
     {
         // What the field holds afterwards; nothing when the entry is refused.
@@ -311,11 +377,16 @@ private Q_SLOTS:
         create(Protection + StaticSettings);
         const auto attack = [&] {
             QVERIFY(!openKeyboard());
+            QLineEdit probe(pWizard.get());
+            probe.show();
+            probe.setFocus();
+            QSignalSpy returns(&probe, &QLineEdit::returnPressed);
             for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_T, Qt::Key_Tab,
                                       Qt::Key_Space, Qt::Key_Return, Qt::Key_Escape}) {
                 queueKey(key);
                 deliverKeys();
             }
+            QVERIFY(returns.isEmpty() && probe.hasFocus());
             pWizard->next();
             pWizard->accept();
             for (const auto which : {QWizard::NextButton, QWizard::FinishButton}) {
@@ -363,11 +434,21 @@ private Q_SLOTS:
         });
     }
 
-    void wholeRoad_data() { eitherWay("touch", "keypad"); }
+    void wholeRoad_data()
+    {
+        row("touch", QSize(240, 320), false, false);
+        row("keypad", QSize(800, 480), true, false);
+        row("German", QSize(480, 272), false, true); // hands over what English does, to the byte
+    }
     void wholeRoad()
     {
-        FETCH(bool, keys);
+        FETCH(QSize, screen, bool, keys, bool, german);
+        setScreen(screen);
         bKeys = keys;
+        if (german) {
+            qputenv("LC_ALL", "de"); // the first time that this process asks
+            installLanguage();
+        }
         root().writeCommand("/bin/syscfg", "cp \"$2\" \"$PANEL_ROOT/applied\"");
         BoxWatcher watcher;
         create(Protection + DhcpSettings);
@@ -393,11 +474,11 @@ private Q_SLOTS:
             while (pWizard->currentId() != SummaryPageId) {
                 activate(QWizard::NextButton);
             }
-            QCOMPARE(changes(),
-                     QStringList(
-                         {"Network OP-Mode: DHCP -> Static", "Address: 192.168.0.10 -> 10.0.0.9",
-                          "Gateway: 192.168.0.1 -> 10.0.0.1", "Netmask: 255.255.255.0 -> 255.0.0.0",
-                          "DNS 1: 192.168.0.2 -> 10.0.0.2", "DNS 2: 0.0.0.0 -> 10.0.0.3"}));
+            const QStringList english{
+                "Network OP-Mode: DHCP -> Static",  "Address: 192.168.0.10 -> 10.0.0.9",
+                "Gateway: 192.168.0.1 -> 10.0.0.1", "Netmask: 255.255.255.0 -> 255.0.0.0",
+                "DNS 1: 192.168.0.2 -> 10.0.0.2",   "DNS 2: 0.0.0.0 -> 10.0.0.3"};
+            QCOMPARE(german ? english : changes(), english);
             activate(QWizard::FinishButton);
         });
         QVERIFY(bSaved);

@@ -93,21 +93,28 @@ protected:
     }
     static void touch(QWidget *pWidget) { QTest::mouseClick(pWidget, Qt::LeftButton); }
 
-    /// Empties the keyboard's display and enters \a text: a digit or a dot is its key, '>' is the
-    /// right key.
-    static void enter(const QString &text)
+    static void type(Qt::Key code)
     {
+        QTRY_VERIFY(QGuiApplication::focusWindow()); // the window system hands the keys over
+        QTest::keyClick(QGuiApplication::focusWindow(), code);
+    }
+
+    /// Empties the keyboard's display and enters \a text, digits and dots, on the screen or with
+    /// \a bKeys on a keypad.
+    static void enter(const QString &text, bool bKeys = false)
+    {
+        const auto press = [bKeys](const QString &name, int nKeypad) {
+            bKeys ? type(Qt::Key(nKeypad)) : touch(key(name));
+        };
         const auto nLength = openKeyboard()->lineEdit()->displayText().size();
         for (int i = 0; i < nLength; ++i) {
-            touch(key("right"));
+            press("right", Qt::Key_Right);
         }
         for (int i = 0; i < nLength; ++i) {
-            touch(key("backspace"));
+            press("backspace", Qt::Key_R);
         }
         for (const QChar c : text) {
-            touch(key(c == u'>'       ? QStringLiteral("right")
-                          : c == u'.' ? QStringLiteral("dot")
-                                      : QString(c)));
+            press(c == u'.' ? QStringLiteral("dot") : QString(c), c.unicode());
         }
     }
 
