@@ -25,54 +25,6 @@
 
 namespace {
 
-/// A \a piece of text without markup: in brackets, with accents, and \a nPercent longer, in words
-/// where it has words. Blanks around it, a colon behind it and what holds no letters stay.
-QString pseudo(const QString &piece, int nPercent)
-{
-    static const QRegularExpression parts("^(\\s*)(.*?)(:?\\s*)$");
-    static const QRegularExpression letters("[A-Za-z]{2}");
-    const QRegularExpressionMatch match = parts.match(piece);
-    QString text = match.captured(2);
-    if (!text.contains(letters)) {
-        return piece;
-    }
-    const auto nLonger = (text.size() * nPercent + 99) / 100;
-    text += QString(text.contains(u' ') ? " øøøøøø" : "øøøøøøø").repeated(nLonger).left(nLonger);
-    for (const QString pair : {"aà", "cç", "eé", "iî", "nñ", "oö", "uü", "yÿ"}) {
-        text.replace(pair[0], pair[1]).replace(pair[0].toUpper(), pair[1].toUpper());
-    }
-    return match.captured(1) + u'[' + text + u']' + match.captured(3);
-}
-
-/// Puts a translation that is loaded into words; or else, with a length, what it translates into a
-/// language that nobody speaks, but that everybody can read: a text on the screen without brackets
-/// is one that cannot be translated.
-class TourTranslator : public QTranslator
-{
-public:
-    int nPercent = 0; ///< how much longer than English; 0: the real language
-    QString translate(const char *pContext, const char *pSource, const char *pDisambiguation,
-                      int n) const override
-    {
-        QString real = QTranslator::translate(pContext, pSource, pDisambiguation, n);
-        if (nPercent == 0 || real.isNull()) {
-            return real;
-        }
-        // The pieces between tags, and on both sides of a title's colon, each for itself.
-        static const QRegularExpression border("<[^>]*>|: (?=[A-Z])");
-        const QString source = QString::fromUtf8(pSource);
-        QString result;
-        qsizetype nStart = 0;
-        for (auto it = border.globalMatch(source); it.hasNext();) {
-            const QRegularExpressionMatch match = it.next();
-            result += pseudo(source.mid(nStart, match.capturedStart() - nStart), nPercent);
-            result += match.captured();
-            nStart = match.capturedEnd();
-        }
-        return result + pseudo(source.mid(nStart), nPercent);
-    }
-};
-
 constexpr double LeastTargetMm = 5;
 constexpr double MmPerInch = 25.4;
 
@@ -193,20 +145,19 @@ private:
     int nDpi = 0;
     QString screenName;
     QStringList defects;
-    TourTranslator translator;
+    QTranslator translator;
     bool bPseudo = false; ///< It puts every text into brackets.
     std::optional<ContactSheet> sheet; ///< only where pictures are asked for
 
-    /// PANEL_TRANSLATION names the compiled translation to see everything in; with PANEL_PSEUDO it
-    /// only says what is translated, into texts as long as the screen has room for.
+    /// PANEL_TRANSLATION names the compiled translation to see everything in; a "%1" in it stands
+    /// for how much longer its texts are than English, in percent, as far as the screen has room.
     void speak(const QSize &screen)
     {
+        const bool bRoomy = screen.width() * screen.height() >= 480 * 272;
         const QString file = qEnvironmentVariable("PANEL_TRANSLATION");
         if (!file.isEmpty()) {
-            const bool bRoomy = screen.width() * screen.height() >= 480 * 272;
-            bPseudo = qEnvironmentVariableIsSet("PANEL_PSEUDO");
-            translator.nPercent = !bPseudo ? 0 : bRoomy ? 40 : 15;
-            QVERIFY(translator.load(file));
+            bPseudo = file.contains("%1");
+            QVERIFY(translator.load(bPseudo ? file.arg(bRoomy ? 40 : 15) : file));
             QCoreApplication::installTranslator(&translator);
         }
     }
