@@ -129,7 +129,8 @@ putText() {
 }
 
 makeRoot() {
-    local package name
+    local package name target=multi-user.target
+    ((${#lean[@]} == 0)) || target=operator-panel-first.target
     rm -rf -- "$root"
     cp -al "$tree" "$root"
     for package in "$@"; do
@@ -147,12 +148,7 @@ makeRoot() {
     for name in "${masked[@]}"; do
         ln -sf /dev/null "$root/etc/systemd/system/$name"
     done
-    ln -sf /usr/lib/systemd/system/multi-user.target "$root/etc/systemd/system/default.target"
-    # Requests of other parts of the device lie in a /tmp that no power cut leaves anything in, and
-    # that can be written while the root cannot.
-    mkdir -p "$root/etc/systemd/system/local-fs.target.wants"
-    ln -sf /usr/share/systemd/tmp.mount "$root/etc/systemd/system/tmp.mount"
-    ln -sf /usr/share/systemd/tmp.mount "$root/etc/systemd/system/local-fs.target.wants/tmp.mount"
+    ln -sf "/usr/lib/systemd/system/$target" "$root/etc/systemd/system/default.target"
     rm -f -- "$root"/usr/lib/tmpfiles.d/*
     echo 'd /tmp/.system 0755 root root -' | putText etc/tmpfiles.d/panel-requests.conf
     # All but what a panel has is left out: it takes the emulated processor seconds.
