@@ -59,8 +59,8 @@ unneeded=(usr/share/{doc,man,info,locale,i18n,zoneinfo,perl,lintian,bug,mime,ico
     usr/lib/{modules,linux-image-*,initramfs-tools} boot var/lib/dpkg var/cache/apt var/lib/apt
     "$libraries"/{dri,perl,perl-base,gconv,libLLVM*,libz3*,libperl*}
     usr/lib/udev/hwdb.d usr/lib/systemd/{catalog,system-generators})
-# What nobody needs here and what takes seconds on an emulated processor.
-masked=(systemd-sysctl.service getty@.service serial-getty@.service systemd-logind.service systemd-networkd.service
+# Units that nobody needs here and that take seconds on an emulated processor.
+unneededUnits=(systemd-sysctl.service getty@.service serial-getty@.service systemd-logind.service systemd-networkd.service
     systemd-update-utmp.service systemd-update-utmp-runlevel.service systemd-hwdb-update.service
     systemd-random-seed.service systemd-journal-flush.service systemd-journal-catalog-update.service
     systemd-update-done.service systemd-sysusers.service ldconfig.service systemd-binfmt.service
@@ -145,8 +145,9 @@ makeRoot() {
         enableUnit "${name##*/}"
     done
     enableUnit operator-panel.service
-    for name in "${masked[@]}"; do
-        ln -sf /dev/null "$root/etc/systemd/system/$name"
+    # Each unit that another one names is loaded before the first is started, also where it is masked.
+    for name in "${unneededUnits[@]}"; do
+        rm -f -- "$root"/usr/lib/systemd/system/{,*.wants/}"$name"
     done
     ln -sf "/usr/lib/systemd/system/$target" "$root/etc/systemd/system/default.target"
     rm -f -- "$root"/usr/lib/tmpfiles.d/*
