@@ -26,6 +26,8 @@ def power_on(panel):
     first = wait_for("the first frame", painted, FIRST_PAGE_LIMIT, look=0.02)
     expect(first.is_page("start page"), f"the first frame shows {first.page()}")
     panel.wait_page("preview", FIRST_PAGE_LIMIT)
+    panel.wait_agent()
+    panel.wait_booted()
 
 
 @check(1, 35, first=True)
@@ -34,8 +36,6 @@ def power_on_800x480():
     panel = Panel("power_on_800x480", WIDE_PANEL)
     with running(panel):
         power_on(panel)
-        panel.wait_agent()
-        panel.wait_booted()
         panel.watch_still(panel.wait_still(), IDLE)
         panel.remember(READY)
 
