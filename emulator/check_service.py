@@ -6,6 +6,7 @@ from checks import (check, expect, expect_equal, new_settings, ready_panel, rest
 from common import LOOK, PROJECT, Failure, is_lean, patience, wait_for
 
 DROP_IN = "/run/systemd/system/operator-panel.service.d/limit.conf"
+SLOW_START = "/etc/systemd/system/operator-panel.service.d/slow.conf"
 SHORT_LIMIT = 4  # seconds: a watchdog that bites sooner, for what waits for a multiple of it
 STOP_LIMIT = 3
 HOUR = 3600
@@ -167,17 +168,40 @@ def ordered_before(panel, unit):
     return found
 
 
+def moment(panel, unit, name):
+    """Microseconds from the start of the kernel to what a unit's property of this name tells; 0: never."""
+    return int(panel.agent.check(f"systemctl show {unit} -p {name}TimestampMonotonic --value"))
+
+
 @check(7, 60)
 def start_waits_for_little():
-    """The panel's start waits neither for the network nor for udev to settle, the lean one for less."""
+    """The panel's start waits neither for the network nor for udev to settle, the lean one for nothing."""
     unneeded = ("network", "settle", "ifup", "dhcp", "connman")
     with ready_panel("start_waits_for_little") as panel:
         before = ordered_before(panel, "operator-panel.service")
         if is_lean():
             unneeded += ("sysinit.target", "basic.target", "udev", "tmpfiles")
+            expect(moment(panel, "operator-panel.service", "ActiveEnter")
+                   < moment(panel, "systemd-udevd.service", "InactiveExit"),
+                   "the rest of the boot has begun before the first frame")
         expect(before, "the panel's start waits for nothing at all")
         wrong = sorted(name for name in before if any(word in name for word in unneeded))
         expect(not wrong, f"the panel's start waits for {', '.join(wrong)}")
+
+
+@check(7, 60)
+def hanging_start():
+    """A panel that hangs at its start holds up nothing else of the boot, and is there in the end."""
+    with ready_panel("hanging_start") as panel:
+        panel.agent.check(f"mkdir -p {SLOW_START.rsplit('/', 1)[0]} && printf '[Service]\\nExecStartPre="
+                          f"sh -c \"until test -e /run/go-on; do sleep 0.2; done\"\\n' >{SLOW_START}; sync")
+        before = panel.boot_id()
+        panel.agent.run("systemctl --no-block reboot")
+        panel.wait_reboot(before)
+        wait_for("the network", lambda: moment(panel, "emulator-network.service", "ExecMainExit"), 30)
+        expect_equal(panel.unit("ActiveState")[0], "activating", "state of the panel's unit")
+        panel.agent.check("touch /run/go-on")
+        panel.wait_page("preview", 60)
 
 
 @check(7, 35)

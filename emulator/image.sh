@@ -59,8 +59,8 @@ unneeded=(usr/share/{doc,man,info,locale,i18n,zoneinfo,perl,lintian,bug,mime,ico
     usr/lib/{modules,linux-image-*,initramfs-tools} boot var/lib/dpkg var/cache/apt var/lib/apt
     "$libraries"/{dri,perl,perl-base,gconv,libLLVM*,libz3*,libperl*}
     usr/lib/udev/hwdb.d usr/lib/systemd/{catalog,system-generators})
-# What nobody needs here and what takes seconds on an emulated processor.
-masked=(systemd-sysctl.service getty@.service serial-getty@.service systemd-logind.service systemd-networkd.service
+# Units that nobody needs here and that take seconds on an emulated processor.
+unneededUnits=(systemd-sysctl.service getty@.service serial-getty@.service systemd-logind.service systemd-networkd.service
     systemd-update-utmp.service systemd-update-utmp-runlevel.service systemd-hwdb-update.service
     systemd-random-seed.service systemd-journal-flush.service systemd-journal-catalog-update.service
     systemd-update-done.service systemd-sysusers.service ldconfig.service systemd-binfmt.service
@@ -129,7 +129,8 @@ putText() {
 }
 
 makeRoot() {
-    local package name
+    local package name target=multi-user.target
+    ((${#lean[@]} == 0)) || target=operator-panel-first.target
     rm -rf -- "$root"
     cp -al "$tree" "$root"
     for package in "$@"; do
@@ -144,15 +145,11 @@ makeRoot() {
         enableUnit "${name##*/}"
     done
     enableUnit operator-panel.service
-    for name in "${masked[@]}"; do
-        ln -sf /dev/null "$root/etc/systemd/system/$name"
+    # Each unit that another one names is loaded before the first is started, also where it is masked.
+    for name in "${unneededUnits[@]}"; do
+        rm -f -- "$root"/usr/lib/systemd/system/{,*.wants/}"$name"
     done
-    ln -sf /usr/lib/systemd/system/multi-user.target "$root/etc/systemd/system/default.target"
-    # Requests of other parts of the device lie in a /tmp that no power cut leaves anything in, and
-    # that can be written while the root cannot.
-    mkdir -p "$root/etc/systemd/system/local-fs.target.wants"
-    ln -sf /usr/share/systemd/tmp.mount "$root/etc/systemd/system/tmp.mount"
-    ln -sf /usr/share/systemd/tmp.mount "$root/etc/systemd/system/local-fs.target.wants/tmp.mount"
+    ln -sf "/usr/lib/systemd/system/$target" "$root/etc/systemd/system/default.target"
     rm -f -- "$root"/usr/lib/tmpfiles.d/*
     echo 'd /tmp/.system 0755 root root -' | putText etc/tmpfiles.d/panel-requests.conf
     # All but what a panel has is left out: it takes the emulated processor seconds.

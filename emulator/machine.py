@@ -29,6 +29,10 @@ TAP = 0.1  # seconds
 TABLET_RANGE = 32767
 KERNEL_WORDS = ("console=ttyAMA0 quiet loglevel=3 vt.global_cursor_default=0 consoleblank=0 "
                 "net.ifnames=0 systemd.show_status=0 systemd.log_color=0 rw")
+# Every instruction takes 2 ns of the device's time, as on a processor of 500 million in a second that
+# never waits for its memory; what the emulator itself takes, and what else runs here, counts for
+# nothing. Only a disk takes as long as it takes.
+COUNTED = ("-icount", "shift=1,sleep=on")
 PR_SET_PDEATHSIG = 1
 HELD = []  # the file whose lock keeps the image
 # The kernel's driver of the keyboard, and its name for it: the third from the end of the board's
@@ -170,6 +174,7 @@ class Machine:
     words: str = ""  # further words of the kernel's command line
     lean: bool = field(default_factory=is_lean)  # the lean package is installed
     second_disk: Path = None  # a file that is /dev/vdb, read only
+    counted: bool = False  # its clock counts instructions: see COUNTED
     process: subprocess.Popen = None
     qmp: Qmp = None
     agent: Agent = None
@@ -214,7 +219,7 @@ class Machine:
             "-chardev", "socket,id=agent,path=agent,server=on,wait=off",
             "-device", "virtio-serial-device", "-device", "virtserialport,chardev=agent",
             "-chardev", "socket,id=qmp,path=qmp,server=on,wait=off", "-mon", "chardev=qmp,mode=control",
-            *self.view]
+            *self.view, *(COUNTED if self.counted else ())]
         if incoming:
             command += ["-incoming", f"exec:cat '{incoming}'"]
         for name in ("qmp", "agent", "serial.log"):

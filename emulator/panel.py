@@ -38,9 +38,9 @@ class Panel(Machine):
         self.agent.check("true")
 
     def wait_booted(self):
-        """Returns when all services of the device have been started and its touchscreen is there."""
-        self.agent.check("while systemctl is-system-running | grep -q starting; do sleep 0.1; done",
-                         limit=60)
+        """Returns when all services of the device have been started and its input devices are there."""
+        self.agent.check("until systemctl -q is-active multi-user.target; do sleep 0.1; done", limit=60)
+        self.agent.check("until ls /dev/input/keyboard* >/dev/null 2>&1; do sleep 0.1; done", limit=60)
         if self.kind.touch != "none":
             self.agent.check("until test -e /dev/input/touchscreen; do sleep 0.1; done", limit=60)
             time.sleep(GLANCE)

@@ -125,8 +125,9 @@ if [[ $architecture != "$own" ]]; then
 fi
 oneAtATime lean-qt
 version=$(dpkg-query -W -f '${source:Version}' qt6-base-dev)
+# What it is made of and how; nothing else in this file makes another one of it.
 stamp="$version $("$compiler" -dumpfullversion) $(sha256sum <"$features") \
-$(sha256sum <packaging/lean-qt.sh)"
+$(declare -f fetchSource configureQt | sha256sum)"
 if [[ -d $qt && $(cat "$qt.stamp" 2>/dev/null) == "$stamp" ]]; then
     exit 0
 fi
