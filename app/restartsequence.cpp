@@ -8,7 +8,6 @@
 RestartSequence::RestartSequence(const QString &command, QObject *parent)
     : QObject(parent), sCommand(command)
 {
-    timer.setSingleShot(true);
     timer.setInterval(Limit);
     connect(&timer, &QTimer::timeout, this, [this] { handle(Event::TimeUp); });
 }

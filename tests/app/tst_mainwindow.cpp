@@ -177,6 +177,8 @@ private Q_SLOTS:
         root().setFirmware(firmware);
         startLinked(2);
         QCOMPARE(text("label_appname"), name);
+        changeLanguage(); // brings the form's own text
+        QCOMPARE(text("label_appname"), name);
     }
 
     void longAppName()
@@ -235,6 +237,16 @@ private Q_SLOTS:
         });
         QCOMPARE(nOpened, 1);
         QCOMPARE(watcher.texts().size(), 1);
+    }
+
+    // What the environment says of the input devices stays as it is.
+    void environment()
+    {
+        qputenv("QT_QPA_FB_DISABLE_INPUT", "0");
+        qunsetenv("QT_QPA_EGLFS_DISABLE_INPUT");
+        prepareEnvironment();
+        QCOMPARE(qgetenv("QT_QPA_FB_DISABLE_INPUT"), "0");
+        QCOMPARE(qgetenv("QT_QPA_EGLFS_DISABLE_INPUT"), "1");
     }
 
     void fontsThatAreNone()

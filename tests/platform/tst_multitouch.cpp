@@ -136,7 +136,9 @@ private Q_SLOTS:
         const EventDevice device(link);
         std::unique_ptr<EventDevice> next; // outlives the driver, too
         WindowServer server;
+        const QSignalSpy opened(&server, &WindowServer::touchscreenOpened);
         QVERIFY(server.openPointer());
+        QCOMPARE(opened.size(), 1);
         QTRY_VERIFY(!QInputDevice::devices().isEmpty());
         device.press(OnButton);
         QTRY_VERIFY(pButton->isDown());
