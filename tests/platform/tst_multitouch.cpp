@@ -16,6 +16,7 @@ constexpr QSize Screen(800, 480);
 
 // Read in the driver's thread, too.
 std::atomic<bool> bGrabbedElsewhere = false;
+std::atomic<bool> bGrabbed = false; // by whoever came last
 
 /// Answers for a multi-touch screen as large as the picture.
 int answer(unsigned long request, void *pArgument)
@@ -24,6 +25,9 @@ int answer(unsigned long request, void *pArgument)
     if (request == EVIOCGRAB && bGrabbedElsewhere && pArgument) {
         errno = EBUSY;
         return -1;
+    }
+    if (request == EVIOCGRAB) {
+        bGrabbed = pArgument != nullptr;
     }
     if (_IOC_DIR(request) != _IOC_READ) {
         return 0;
@@ -200,6 +204,7 @@ private Q_SLOTS:
         pTimer->setInterval(1);
         bGrabbedElsewhere = false;
         QTRY_VERIFY(server.hasKeyboard());
+        QVERIFY(bGrabbed);
         QVERIFY(!pTimer->isActive());
     }
 
