@@ -147,7 +147,7 @@ def reads_keyboard(panel):
                            f"ls -l /proc/{panel.pid()}/fd | grep -q \"$device\\$\"").status == 0
 
 
-@check(3, 25)
+@check(3, 80)
 def german_keyboard():
     """With kbd_mapping=DE the keyboard types what the key map says: here a 7 on the key A."""
     with ready_panel("german_keyboard") as panel:
