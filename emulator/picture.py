@@ -102,7 +102,3 @@ class Picture:
     def _each(self):
         """The pixels one by one, as three bytes each."""
         return (self.pixels[i:i + 3] for i in range(0, len(self.pixels), 3))
-
-    def is_uniform(self):
-        """True for a screen of one colour: black, as a rule."""
-        return self.pixels == self.pixels[:3] * (self.width * self.height)
