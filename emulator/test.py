@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the checks on the emulated device, two at a time. Called by test.sh, which has made the image.
+"""Runs the checks on the emulated device, four at a time. Called by test.sh, which has made the image.
 
 test.py [--list] [--jobs N] [GROUP|NAME]...
 """
@@ -18,7 +18,7 @@ from checks import ALL, READY
 from common import patience, run_main
 from machine import KINDS, RUNS, die_with_parent, hold_image
 
-JOBS = 3
+JOBS = 4
 LONGEST = 300  # seconds for one check; whatever it waits for has a limit of its own
 MODULES = (check_pages, check_wizard, check_calibration, check_screen, check_service)
 
