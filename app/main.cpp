@@ -7,6 +7,7 @@
 #include "platform/displaycheck.h"
 #include "platform/endinglimit.h"
 #include "platform/fontconfiguration.h"
+#include "platform/programahead.h"
 #include "platform/screenhandover.h"
 #include "platform/servicenotifier.h"
 #include "platform/standardstreams.h"
@@ -20,6 +21,7 @@
 
 int main(int argc, char *argv[])
 {
+    readProgramAhead();
     TerminationSignals::letThrough();
     std::optional<StandardStreams> standardStreams(std::in_place);
     // Never called off: what ends after main(), in whatever library, may hang, too.
