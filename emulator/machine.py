@@ -14,7 +14,7 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 from agent import Agent, AgentAway
-from common import BUILD, PROJECT, Failure, is_lean, replace_file, wait_for
+from common import BUILD, PROJECT, Failure, is_lean, patience, replace_file, wait_for
 from picture import Picture
 from qmp import Qmp
 
@@ -25,6 +25,7 @@ RUNS = BUILD / "run"
 MEMORY = 512  # MiB
 CONNECT_LIMIT = 10  # seconds, for the emulator to open its sockets
 BOOT_LIMIT = 60
+ASK_LIMIT = 2  # seconds; what is asked while the device goes down is lost, and asked again
 TAP = 0.1  # seconds
 TABLET_RANGE = 32767
 KERNEL_WORDS = ("console=ttyAMA0 quiet loglevel=3 vt.global_cursor_default=0 consoleblank=0 "
@@ -276,10 +277,10 @@ class Machine:
 
     def wait_agent(self, limit=BOOT_LIMIT):
         """Returns when the device runs commands."""
-        end = time.monotonic() + limit
+        end = time.monotonic() + limit * patience()
         while True:
             try:
-                return self.agent.check("true", limit=max(end - time.monotonic(), 1))
+                return self.agent.check("true", limit=ASK_LIMIT)
             except AgentAway:
                 if time.monotonic() > end or self.process.poll() is not None:
                     raise

@@ -4,7 +4,7 @@ import time
 from pathlib import Path
 
 from common import Failure, patience, wait_for
-from machine import DRIVER, KEYBOARD, KINDS, Machine
+from machine import ASK_LIMIT, DRIVER, KEYBOARD, KINDS, Machine
 from places import PLACES
 
 PAGE_LIMIT = 10  # seconds
@@ -47,7 +47,7 @@ class Panel(Machine):
 
     def boot_id(self):
         """What is another one after each start of the device."""
-        return self.agent.check("cat /proc/sys/kernel/random/boot_id").strip()
+        return self.agent.check("cat /proc/sys/kernel/random/boot_id", limit=ASK_LIMIT).strip()
 
     def wait_reboot(self, before, limit=120):
         """Returns when the device runs anew: its boot id is not the one before."""
