@@ -284,8 +284,7 @@ class Machine:
             except AgentAway:
                 if time.monotonic() > end or self.process.poll() is not None:
                     raise
-                self.agent.close()
-                self.agent = Agent(self.folder / "agent")
+                self.reconnect_agent()
 
     def reconnect_agent(self):
         """After a restart of the device, which forgets half a request."""

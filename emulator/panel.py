@@ -45,16 +45,16 @@ class Panel(Machine):
             self.agent.check("until test -e /dev/input/touchscreen; do sleep 0.1; done", limit=60)
             time.sleep(GLANCE)
 
-    def boot_id(self):
+    def boot_id(self, **options):
         """What is another one after each start of the device."""
-        return self.agent.check("cat /proc/sys/kernel/random/boot_id", limit=ASK_LIMIT).strip()
+        return self.agent.check("cat /proc/sys/kernel/random/boot_id", **options).strip()
 
     def wait_reboot(self, before, limit=120):
         """Returns when the device runs anew: its boot id is not the one before."""
         def again():
             try:
                 self.wait_agent()
-                return self.boot_id() != before
+                return self.boot_id(limit=ASK_LIMIT) != before
             except Failure:
                 return False
         wait_for("the device has started again", again, limit, look=0.5)
