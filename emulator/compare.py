@@ -10,6 +10,7 @@ instructions, when asked for: those figures do not depend on what this machine d
 """
 
 import statistics
+from contextlib import contextmanager
 
 from checks import WIDE_PANEL, running
 from common import run_main
@@ -39,21 +40,32 @@ def line(what, unit, ordinary, lean, goal=None):
     print(text + f"ratio {lean / ordinary:.2f}" + (f" (goal {goal:.2f})" if goal else ""), flush=True)
 
 
-def compare_starts(pairs, counted):
-    """Starts of both programs in turn, in one device whose second disk is the lean image."""
+@contextmanager
+def device_with(disk, counted=False):
+    """A device whose own panel is stopped and whose second disk is mounted on OTHER."""
     panel = Panel("compare", WIDE_PANEL, lean=False, counted=counted)
-    panel.second_disk = IMAGE / "root.lean-ext4"
+    panel.second_disk = disk
     with running(panel):
         panel.boot()
         panel.wait_page("preview", FIRST_PAGE_LIMIT)
         panel.systemctl(f"stop {UNIT}")
         panel.agent.check(f"mkdir -p {OTHER} && mount -o ro,noload /dev/vdb {OTHER}")
+        yield panel
+
+
+def compare_starts(pairs, counted):
+    """Starts of both programs in turn, in one device whose second disk is the lean image."""
+    with device_with(IMAGE / "root.lean-ext4", counted) as panel:
         programs = {"ordinary": f"/{PROGRAM}", "lean": f"{OTHER}/{PROGRAM}"}
         for random in (2, 0):
             panel.agent.check(f"echo {random} >/proc/sys/kernel/randomize_va_space")
             print(f"Exec to the first frame, medians of {pairs} pairs on the emulated device, "
                   f"{'random' if random else 'the same'} addresses:", flush=True)
             report_starts(measure_starts(panel, programs, pairs))
+        start(panel, programs["lean"], EMPTY_CACHE)
+        read, size = panel.agent.check(f"fincore -nbo RES,SIZE {programs['lean']}").split()
+        print(f"  read of the lean program until its first frame, cold: {int(read) / 1e6:.1f} MB of "
+              f"{int(size) / 1e6:.1f} MB")
 
 
 def measure_starts(panel, programs, pairs):

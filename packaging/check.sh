@@ -111,9 +111,11 @@ checkPrograms() {
 }
 
 # checkLean: needs the firmware library, the C and C++ libraries, and tslib, whose plug-ins are shared
-# objects that want its symbols from libts.so.0; on a panel it is smaller than 10 MB.
+# objects that want its symbols from libts.so.0; on a panel it is smaller than 10 MB, and what the first
+# frame needs lies first in it.
 checkLean() {
     local package found program=$work/lean/usr/bin/operator-panel largest=$((10 * 1000 * 1000))
+    local leastFirst=$((500 * 1000))
     for package in "$packages/lean/operator-panel-lean_${version}_"*.deb; do
         [[ -e $package ]] || return 0
         rm -rf -- "$work/lean"
@@ -122,7 +124,12 @@ checkLean() {
             | grep -vxE 'libfirmware\.so|libts\.so\.0|lib(c|m|stdc\+\+|gcc_s)\.so\.[16]|ld-linux.*') || true
         [[ -z $found ]] || fails "$package needs other libraries than it should" "$found"
         found=$(stat -c %s "$program")
-        [[ $package != *_armhf.deb ]] || ((found <= largest)) || die "the program in $package has $found bytes"
+        [[ $package == *_armhf.deb ]] || continue
+        ((found <= largest)) || die "the program in $package has $found bytes"
+        found=$(readelf --wide --sections "$program" \
+            | awk '{sub(/.*\]/, "")} $1 == ".text.first_frame" {print $5}')
+        ((0x0${found:-} >= leastFirst)) \
+            || die "the program in $package has ${found:-no} bytes of code for the first frame"
     done
     found=$(lintian --allow-root --fail-on none --tag-display-limit 0 \
         "$packages/lean/operator-panel_${version}_"*.changes 2>&1) || true
