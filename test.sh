@@ -12,7 +12,7 @@ if [[ ${1:-} == --preset ]]; then
     preset=${2:?--preset needs a name}
     shift 2
 fi
-installPackages "${BuildPackages[@]}" "${TestPackages[@]}"
+installPackages "${BuildPackages[@]}"
 configureAndBuild "$preset"
 say "Testing ($preset)"
 ctest --preset "$preset" "$@" || die "tests failed"

@@ -1,11 +1,9 @@
 # Sourced by run.sh, test.sh and .ci/run: what this project needs of the system, and how to get it.
 # shellcheck shell=bash disable=SC2034
 
-# What it takes to build the panel and run it on a simulated device.
+# What it takes to build the panel, to run it on a simulated device and to test it.
 BuildPackages=(build-essential cmake ninja-build pkg-config qt6-base-dev qt6-base-private-dev
     libgl-dev libts-dev qt6-l10n-tools ttf-bitstream-vera)
-# What the tests need besides.
-TestPackages=(libts-bin)
 # What it takes to make the Debian packages, for this machine and for ARM.
 PackagingPackages=(debhelper lintian systemd)
 CrossPackages=(crossbuild-essential-armhf fakeroot gpg mmdebstrap)
