@@ -107,7 +107,7 @@ configureQt() {
 
 buildQt() {
     local log=$qt.log
-    say "Building Qt $version for $architecture (ten to twenty minutes)"
+    say "Building Qt $version for $architecture (about ten minutes on two cores)"
     nice cmake --build "$build" >"$log" 2>&1 \
         || die "building Qt failed: $(reasonIn "$log") (see $log; another run goes on from there)"
     rm -rf -- "$qt.new" "$qt"
