@@ -90,6 +90,7 @@ def calibration_from_a_wrong_one():
         panel.agent.run("systemctl reboot")
         panel.wait_reboot(before)
         panel.wait_page("preview", FIRST_PAGE_LIMIT)
+        panel.wait_booted()
         expect_equal(panel.agent.read(FILE), stored, FILE)
         expect_touch_is_right(panel)
 

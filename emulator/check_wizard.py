@@ -18,6 +18,7 @@ def expect_saved(panel, before, mode_page):
     """After the restart: another boot, the new settings in the file and on the mode page."""
     panel.wait_reboot(before)
     panel.wait_page("preview", FIRST_PAGE_LIMIT)
+    panel.wait_booted()
     expect_equal(device_settings(panel)["network/eth0.mode"], "dhcp", "mode in the file")
     shown = panel.touch("configure", "mode")
     expect(shown.region(*MODE_FIELD) == mode_page.region(*MODE_FIELD), "the page shows another mode")

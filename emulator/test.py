@@ -5,6 +5,7 @@ test.py [--list] [--jobs N] [GROUP|NAME]...
 """
 
 import argparse
+import os
 import subprocess
 import sys
 import time
@@ -15,7 +16,7 @@ import check_screen
 import check_service
 import check_wizard
 from checks import ALL, READY
-from common import patience, run_main
+from common import PATIENCE_VARIABLE, patience, run_main
 from machine import KINDS, RUNS, die_with_parent, hold_image
 
 JOBS = 4
@@ -120,6 +121,9 @@ def main(arguments):
         for check in sorted(checks if options.words else ALL, key=lambda check: check.group):
             print(f"{check.group} {check.name}: {check.run.__doc__.splitlines()[0]}")
         return 0
+    # As many devices at a time as share a processor are each so much slower.
+    shared = max(1, min(options.jobs, len(checks)) / len(os.sched_getaffinity(0)))
+    os.environ.setdefault(PATIENCE_VARIABLE, str(shared))
     hold_image()
     KINDS.mkdir(parents=True, exist_ok=True)
     (KINDS / f"{READY}.state").unlink(missing_ok=True)
