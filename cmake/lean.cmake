@@ -20,6 +20,7 @@ if(CMAKE_CROSSCOMPILING)
 endif()
 set(QT_HOST_PATH /usr) # moc, uic and rcc
 
+# Not with link-time optimisation: 6 % less code runs until the first frame, for four minutes of each link.
 # Each function and table by itself, and none that nothing refers to.
 add_compile_options(-ffunction-sections -fdata-sections)
 add_link_options(-Wl,--gc-sections -Wl,--as-needed -Wl,-O1)
@@ -35,7 +36,8 @@ endfunction()
 
 # The code of the first frame before all other code, in the order in which it runs: a cold start reads
 # that one megabyte of the program's code, not all of it page by page (platform/programahead.cpp).
-# A name that is none any more does no harm; one that is missing makes a start a little slower.
+# The list is ARM's. A name that is none (any more) does no harm; one that is missing makes a start a
+# little slower.
 set(firstFrame "${PROJECT_SOURCE_DIR}/packaging/lean/firstframe.txt")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${firstFrame}")
 file(STRINGS "${firstFrame}" functions REGEX "^[^#]")

@@ -29,7 +29,10 @@ INSTRUCTION = re.compile(r"^0x(\w+): +(\w{8}|\w{4}(?: \w{4})?) ", re.MULTILINE)
 
 def functions_of(program):
     """[(address, end, name)] of the functions that have a section of their own, in order."""
-    text = program.with_name(f"{program.name}.map").read_text(encoding="utf-8", errors="replace")
+    where = program.with_name(f"{program.name}.map")
+    if not where.exists():
+        raise Failure(f"there is no {where}: remove the program beside it, so that it is linked anew")
+    text = where.read_text(encoding="utf-8", errors="replace")
     found = ((int(address, 16), int(size, 16), name) for name, address, size in SECTION.findall(text))
     return sorted((address, address + size, name) for address, size, name in found if address)
 

@@ -8,14 +8,14 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=cmake/packages.sh
 source cmake/packages.sh
 
-case $* in
+case ${1:-} in
 -h | --help)
     cat <<'END'
 Usage: emulator/firstframe.sh
 
 Builds the lean program for ARM, starts it on the emulated device, and writes the functions that run
 until the first frame to packaging/lean/firstframe.txt, which the next link reads. Wanted when another
-Qt or other first pages make a cold start slower (emulator/figures.sh --lean).
+Qt or other first pages make a cold start read more of the program (emulator/figures.sh --lean).
 END
     exit 0
     ;;
@@ -28,7 +28,7 @@ packaging/sysroot.sh
 packaging/lean-qt.sh --arch armhf
 configureAndBuild lean-armhf operator-panel
 list=packaging/lean/firstframe.txt
-trap 'rm -f -- "$list.new"' EXIT
-python3 emulator/firstframe.py >"$list.new"
-mv -- "$list.new" "$list"
+new=build/emulator/firstframe.new
+python3 emulator/firstframe.py >"$new"
+mv -- "$new" "$list"
 say "$(grep -vc '^#' "$list") functions in $list"

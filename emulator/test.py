@@ -123,7 +123,7 @@ def main(arguments):
         return 0
     # As many devices at a time as share a processor are each so much slower.
     shared = max(1, min(options.jobs, len(checks)) / len(os.sched_getaffinity(0)))
-    os.environ.setdefault(PATIENCE_VARIABLE, str(shared))
+    os.environ[PATIENCE_VARIABLE] = str(patience() * shared)
     hold_image()
     KINDS.mkdir(parents=True, exist_ok=True)
     (KINDS / f"{READY}.state").unlink(missing_ok=True)

@@ -12,8 +12,8 @@ Usage: emulator/test.sh [--lean] [--list] [--jobs N] [GROUP|CHECK]...
 Makes the image of the emulated device and runs the checks on it, N at a time (4): all, those of the
 groups named (1 to 7), or those named (--list tells them). With --lean the device has the lean package installed.
 
-Environment: EMULATOR_PATIENCE multiplies every limit, for slow machines (1, or as many devices as share
-a processor).
+Environment: EMULATOR_PATIENCE multiplies every limit, for slow machines (1), on top of the
+devices that share a processor.
 END
     exit 0
     ;;

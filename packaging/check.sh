@@ -47,8 +47,10 @@ unpack() {
     done
 }
 
+# checkUnits ROOT: those of the packages that lie in ROOT.
 checkUnits() {
-    local found unit units=$work/units
+    local found unit root=$1 units=$work/units
+    rm -rf -- "$units"
     mkdir -p "$units"
     cp -r "$root"/lib/systemd/system/* "$units"
     sed -i "s,\(=\| \)/usr/\(bin/operator\|libexec\),\1$root/usr/\2,g" "$units"/*.service "$units"/*/*.conf
@@ -63,7 +65,7 @@ checkUnits() {
     ! grep -E '^(Private(Tmp|Devices|Mounts)|Protect(System|Home|Proc|Kernel|Control)|(Read|Inaccessible|Bind|Temporary|Exec|NoExec).*(Paths|FileSystem)|Root(Directory|Image)|MountFlags|(State|Cache|Logs)Directory|DynamicUser)' \
         "$root/lib/systemd/system/operator-panel.service" \
         || die "operator-panel.service would get a mount namespace"
-    ! grep -E 'network|settle' "$root"/lib/systemd/system/operator-panel.service | grep -E '^(After|Wants|Requires)=' \
+    ! grep -rhE 'network|settle' "$root"/lib/systemd/system/operator-panel.service{,.d} | grep -E '^(After|Wants|Requires)=' \
         || die "operator-panel.service waits for the network or for udev to settle"
 }
 
@@ -123,13 +125,14 @@ checkLean() {
         found=$(readelf --wide --dynamic "$program" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' \
             | grep -vxE 'libfirmware\.so|libts\.so\.0|lib(c|m|stdc\+\+|gcc_s)\.so\.[16]|ld-linux.*') || true
         [[ -z $found ]] || fails "$package needs other libraries than it should" "$found"
+        [[ $package != *_"$own".deb ]] || checkUnits "$work/lean"
         found=$(stat -c %s "$program")
         [[ $package == *_armhf.deb ]] || continue
         ((found <= largest)) || die "the program in $package has $found bytes"
         found=$(readelf --wide --sections "$program" \
             | awk '{sub(/.*\]/, "")} $1 == ".text.first_frame" {print $5}')
         ((0x0${found:-} >= leastFirst)) \
-            || die "the program in $package has ${found:-no} bytes of code for the first frame"
+            || die "the program in $package has ${found:-no} bytes of code for the first frame: make it anew (packaging/build.sh --lean --arch armhf)"
     done
     found=$(lintian --allow-root --fail-on none --tag-display-limit 0 \
         "$packages/lean/operator-panel_${version}_"*.changes 2>&1) || true
@@ -139,7 +142,7 @@ checkLean() {
 say "Checking the packages"
 unpack
 checkPackages
-checkUnits
+checkUnits "$root"
 checkFirmware
 checkPrograms
 checkLean

@@ -57,7 +57,7 @@ prefix=/usr/lib/operator-panel/qt
 fetchSource() {
     local apt=$work/apt log=$work/source.log keyring=/usr/share/keyrings/debian-archive-keyring.gpg
     local signedBy=''
-    [[ $(cat "$source/panel.version" 2>/dev/null) != "$version" ]] || return 0
+    [[ $(cat "$source/panel.version" 2>/dev/null) != "$sourceStamp" ]] || return 0
     say "Fetching the source of Qt $version"
     mkdir -p "$apt/lists/partial" "$apt/archives/partial"
     [[ ! -e $keyring ]] || signedBy="[signed-by=$keyring] "
@@ -78,7 +78,7 @@ fetchSource() {
     ) >"$log" 2>&1 || die "the source of Qt $version cannot be had: $(reasonIn "$log") (see $log)"
     # Functions that only programs of older versions call; they do not compile without toolbars.
     echo >"$source.new/src/widgets/compat/removed_api.cpp"
-    printf '%s\n' "$version" >"$source.new/panel.version"
+    printf '%s\n' "$sourceStamp" >"$source.new/panel.version"
     rm -rf -- "$source"
     mv -- "$source.new" "$source"
 }
@@ -118,16 +118,18 @@ buildQt() {
 }
 
 installPackages "${BuildPackages[@]}"
-compiler=c++
+compiler=c++ recipe=("$features")
 if [[ $architecture != "$own" ]]; then
     packaging/sysroot.sh
     compiler=arm-linux-gnueabihf-g++
+    recipe+=("cmake/$architecture.cmake" "build/sysroot/$architecture.packages")
 fi
 oneAtATime lean-qt
 version=$(dpkg-query -W -f '${source:Version}' qt6-base-dev)
-# What it is made of and how; nothing else in this file makes another one of it.
-stamp="$version $("$compiler" -dumpfullversion) $(sha256sum <"$features") \
-$(declare -f fetchSource configureQt | sha256sum)"
+# What it is made of and how; nothing else makes another one of it.
+sourceStamp="$version $(declare -f fetchSource | sha256sum)"
+stamp="$sourceStamp $("$compiler" -dumpfullversion) $prefix $(declare -f configureQt | sha256sum) \
+$(cat "${recipe[@]}" | sha256sum)"
 if [[ -d $qt && $(cat "$qt.stamp" 2>/dev/null) == "$stamp" ]]; then
     exit 0
 fi
