@@ -24,8 +24,7 @@ END
 esac
 
 emulator/image.sh
-packaging/sysroot.sh
-packaging/lean-qt.sh --arch armhf
+packaging/lean-qt.sh --arch armhf # and the sysroot
 configureAndBuild lean-armhf operator-panel
 list=packaging/lean/firstframe.txt
 new=build/emulator/firstframe.new
